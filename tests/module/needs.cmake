@@ -5,8 +5,10 @@ cmake_minimum_required(VERSION 3.25)
 execute_process(COMMAND "${READELF}" --wide --dynamic --segments "${MODULE}"
     OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 
-string(REGEX MATCHALL "Shared library: \\[[^]]+" needed "${output}")
-list(TRANSFORM needed REPLACE "Shared library: .(.+)" "\\1")
+# Without brackets, which would tie the elements of a list together.
+string(REGEX REPLACE "[][]" "" output "${output}")
+string(REGEX MATCHALL "Shared library: [^\n]+" needed "${output}")
+list(TRANSFORM needed REPLACE "Shared library: " "")
 if(NOT "libc.so.6" IN_LIST needed)
     message(FATAL_ERROR "found no libc.so.6 among the needed libraries: ${needed}")
 endif()
@@ -15,7 +17,7 @@ if(needed)
     message(FATAL_ERROR "needs at run time: ${needed}")
 endif()
 
-foreach(mark "Flags:[^\n]* NOW" "GNU_RELRO")
+foreach(mark "FLAGS_1[^\n]* NOW" "GNU_RELRO")
     if(NOT output MATCHES "${mark}")
         message(FATAL_ERROR "${MODULE} lacks: ${mark}")
     endif()
