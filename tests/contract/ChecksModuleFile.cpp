@@ -1,0 +1,101 @@
+#include "tests/contract/ElfFile.h"
+#include "tests/contract/Stage.h"
+
+namespace contract
+{
+
+namespace
+{
+
+const std::set<std::string> kAgreedExports = {
+    "FMDll",
+    "WDllGetInfo",
+    "WDllGetComponentObject",
+    "WDllCreateComponent",
+    "WDllCanUnloadNow",
+    "CPDllCreateComponent",
+    "CPDllCreateComponent2",
+    "CPDllCanUnloadNow",
+    "GetComponentInterface",
+    "FWInitLogger",
+    "FWInitLogger2",
+    "FWInitExLogger",
+    "FWInitExLogger2",
+    "FWInitKXLogger",
+    "FWInitKXLogger2",
+    "FWReleaseLogger",
+    "FWReleaseExLogger",
+    "FWReleaseKXLogger",
+    "FWReleaseKXLogger2",
+    "FWAddLogWriter",
+    "FWRemoveLogWriter",
+    "TovMalloc",
+    "TovFree",
+    "TovMemCpy",
+    "TovMemMov",
+    "TovStrLen",
+    "TovStrCmp",
+};
+
+bool IsSanitized(const ElfFile& file)
+{
+    const auto belongsToSanitizer = [](const std::string& name)
+    { return name.starts_with("__asan_") || name.starts_with("__tsan_") || name.starts_with("__ubsan_"); };
+    return std::any_of(file.undefined.begin(), file.undefined.end(), belongsToSanitizer);
+}
+
+} // namespace
+
+CONTRACT_CHECK(ModuleFile, ExportsExactlyTheAgreedFunctions,
+               "The dynamic symbol table defines the functions of the external interfaces and nothing else.")
+{
+    const ElfFile file(check.ModulePath());
+    for (const std::string& name : kAgreedExports)
+    {
+        check.Expect(file.exported.contains(name), name + " is exported");
+    }
+    for (const std::string& name : file.exported)
+    {
+        check.Expect(kAgreedExports.contains(name), name + " is among the agreed functions");
+    }
+}
+
+CONTRACT_CHECK(ModuleFile, NeedsOnlyTheSystemLibraries,
+               "The module asks for no library but those of the system and of the compiler.")
+{
+    const ElfFile file(check.ModulePath());
+    if (IsSanitized(file))
+    {
+        throw CheckLeftOut{"the module is built with a sanitizer, which brings libraries of its own"};
+    }
+    const std::set<std::string> system = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "libstdc++.so.6"};
+    check.Expect(file.needed.contains("libc.so.6"), "libc.so.6 is needed");
+    for (const std::string& library : file.needed)
+    {
+        check.Expect(system.contains(library), library + " is a library of the system");
+    }
+}
+
+CONTRACT_CHECK(
+    ModuleFile, IsBoundAtLoadAndProtectsItsTables,
+    "The module is linked so that a missing reference shows when it is loaded, and its tables are read-only.")
+{
+    const ElfFile file(check.ModulePath());
+    check.Expect(file.isBoundAtLoad, "-z now");
+    check.Expect(file.hasRelro, "-z relro");
+}
+
+CONTRACT_CHECK(ModuleFile, LeavesTheProcessWhenItIsClosed, "After dlclose the module is not mapped any more.")
+{
+    if (ElfFile(check.ModulePath()).staysLoaded)
+    {
+        throw CheckLeftOut{"the module is linked to stay, so that a leak checker can name its functions"};
+    }
+    {
+        Stage stage(check, Scene::LoggedIn);
+        check.Expect(Module::IsLoaded(check.ModulePath()), "the module is mapped while it is used");
+    }
+    check.Expect(!Module::IsLoaded(check.ModulePath()), "the module is gone after dlclose");
+}
+
+} // namespace contract

@@ -1,0 +1,71 @@
+#include "tests/contract/Check.h"
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <string_view>
+
+namespace
+{
+
+class ContractTest : public testing::Test
+{
+public:
+    ContractTest(const contract::Check& check, const std::string& modulePath) : m_check(check), m_modulePath(modulePath)
+    {
+    }
+
+    void TestBody() override
+    {
+        const contract::CheckResult result = contract::RunCheck(m_check, m_modulePath);
+        for (const contract::Failure& failure : result.failures)
+        {
+            ADD_FAILURE_AT(failure.where.file, failure.where.line) << failure.text;
+        }
+        if (!result.leftOut.empty())
+        {
+            GTEST_SKIP() << result.leftOut;
+        }
+    }
+
+private:
+    const contract::Check m_check;
+    const std::string m_modulePath;
+};
+
+/// The path behind --module=, taken out of the arguments; the module of this build without one.
+std::string TakeModulePath(int& argc, char** argv)
+{
+    constexpr std::string_view kOption = "--module=";
+    std::string path = CONTRACT_MODULE;
+    int kept = 0;
+    for (int index = 0; index < argc; ++index)
+    {
+        const std::string_view argument = argv[index];
+        if (argument.starts_with(kOption))
+        {
+            path = argument.substr(kOption.size());
+        }
+        else
+        {
+            argv[kept++] = argv[index];
+        }
+    }
+    argc = kept;
+    return path;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const std::string modulePath = TakeModulePath(argc, argv);
+    testing::InitGoogleTest(&argc, argv);
+    for (const contract::Check& check : contract::AllChecks())
+    {
+        testing::RegisterTest(check.group.c_str(), check.claim.c_str(), nullptr, nullptr, check.where.file,
+                              check.where.line,
+                              [check, modulePath]() -> testing::Test* { return new ContractTest(check, modulePath); });
+    }
+    return RUN_ALL_TESTS();
+}
