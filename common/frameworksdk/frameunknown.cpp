@@ -1,0 +1,63 @@
+#include "common/frameworksdk/frameunknown.h"
+
+#include "common/frameworksdk/frameworkcomponent.h"
+
+#include <algorithm>
+
+namespace FRAMEWORKSDK
+{
+
+namespace
+{
+
+IUnknown* AsUnknown(INonDelegatingUnknown* object)
+{
+    // Both interfaces have the same three slots; callers outside know objects by slots only.
+    return reinterpret_cast<IUnknown*>(object);
+}
+
+} // namespace
+
+CFrameUnknown::CFrameUnknown(const char* name, IUnknown* outer, IComponentFactory* factory)
+    : CFrameBaseObject(name),
+      m_pUnknown(outer != nullptr ? outer : AsUnknown(this)),
+      m_pComponentFactory(factory)
+{
+}
+
+CFrameUnknown::~CFrameUnknown() = default;
+
+HRESULT CFrameUnknown::NonDelegatingQueryInterface(const GUID& iid, void** out)
+{
+    if (out == nullptr)
+    {
+        return E_POINTER;
+    }
+    if (iid == IID_IUnknown)
+    {
+        return GetComponentInterface(static_cast<INonDelegatingUnknown*>(this), out);
+    }
+    *out = nullptr;
+    return E_NOINTERFACE;
+}
+
+uint32_t CFrameUnknown::NonDelegatingAddRef()
+{
+    // The value of the increment itself, not a second read: a second read may find the object gone.
+    return std::max<uint32_t>(m_cRef.fetch_add(1, std::memory_order_relaxed) + 1, 1);
+}
+
+uint32_t CFrameUnknown::NonDelegatingRelease()
+{
+    const uint32_t remaining = m_cRef.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    if (remaining != 0)
+    {
+        return remaining;
+    }
+    // The count stands at 1 during destruction, so that an AddRef/Release pair in there does not destroy the object again.
+    m_cRef.fetch_add(1, std::memory_order_relaxed);
+    delete this;
+    return 0;
+}
+
+} // namespace FRAMEWORKSDK
