@@ -276,6 +276,13 @@ bool ReadUserId(const char* text, unsigned* out) noexcept
     }
 }
 
+unsigned UserIdOrZero(const char* text) noexcept
+{
+    unsigned userId = 0;
+    ReadUserId(text, &userId);
+    return userId;
+}
+
 void ToAString(int value, std::string* out)
 {
     AssignTo(out, std::to_string(value));

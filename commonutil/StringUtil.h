@@ -71,6 +71,15 @@ int WStringToInt(const std::wstring& text);
 /// read as signed 32-bit numbers, and an id must not become a number here that AStringToInt would refuse elsewhere.
 bool ReadUserId(const char* text, unsigned* out) noexcept;
 
+/// The same where a malformed text stands for user 0.
+unsigned UserIdOrZero(const char* text) noexcept;
+
+/// A text from outside that may be null: null reads as the empty text.
+inline const char* TextOrEmpty(const char* text) noexcept
+{
+    return text != nullptr ? text : "";
+}
+
 /// The decimal text of a number.
 void ToAString(int value, std::string* out);
 void ToAString(unsigned int value, std::string* out);
