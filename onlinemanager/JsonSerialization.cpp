@@ -1,0 +1,392 @@
+#include "onlinemanager/JsonSerialization.h"
+
+#include "commonutil/StringUtil.h"
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include <ctime>
+
+namespace onlinemanager
+{
+
+namespace
+{
+
+using Allocator = rapidjson::Document::AllocatorType;
+using rapidjson::Document;
+using rapidjson::StringRef;
+using rapidjson::Value;
+using AsciiWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
+
+/// Texts outlive the document, which therefore only refers to them.
+Value::StringRefType Ref(const std::string& text)
+{
+    return StringRef(text.data(), text.size());
+}
+
+/// Iterative: a peer's text may be nested deeper than the stack has room for.
+void Parse(Document& document, const std::string& json)
+{
+    document.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag>(json.data(), json.size());
+}
+
+const Value* FindMember(const Value& object, const char* name)
+{
+    if (!object.IsObject())
+    {
+        return nullptr;
+    }
+    const auto member = object.FindMember(name);
+    return member != object.MemberEnd() ? &member->value : nullptr;
+}
+
+const Value* FindObject(const Value& object, const char* name)
+{
+    const Value* const value = FindMember(object, name);
+    return value != nullptr && value->IsObject() ? value : nullptr;
+}
+
+template <typename Number>
+void ReadNumber(const Value& object, const char* name, Number* out)
+{
+    const Value* const value = FindMember(object, name);
+    if (value != nullptr && value->IsUint())
+    {
+        *out = static_cast<Number>(value->GetUint());
+    }
+}
+
+void ReadTerminatedText(const Value& object, const char* name, std::string* out)
+{
+    const Value* const value = FindMember(object, name);
+    if (value != nullptr && value->IsString())
+    {
+        *out = value->GetString();
+    }
+}
+
+void ReadText(const Value& object, const char* name, std::string* out)
+{
+    const Value* const value = FindMember(object, name);
+    if (value != nullptr && value->IsString())
+    {
+        out->assign(value->GetString(), value->GetStringLength());
+    }
+}
+
+/// Replaces every byte that is not part of a UTF-8 character by U+FFFD.
+std::string RepairUtf8(const char* text, size_t length)
+{
+    using Utf8 = rapidjson::UTF8<>;
+    std::string repaired;
+    const std::string source(text, length); // the decoder relies on a terminator
+    for (size_t position = 0; position < length;)
+    {
+        rapidjson::StringStream stream(source.c_str() + position);
+        unsigned codepoint = 0;
+        const bool valid = Utf8::Decode(stream, &codepoint);
+        const size_t used = valid ? stream.Tell() : 1;
+        repaired.append(valid ? source.substr(position, used) : "\xEF\xBF\xBD");
+        position += used;
+    }
+    return repaired;
+}
+
+/// Writes what the plain writer refuses: texts that are not UTF-8.
+class RepairingWriter : public AsciiWriter
+{
+public:
+    using AsciiWriter::AsciiWriter;
+
+    bool String(const char* text, rapidjson::SizeType length, bool /*copy*/ = false)
+    {
+        const std::string repaired = RepairUtf8(text, length);
+        return AsciiWriter::String(repaired.data(), static_cast<rapidjson::SizeType>(repaired.size()));
+    }
+
+    bool Key(const char* text, rapidjson::SizeType length, bool copy = false)
+    {
+        return String(text, length, copy);
+    }
+};
+
+template <typename JsonWriter>
+bool Write(const Document& document, std::string* out)
+{
+    rapidjson::StringBuffer buffer;
+    JsonWriter writer(buffer);
+    const bool complete = document.Accept(writer);
+    out->assign(buffer.GetString(), buffer.GetSize());
+    return complete;
+}
+
+/// The message form of the monitoring service: `data` is what the report is about.
+void FillQualityReport(Document& document, const char* subType, Value& data, const AVQualityInfo& info)
+{
+    Allocator& allocator = document.GetAllocator();
+    Value labels(rapidjson::kObjectType);
+    labels.AddMember("userId", info.userId, allocator);
+    labels.AddMember("roomId", info.roomId, allocator);
+    labels.AddMember("groupId", Ref(info.groupId), allocator);
+    labels.AddMember("appId", Ref(info.appId), allocator);
+
+    Value msgData(rapidjson::kObjectType);
+    msgData.AddMember("subType", StringRef(subType), allocator);
+    msgData.AddMember("data", data, allocator);
+    msgData.AddMember("labels", labels, allocator);
+
+    document.SetObject();
+    document.AddMember("msgType", 1138u, allocator);
+    document.AddMember("msgSeq", 0u, allocator);
+    document.AddMember("msgData", msgData, allocator);
+}
+
+Value DataPoint(const char* name, Allocator& allocator)
+{
+    Value data(rapidjson::kObjectType);
+    data.AddMember("name", StringRef(name), allocator);
+    data.AddMember("timestamp", static_cast<int64_t>(std::time(nullptr)), allocator);
+    return data;
+}
+
+/// Adds `list` as an array under `name`; `fill(object, element)` adds the members of one element.
+template <typename List, typename Fill>
+void AddStreams(const List& list, const std::string& name, Allocator& allocator, Value& target, Fill fill)
+{
+    if (list.empty())
+    {
+        return;
+    }
+    Value streams(rapidjson::kArrayType);
+    streams.Reserve(static_cast<rapidjson::SizeType>(list.size()), allocator);
+    for (const auto& element : list)
+    {
+        Value stream(rapidjson::kObjectType);
+        fill(stream, *element);
+        streams.PushBack(stream, allocator);
+    }
+    target.AddMember(Value(name.c_str(), static_cast<rapidjson::SizeType>(name.size()), allocator), streams, allocator);
+}
+
+} // namespace
+
+JsonSerialization::JsonSerialization()
+    : m_version_key("version"),
+      m_method_key("method"),
+      m_params_key("params"),
+      m_terminal_type_key("tt"),
+      m_version("1.0")
+{
+}
+
+std::string JsonSerialization::FormatInviteUserMsg(const InviteData& data)
+{
+    Document document = BasicDocument("InviteUser");
+    Allocator& allocator = document.GetAllocator();
+    Value inviter(rapidjson::kObjectType);
+    inviter.AddMember("userId", data.userId, allocator);
+    inviter.AddMember("userName", Ref(data.userName), allocator);
+    inviter.AddMember("terminal", Ref(data.terminal), allocator);
+
+    Value& params = document[m_params_key.c_str()];
+    params.AddMember("inviteCode", data.inviteCode, allocator);
+    // Cut to 32 bits on purpose: peers read this member as such a number and skip a larger one.
+    params.AddMember("roomCreateTime", static_cast<uint32_t>(data.roomCreateTime), allocator);
+    params.AddMember("roomCompanyId", data.roomCompanyId, allocator);
+    params.AddMember("proxyUserId", data.proxyUserId, allocator);
+    params.AddMember("calloutType", uint32_t{data.calloutType}, allocator);
+    params.AddMember("meetingId", data.meetingId, allocator);
+    params.AddMember("isForce", data.isForce, allocator);
+    params.AddMember("inviter", inviter, allocator);
+    return ToString(document);
+}
+
+InviteData* JsonSerialization::ParseInviteUserMsg(const std::string& json, InviteData* out)
+{
+    Document document;
+    Parse(document, json);
+    if (out == nullptr || DocumentMethodCompare(document, "InviteUser") != 0)
+    {
+        return out;
+    }
+    const Value* const params = FindObject(document, m_params_key.c_str());
+    if (params == nullptr)
+    {
+        return out;
+    }
+    ReadNumber(*params, "inviteCode", &out->inviteCode);
+    ReadNumber(*params, "roomCreateTime", &out->roomCreateTime);
+    ReadNumber(*params, "roomCompanyId", &out->roomCompanyId);
+    ReadNumber(*params, "proxyUserId", &out->proxyUserId);
+    ReadNumber(*params, "calloutType", &out->calloutType);
+    ReadNumber(*params, "meetingId", &out->meetingId);
+    const Value* const isForce = FindMember(*params, "isForce");
+    out->isForce = isForce != nullptr && isForce->IsTrue();
+    if (const Value* const inviter = FindObject(*params, "inviter"))
+    {
+        ReadNumber(*inviter, "userId", &out->userId);
+        ReadTerminatedText(*inviter, "userName", &out->userName);
+        ReadTerminatedText(*inviter, "terminal", &out->terminal);
+    }
+    return out;
+}
+
+// The terminal type travels as text in the answers to an invitation and as a number in the login extension: the protocol
+// grew that way, and peers read it so.
+std::string JsonSerialization::FormatAcceptInviteMsg(const quenda::TerminalType& terminalType)
+{
+    const std::string terminal = commonutil::ToAString(terminalType);
+    Document document = BasicDocument("AcceptInvite");
+    document[m_params_key.c_str()].AddMember("terminal", Ref(terminal), document.GetAllocator());
+    return ToString(document);
+}
+
+std::string JsonSerialization::FormatRejectInviteMsg(const quenda::TerminalType& terminalType, int mode)
+{
+    const std::string terminal = commonutil::ToAString(terminalType);
+    Document document = BasicDocument("RejectInvite");
+    Value& params = document[m_params_key.c_str()];
+    params.AddMember("terminal", Ref(terminal), document.GetAllocator());
+    params.AddMember("mode", static_cast<uint32_t>(mode), document.GetAllocator());
+    return ToString(document);
+}
+
+std::string JsonSerialization::FormatLoginExtInfo(const quenda::TerminalType& terminalType)
+{
+    Document document(rapidjson::kObjectType);
+    document.AddMember(Ref(m_terminal_type_key), static_cast<uint32_t>(terminalType), document.GetAllocator());
+    return ToString(document);
+}
+
+uint32_t JsonSerialization::ParseLoginExtInfo(const std::string& json)
+{
+    Document document;
+    Parse(document, json);
+    const Value* const value = FindMember(document, m_terminal_type_key.c_str());
+    if (value == nullptr)
+    {
+        return 0;
+    }
+    if (value->IsUint())
+    {
+        return value->GetUint();
+    }
+    unsigned number = 0;
+    if (value->IsString())
+    {
+        commonutil::ReadUserId(value->GetString(), &number);
+    }
+    return number;
+}
+
+std::string JsonSerialization::FormatAvQualityOverview(const std::shared_ptr<AVQualityInfo>& info)
+{
+    Document document;
+    Allocator& allocator = document.GetAllocator();
+    Value data = DataPoint("pc.avQuality.overview", allocator);
+    Value fields(rapidjson::kObjectType);
+    fields.AddMember("avQualityLevel", static_cast<uint32_t>(info->avQualityLevel), allocator);
+    data.AddMember("fields", fields, allocator);
+    FillQualityReport(document, "overview", data, *info);
+    return ToString(document);
+}
+
+std::string JsonSerialization::FormatAvQualityDetail(const std::shared_ptr<AVQualityInfo>& info)
+{
+    Document document;
+    Allocator& allocator = document.GetAllocator();
+    Value data = DataPoint("pc.avQuality.detail", allocator);
+    FormatAudioQuality(info->sendAudio, "sendAudio", allocator, data);
+    FormatAudioQuality(info->receiveAudio, "receiveAudio", allocator, data);
+    FormatVideoQuality(info->sendVideo, "sendVideo", allocator, data);
+    FormatVideoQuality(info->receiveVideo, "receiveVideo", allocator, data);
+    FillQualityReport(document, "detail", data, *info);
+    return ToString(document);
+}
+
+void JsonSerialization::ParseTMsgInfo(const std::string& /*json*/) {}
+
+void JsonSerialization::ParseMdsClientInfo(const std::string& json, std::string& command, std::string& subType)
+{
+    Document document;
+    Parse(document, json);
+    const Value* const message = FindObject(document, "message");
+    if (message == nullptr)
+    {
+        return;
+    }
+    ReadText(*message, "command", &command);
+    if (const Value* const data = FindObject(*message, "data"))
+    {
+        ReadText(*data, "subType", &subType);
+    }
+}
+
+Document JsonSerialization::BasicDocument(const std::string& method)
+{
+    Document document(rapidjson::kObjectType);
+    Allocator& allocator = document.GetAllocator();
+    document.AddMember(Ref(m_version_key), Ref(m_version), allocator);
+    document.AddMember(Ref(m_method_key),
+                       Value(method.c_str(), static_cast<rapidjson::SizeType>(method.size()), allocator), allocator);
+    document.AddMember(Ref(m_params_key), Value(rapidjson::kObjectType), allocator);
+    return document;
+}
+
+int JsonSerialization::DocumentMethodCompare(const Document& document, const std::string& method)
+{
+    const Value* const member = FindMember(document, m_method_key.c_str());
+    if (member == nullptr || !member->IsString())
+    {
+        return -1;
+    }
+    return method.compare(0, method.size(), member->GetString(), member->GetStringLength());
+}
+
+std::string JsonSerialization::ToString(const Document& document)
+{
+    std::string text;
+    if (!Write<AsciiWriter>(document, &text))
+    {
+        Write<RepairingWriter>(document, &text);
+    }
+    return text;
+}
+
+void JsonSerialization::FormatAudioQuality(const std::list<std::shared_ptr<AudioQualityData>>& list,
+                                           const std::string& name, Allocator& allocator, Value& target)
+{
+    AddStreams(list, name, allocator, target,
+               [&allocator](Value& stream, const AudioQualityData& data)
+               {
+                   stream.AddMember("userId", data.userId, allocator);
+                   stream.AddMember("userName", Ref(data.userName), allocator);
+                   stream.AddMember("protocol", Ref(data.protocol), allocator);
+                   stream.AddMember("bitrate", Ref(data.bitrate), allocator);
+                   stream.AddMember("pktlr", Ref(data.pktlr), allocator);
+                   stream.AddMember("rtt", Ref(data.rtt), allocator);
+                   stream.AddMember("jitter", Ref(data.jitter), allocator);
+               });
+}
+
+void JsonSerialization::FormatVideoQuality(const std::list<std::shared_ptr<VideoQualityData>>& list,
+                                           const std::string& name, Allocator& allocator, Value& target)
+{
+    AddStreams(list, name, allocator, target,
+               [&allocator](Value& stream, const VideoQualityData& data)
+               {
+                   stream.AddMember("userId", data.userId, allocator);
+                   stream.AddMember("mediaId", data.mediaId, allocator);
+                   stream.AddMember("userName", Ref(data.userName), allocator);
+                   stream.AddMember("protocol", Ref(data.protocol), allocator);
+                   stream.AddMember("bitrate", Ref(data.bitrate), allocator);
+                   stream.AddMember("resolve", Ref(data.resolve), allocator);
+                   stream.AddMember("framerate", Ref(data.framerate), allocator);
+                   stream.AddMember("pktlr", Ref(data.pktlr), allocator);
+                   stream.AddMember("rtt", Ref(data.rtt), allocator);
+                   stream.AddMember("jitter", Ref(data.jitter), allocator);
+               });
+}
+
+} // namespace onlinemanager
