@@ -1,0 +1,681 @@
+#include "onlinemanager/PaasOnlineImp.h"
+
+#include "commonutil/OrbLogUtil.h"
+#include "commonutil/StringUtil.h"
+#include "onlinemanager/JoinDataReference.h"
+#include "onlinemanager/JsonSerialization.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+#include <strings.h>
+#include <system_error>
+#include <thread>
+
+namespace onlinemanager
+{
+
+using commonutil::TextOrEmpty;
+using commonutil::ToAString;
+using WBASELIB::RelaxedLoad;
+using WBASELIB::RelaxedStore;
+using WBASELIB::WAutoLock;
+
+namespace
+{
+
+constexpr const char* kOnline = "true";
+constexpr const char* kOffline = "false";
+
+/// What a strategy may decide, and what the platform is told.
+constexpr int32_t kUndecided = 0;
+constexpr int32_t kReconnect = 1;
+constexpr int32_t kStop = 2;
+
+bool BeginsWith(const std::string& text, const char* scheme)
+{
+    return strncasecmp(text.c_str(), scheme, std::strlen(scheme)) == 0;
+}
+
+bool IsHttpAddress(const std::string& server)
+{
+    return BeginsWith(server, "http://") || BeginsWith(server, "https://");
+}
+
+bool IsConnectionPoint(std::string server)
+{
+    std::transform(server.begin(), server.end(), server.begin(),
+                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
+    return server.find("tcp:") != std::string::npos;
+}
+
+} // namespace
+
+PaasOnlineImp::PaasOnlineImp(avcore::IZolConnection*& connection, IUnknown* outer)
+    : m_zol_connection(connection),
+      m_http_helper(std::make_unique<HttpHelper>())
+{
+    ORB_LOG("%s()", "PaasOnlineImp");
+    if (!m_http_helper->Init(outer))
+    {
+        m_http_helper.reset();
+    }
+}
+
+PaasOnlineImp::~PaasOnlineImp()
+{
+    if (m_http_helper != nullptr)
+    {
+        m_http_helper->Uninit();
+    }
+    ReleaseService(m_user_online);
+}
+
+void PaasOnlineImp::Free()
+{
+    ::operator delete(static_cast<void*>(this));
+}
+
+void PaasOnlineImp::AddNotify(IPaasOnlineNotify* notify)
+{
+    m_notify_list.AddNotify(notify);
+}
+
+void PaasOnlineImp::RemoveNotify(IPaasOnlineNotify* notify)
+{
+    m_notify_list.RemoveNotify(notify);
+}
+
+void PaasOnlineImp::RemoveAllNotify()
+{
+    m_notify_list.RemoveAllNotify();
+}
+
+bool PaasOnlineImp::InitModel(IComponentFactory* /*factory*/)
+{
+    ORB_LOG("%s()", "InitModel");
+    if (m_zol_connection == nullptr)
+    {
+        ORB_LOG("PaasOnlineImp::InitModel Failed, m_zol_connection = nullptr.");
+        return false;
+    }
+    m_tunnel.m_session = this;
+    m_zol_connection->AddListener(this);
+    m_zol_connection->AddListener(&m_tunnel);
+    if (RelaxedLoad(m_zol_online) == nullptr)
+    {
+        void* online = nullptr;
+        if (m_zol_connection->GetComponent(avcore::IID_IZolOnline, &online) < 0)
+        {
+            ORB_LOG("PaasOnlineImp::InitModel Get Zol Online Component Fail.");
+            return false;
+        }
+        RelaxedStore(m_zol_online, static_cast<avcore::IZolOnline*>(online));
+    }
+    if (UserOnline())
+    {
+        return true;
+    }
+    auto userOnline = std::make_unique<UserOnlineImp>(m_zol_online);
+    if (!userOnline->InitModel())
+    {
+        // The session itself works without presence, so this is no failure of its own.
+        ORB_LOG("%s, m_user_online=%p, InitModel failed.", "InitModel", static_cast<void*>(userOnline.get()));
+        return true;
+    }
+    const WAutoLock guard(&m_lock);
+    m_user_online = userOnline.release();
+    return true;
+}
+
+bool PaasOnlineImp::UninitModel()
+{
+    if (m_zol_connection != nullptr)
+    {
+        m_zol_connection->RemoveListener(this);
+        m_zol_connection->RemoveListener(&m_tunnel);
+    }
+    if (const ServiceRef<UserOnlineImp> userOnline = UserOnline())
+    {
+        userOnline->UninitModel();
+        const WAutoLock guard(&m_lock);
+        ReleaseService(m_user_online);
+    }
+    RelaxedStore(m_zol_online, nullptr);
+    Logout();
+    m_tunnel.RemoveAllNotify();
+    m_tunnel.m_session = nullptr;
+    return true;
+}
+
+bool PaasOnlineImp::HasTransportFor(const std::string& server) const
+{
+    if (IsHttpAddress(server) && m_http_helper == nullptr)
+    {
+        ORB_LOG("Login online server address is HTTP protocel, but m_http_helper == nullptr.");
+        return false;
+    }
+    return true;
+}
+
+bool PaasOnlineImp::Login(const LoginParam& param, bool force)
+{
+    ORB_LOG("%s()", "Login");
+    if (m_zol_connection == nullptr || param.server.empty() || param.userid == 0 || !HasTransportFor(param.server))
+    {
+        return false;
+    }
+    const std::string userid = ToAString(param.userid);
+    const std::string companyid = ToAString(param.companyid);
+    const std::string ext = Serialization()->FormatLoginExtInfo(param.terminal);
+    {
+        const WAutoLock guard(&m_lock);
+        m_login_param = param;
+    }
+    m_login_state = LOGIN_STATE_LOGGING_IN;
+    ORB_LOG("Paas login param: server=%s, appid=%s, token=%s.", param.server.c_str(), param.appid.c_str(),
+            param.token.c_str());
+    ORB_LOG("Paas login param: deviceid=%s, companyid=%s, userid=%s.", param.deviceid.c_str(), companyid.c_str(),
+            userid.c_str());
+    ORB_LOG("Paas login param: mutex=%s, ext=%s.", param.mutex.c_str(), ext.c_str());
+    ORB_LOG("Paas login param: force=%d, registeruser=%d.", force ? 1 : 0, param.registeruser ? 1 : 0);
+    const HRESULT hr = m_zol_connection->Login(
+        param.server.c_str(), m_http_helper.get(), param.appid.c_str(), param.token.c_str(), param.deviceid.c_str(),
+        companyid.c_str(), userid.c_str(), param.mutex.c_str(), ext.c_str(), force, param.registeruser);
+    if (hr < 0)
+    {
+        ORB_LOG("Login PaaS failed, ret(0x%x).", static_cast<unsigned>(hr));
+        return false;
+    }
+    return true;
+}
+
+bool PaasOnlineImp::RequestCPAddress(const LoginParam& param)
+{
+    ORB_LOG("%s()", "RequestCPAddress");
+    if (m_zol_connection == nullptr || param.server.empty() || param.userid == 0 || !HasTransportFor(param.server))
+    {
+        return false;
+    }
+    if (IsConnectionPoint(param.server))
+    {
+        return true;
+    }
+    const std::string companyid = ToAString(param.companyid);
+    ORB_LOG("Paas request cp param: server=%s, appid=%s, token=%s, companyid=%s.", param.server.c_str(),
+            param.appid.c_str(), param.token.c_str(), companyid.c_str());
+    const HRESULT hr = m_zol_connection->RequestCPAddress(param.server.c_str(), m_http_helper.get(),
+                                                          param.appid.c_str(), param.token.c_str(), companyid.c_str());
+    if (hr < 0)
+    {
+        ORB_LOG("request cp address failed, ret(0x%x).", static_cast<unsigned>(hr));
+        return false;
+    }
+    return true;
+}
+
+bool PaasOnlineImp::Relogin(bool force)
+{
+    LoginParam param;
+    {
+        const WAutoLock guard(&m_lock);
+        param = m_login_param;
+    }
+    if (param.userid == 0)
+    {
+        return false;
+    }
+    const LoginState state = m_login_state;
+    if (state == LOGIN_STATE_LOGGED_OUT)
+    {
+        return Login(param, force);
+    }
+    return state == LOGIN_STATE_LOGGED_IN;
+}
+
+bool PaasOnlineImp::Logout()
+{
+    ORB_LOG("%s()", "Logout");
+    if (m_zol_connection == nullptr)
+    {
+        return false;
+    }
+    if (m_login_state == LOGIN_STATE_LOGGED_OUT || UserId() == 0)
+    {
+        ORB_LOG("PaasOnlineImp::Logout is not logged in.");
+        return true;
+    }
+    if (m_zol_connection->Logout() < 0)
+    {
+        ORB_LOG("Logout failed.");
+        return false;
+    }
+    return true;
+}
+
+ConnectPropertyResult PaasOnlineImp::GetConnectProperty(ConnectProperty key, char* buffer, int size)
+{
+    if (buffer == nullptr || size <= 0)
+    {
+        return {0, 0};
+    }
+    const WAutoLock guard(&m_lock);
+    const auto property = m_connect_property.find(key);
+    if (property == m_connect_property.end())
+    {
+        return {0, 0};
+    }
+    const std::string& value = property->second;
+    if (value.size() >= static_cast<size_t>(size))
+    {
+        return {0, static_cast<int32_t>(value.size() + 1)};
+    }
+    std::memcpy(buffer, value.c_str(), value.size() + 1);
+    return {1, 0};
+}
+
+bool PaasOnlineImp::TriggerNotify()
+{
+    try
+    {
+        std::thread([session = ServiceRef<PaasOnlineImp>(this)] { session->SendLoginState(); }).detach();
+        return true;
+    }
+    catch (const std::system_error&)
+    {
+        return false; // the system has no thread left
+    }
+}
+
+void PaasOnlineImp::SendLoginState()
+{
+    if (m_login_state == LOGIN_STATE_LOGGED_IN)
+    {
+        m_notify_list.Deliver([](IPaasOnlineNotify& notify) { notify.OnLoginSuccess(); });
+    }
+    else
+    {
+        m_notify_list.Deliver([](IPaasOnlineNotify& notify)
+                              { notify.OnOffline(static_cast<ErrCode>(avcore::ZOL_PORT_NOT_LOGGED_IN)); });
+    }
+}
+
+int32_t PaasOnlineImp::GetUserOnline(IUserOnline** out)
+{
+    if (out == nullptr)
+    {
+        ORB_LOG("PaasOnlineImp::GetUserOnline param error.");
+        return E_FAIL;
+    }
+    UserOnlineImp* userOnline = nullptr;
+    {
+        const WAutoLock guard(&m_lock);
+        userOnline = m_user_online;
+    }
+    if (userOnline == nullptr)
+    {
+        ORB_LOG("PaasOnlineImp::GetUserOnline m_user_online = nullptr.");
+        return E_FAIL;
+    }
+    *out = userOnline;
+    return S_OK;
+}
+
+int32_t PaasOnlineImp::GetMeetingTunnel(IMeetingTunnel** out)
+{
+    ORB_LOG("%s()", "GetMeetingTunnel");
+    if (out == nullptr)
+    {
+        ORB_LOG("PaasOnlineImp::GetMeetingTunnel param error.");
+        return E_FAIL;
+    }
+    *out = &m_tunnel;
+    return S_OK;
+}
+
+void PaasOnlineImp::SetReconnectionStrategy(IReconnectionStrategy* strategy)
+{
+    m_reconnection_strategy = strategy;
+}
+
+void PaasOnlineImp::OnLoginResult(avcore::ZolPortErrCode code, const char* szConflictDeviceId,
+                                  const char* szConflictCustomState, const char* szConflictExtendInfo)
+{
+    const ServiceRef self(this);
+    ORB_LOG("%s(), errCode=%d.", "OnLoginResult", static_cast<int>(code));
+    if (code == avcore::ZOL_PORT_LOGIN_CONFLICT)
+    {
+        ORB_LOG("%s(), szConflictDeviceId=%s.", "OnLoginResult", TextOrEmpty(szConflictDeviceId));
+        ORB_LOG("%s(), szConflictCustomState=%s.", "OnLoginResult", TextOrEmpty(szConflictCustomState));
+        ORB_LOG("%s(), szConflictExtendInfo=%s.", "OnLoginResult", TextOrEmpty(szConflictExtendInfo));
+        SetProperty(CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE, TextOrEmpty(szConflictCustomState));
+        SetProperty(CONNECT_PROPERTY_CONFLICT_DEVICE_ID, TextOrEmpty(szConflictDeviceId));
+    }
+    const bool loggedIn = code == avcore::ZOL_PORT_SUCCESS;
+    m_login_state = loggedIn ? LOGIN_STATE_LOGGED_IN : LOGIN_STATE_LOGGED_OUT;
+    SetProperty(CONNECT_PROPERTY_ONLINE, loggedIn ? kOnline : kOffline);
+    if (loggedIn)
+    {
+        m_notify_list.Deliver([](IPaasOnlineNotify& notify) { notify.OnLoginSuccess(); });
+    }
+    else
+    {
+        // Code 36 stays 36 here and becomes ERR_LOGIN_CONFLICT in a logout only: hosts tell a refused login from a login that
+        // was taken over by it.
+        m_notify_list.Deliver([code](IPaasOnlineNotify& notify) { notify.OnOffline(static_cast<ErrCode>(code)); });
+    }
+    if (const ServiceRef<UserOnlineImp> userOnline = UserOnline())
+    {
+        TellUserOnline(*userOnline, loggedIn);
+        userOnline->LoginResultNotify(code);
+    }
+}
+
+void PaasOnlineImp::OnLogouted(avcore::ZolPortErrCode code)
+{
+    const ServiceRef self(this);
+    ORB_LOG("%s(), errCode=%d.", "OnLogouted", static_cast<int>(code));
+    m_login_state = LOGIN_STATE_LOGGED_OUT;
+    SetProperty(CONNECT_PROPERTY_ONLINE, kOffline);
+    if (const ServiceRef<UserOnlineImp> userOnline = UserOnline())
+    {
+        TellUserOnline(*userOnline, false);
+        userOnline->LogoutedNotify();
+    }
+    const ErrCode reason = code == avcore::ZOL_PORT_LOGIN_CONFLICT ? ERR_LOGIN_CONFLICT : static_cast<ErrCode>(code);
+    m_notify_list.Deliver([reason](IPaasOnlineNotify& notify) { notify.OnOffline(reason); });
+}
+
+// Groups and reconnections are the tunnel's: it is registered with the same connection.
+void PaasOnlineImp::OnJoinGroupResult(avcore::ZolPortErrCode /*code*/) {}
+
+void PaasOnlineImp::OnLeaveGroupResult(avcore::ZolPortErrCode /*code*/) {}
+
+int32_t PaasOnlineImp::OnReconnectStart()
+{
+    return kUndecided;
+}
+
+void PaasOnlineImp::OnReconnectSucess() {}
+
+void PaasOnlineImp::OnReconnectFail(avcore::ZolPortErrCode /*code*/, const char* /*text*/) {}
+
+void PaasOnlineImp::OnGroupUserJoined(const char* /*userId*/) {}
+
+void PaasOnlineImp::OnGroupUserLeaved(const char* /*userId*/) {}
+
+void PaasOnlineImp::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
+                                    const WBASELIB::Vector<avcore::ZolMediaInfo>& /*media*/, bool /*complete*/)
+{
+}
+
+void PaasOnlineImp::OnReadyReconnect(TunnelType type)
+{
+    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReadyReconnect(type); });
+}
+
+void PaasOnlineImp::OnReconnectStart(TunnelType type)
+{
+    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectStart(type); });
+}
+
+void PaasOnlineImp::OnReconnectSucess(TunnelType type)
+{
+    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectSucess(type); });
+}
+
+void PaasOnlineImp::OnReconnectFail(TunnelType type, ErrCode code)
+{
+    m_notify_list.Deliver([=](IPaasOnlineNotify& notify) { notify.OnReconnectFail(type, code); });
+}
+
+bool PaasOnlineImp::IsLoggedIn()
+{
+    return m_login_state == LOGIN_STATE_LOGGED_IN && UserId() != 0;
+}
+
+uint32_t PaasOnlineImp::UserId()
+{
+    const WAutoLock guard(&m_lock);
+    return m_login_param.userid;
+}
+
+void PaasOnlineImp::SetProperty(ConnectProperty key, const char* value)
+{
+    const WAutoLock guard(&m_lock);
+    m_connect_property[key] = value;
+}
+
+std::shared_ptr<ISerialization> PaasOnlineImp::Serialization()
+{
+    const WAutoLock guard(&m_lock);
+    if (m_serialization == nullptr)
+    {
+        m_serialization = std::make_shared<JsonSerialization>();
+    }
+    return m_serialization;
+}
+
+ServiceRef<UserOnlineImp> PaasOnlineImp::UserOnline()
+{
+    const WAutoLock guard(&m_lock);
+    return ServiceRef<UserOnlineImp>(m_user_online);
+}
+
+void PaasOnlineImp::TellUserOnline(UserOnlineImp& userOnline, bool loggedIn)
+{
+    const WAutoLock guard(&m_lock);
+    userOnline.m_self_user_id = loggedIn ? m_login_param.userid : 0;
+    userOnline.m_terminal_type = loggedIn ? m_login_param.terminal : quenda::TERMINAL_TYPE_UNKNOWN;
+}
+
+void PaasOnlineImp::ZolTunnel::AddNotify(IMeetingTunnelNotify* notify)
+{
+    m_notify_list.AddNotify(notify);
+}
+
+void PaasOnlineImp::ZolTunnel::RemoveNotify(IMeetingTunnelNotify* notify)
+{
+    m_notify_list.RemoveNotify(notify);
+}
+
+void PaasOnlineImp::ZolTunnel::RemoveAllNotify()
+{
+    m_notify_list.RemoveAllNotify();
+}
+
+bool PaasOnlineImp::ZolTunnel::JoinMeeting(const JoinData& data)
+{
+    ORB_LOG("%s()", "JoinMeeting");
+    PaasOnlineImp* const session = m_session;
+    if (session == nullptr || session->m_zol_connection == nullptr)
+    {
+        return false;
+    }
+    if (!session->IsLoggedIn())
+    {
+        ORB_LOG("JoinMeeting failed, current not logged in.");
+        return false;
+    }
+    if (IsAbsent(data))
+    {
+        ORB_LOG("JoinMeeting failed, guid = nullptr.");
+        return false;
+    }
+    std::string groupId;
+    commonutil::GUID2String(data.guid, &groupId);
+    commonutil::ReplaceAll(&groupId, "{", "");
+    commonutil::ReplaceAll(&groupId, "}", "");
+    // Only 0 is success here, while a leave succeeds with any code that is not negative: the platform's group operations have
+    // always answered so.
+    const HRESULT hr = session->m_zol_connection->JoinGroup(groupId.c_str());
+    if (hr != S_OK)
+    {
+        ORB_LOG("JoinMeeting failed, code(%d).", hr);
+        return false;
+    }
+    m_join_pending = true;
+    return true;
+}
+
+bool PaasOnlineImp::ZolTunnel::LeaveMeeting()
+{
+    ORB_LOG("%s()", "LeaveMeeting");
+    PaasOnlineImp* const session = m_session;
+    if (session == nullptr || session->m_zol_connection == nullptr)
+    {
+        return false;
+    }
+    if (!session->IsLoggedIn())
+    {
+        ORB_LOG("%s call failed, current not logged in.", "LeaveMeeting");
+        return false;
+    }
+    const HRESULT hr = session->m_zol_connection->LeaveGroup();
+    if (hr < 0)
+    {
+        ORB_LOG("LeaveMeeting failed, ret(0x%x).", static_cast<unsigned>(hr));
+        return false;
+    }
+    m_join_pending = false;
+    return true;
+}
+
+// Logins are the session's.
+void PaasOnlineImp::ZolTunnel::OnLoginResult(avcore::ZolPortErrCode /*code*/, const char* /*szConflictDeviceId*/,
+                                             const char* /*szConflictCustomState*/,
+                                             const char* /*szConflictExtendInfo*/)
+{
+}
+
+void PaasOnlineImp::ZolTunnel::OnLogouted(avcore::ZolPortErrCode /*code*/) {}
+
+void PaasOnlineImp::ZolTunnel::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
+                                               const WBASELIB::Vector<avcore::ZolMediaInfo>& /*media*/,
+                                               bool /*complete*/)
+{
+}
+
+void PaasOnlineImp::ZolTunnel::OnJoinGroupResult(avcore::ZolPortErrCode code)
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    ORB_LOG("%s()", "OnJoinGroupResult");
+    ORB_LOG("errCode=%d.", static_cast<int>(code));
+    m_join_pending = false;
+    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify)
+                          { notify.OnJoinMeetingResult(static_cast<ErrCode>(code)); });
+}
+
+void PaasOnlineImp::ZolTunnel::OnLeaveGroupResult(avcore::ZolPortErrCode code)
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    ORB_LOG("%s()", "OnLeaveGroupResult");
+    ORB_LOG("errCode=%d.", static_cast<int>(code));
+    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify)
+                          { notify.OnLeaveMeetingResult(static_cast<ErrCode>(code)); });
+}
+
+void PaasOnlineImp::ZolTunnel::OnGroupUserJoined(const char* userId)
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    ORB_LOG("%s()", "OnGroupUserJoined");
+    const unsigned remoteUserId = commonutil::UserIdOrZero(userId);
+    ORB_LOG("remoteUserId=%u.", remoteUserId);
+    m_notify_list.Deliver([=](IMeetingTunnelNotify& notify) { notify.OnUserJoined(remoteUserId); });
+}
+
+void PaasOnlineImp::ZolTunnel::OnGroupUserLeaved(const char* userId)
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    ORB_LOG("%s()", "OnGroupUserLeaved");
+    const unsigned remoteUserId = commonutil::UserIdOrZero(userId);
+    ORB_LOG("remoteUserId=%u.", remoteUserId);
+    m_notify_list.Deliver([=](IMeetingTunnelNotify& notify) { notify.OnUserLeaved(remoteUserId); });
+}
+
+int32_t PaasOnlineImp::ZolTunnel::OnReconnectStart()
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    if (m_join_pending.exchange(false))
+    {
+        ORB_LOG("%s, join result notify", "OnReconnectStart");
+        m_notify_list.Deliver([](IMeetingTunnelNotify& notify)
+                              { notify.OnJoinMeetingResult(ERR_JOIN_ABORTED_BY_RECONNECT); });
+    }
+    if (!session)
+    {
+        return kStop;
+    }
+    if (const ServiceRef<UserOnlineImp> userOnline = session->UserOnline())
+    {
+        userOnline->ReconnectStartNotify();
+    }
+    if (session->m_login_state == LOGIN_STATE_LOGGED_IN)
+    {
+        ORB_LOG("%s()", "OnReconnectStart");
+        session->m_login_state = LOGIN_STATE_LOGGING_IN;
+        session->OnReadyReconnect(m_tunnel_type);
+    }
+    IReconnectionStrategy* const strategy = session->m_reconnection_strategy;
+    if (strategy == nullptr)
+    {
+        ORB_LOG("Reconnect can't work, strategy == nullptr.");
+        return StopReconnect(*session);
+    }
+    switch (strategy->CheckReconnect())
+    {
+    case kReconnect:
+        session->OnReconnectStart(m_tunnel_type);
+        return kReconnect;
+    case kStop:
+        ORB_LOG("Reconnect stoped.");
+        return StopReconnect(*session);
+    default:
+        return kUndecided;
+    }
+}
+
+int32_t PaasOnlineImp::ZolTunnel::StopReconnect(PaasOnlineImp& session)
+{
+    session.m_login_state = LOGIN_STATE_LOGGED_OUT;
+    if (const ServiceRef<UserOnlineImp> userOnline = session.UserOnline())
+    {
+        userOnline->LogoutedNotify();
+    }
+    session.OnReconnectFail(m_tunnel_type, ERR_RECONNECT_STOPPED);
+    return kStop;
+}
+
+void PaasOnlineImp::ZolTunnel::OnReconnectSucess()
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    ORB_LOG("%s()", "OnReconnectSucess");
+    if (!session)
+    {
+        return;
+    }
+    session->m_login_state = LOGIN_STATE_LOGGED_IN;
+    session->SetProperty(CONNECT_PROPERTY_ONLINE, kOnline);
+    session->OnReconnectSucess(m_tunnel_type);
+    if (const ServiceRef<UserOnlineImp> userOnline = session->UserOnline())
+    {
+        userOnline->ReconnectSucessNotify();
+    }
+}
+
+void PaasOnlineImp::ZolTunnel::OnReconnectFail(avcore::ZolPortErrCode code, const char* text)
+{
+    const ServiceRef<PaasOnlineImp> session(m_session);
+    if (!session)
+    {
+        return;
+    }
+    session->SetProperty(CONNECT_PROPERTY_ONLINE, kOffline);
+    if (code == avcore::ZOL_PORT_LOGIN_CONFLICT && text != nullptr)
+    {
+        session->SetProperty(CONNECT_PROPERTY_CONFLICT_DEVICE_ID, text);
+    }
+    session->OnReconnectFail(m_tunnel_type, static_cast<ErrCode>(code));
+}
+
+} // namespace onlinemanager
