@@ -1,0 +1,167 @@
+#include "onlinemanager/PaasMdsClientImp.h"
+
+#include "commonutil/OrbLogUtil.h"
+#include "commonutil/StringUtil.h"
+#include "onlinemanager/JsonSerialization.h"
+
+namespace onlinemanager
+{
+
+PaasMdsClientImp::PaasMdsClientImp(avcore::IZolConnection*& connection) : m_zol_connection(connection)
+{
+    ORB_LOG("%s()", "PaasMdsClientImp");
+}
+
+PaasMdsClientImp::~PaasMdsClientImp() = default;
+
+void PaasMdsClientImp::Free()
+{
+    if (!m_registered)
+    {
+        ::operator delete(static_cast<void*>(this));
+    }
+}
+
+void PaasMdsClientImp::AddNotify(IPaasMdsClientNotify* notify)
+{
+    m_notify_list.AddNotify(notify);
+}
+
+void PaasMdsClientImp::RemoveNotify(IPaasMdsClientNotify* notify)
+{
+    m_notify_list.RemoveNotify(notify);
+}
+
+void PaasMdsClientImp::RemoveAllNotify()
+{
+    m_notify_list.RemoveAllNotify();
+}
+
+bool PaasMdsClientImp::InitModel(IComponentFactory* /*factory*/)
+{
+    ORB_LOG("%s()", "InitModel");
+    if (m_zol_connection == nullptr)
+    {
+        ORB_LOG("PaasMdsClientImp::InitModel Failed, m_zol_connection = nullptr.");
+        return false;
+    }
+    return true;
+}
+
+bool PaasMdsClientImp::UninitModel()
+{
+    m_zol_mds_client = nullptr;
+    return true;
+}
+
+bool PaasMdsClientImp::CheckMdsClient()
+{
+    if (m_zol_mds_client != nullptr)
+    {
+        return true;
+    }
+    if (m_zol_connection == nullptr)
+    {
+        return false;
+    }
+    void* component = nullptr;
+    if (m_zol_connection->GetComponent(avcore::IID_IZolMdsClient, &component) < 0 || component == nullptr)
+    {
+        // The text names the operation that usually gets here; log filters know it so.
+        ORB_LOG("PaasMdsClientImp::SendAVQualityInfo Get ZolMdsClient Component Fail.");
+        return false;
+    }
+    m_registered = true;
+    m_zol_mds_client = static_cast<avcore::IZolMdsClient*>(component);
+    m_zol_mds_client->AddListener(this);
+    return true;
+}
+
+bool PaasMdsClientImp::InitMdsClient()
+{
+    m_zol_mds_client = nullptr;
+    CheckMdsClient();
+    return true;
+}
+
+bool PaasMdsClientImp::CheckSerialization()
+{
+    const WBASELIB::WAutoLock guard(&m_lock);
+    if (m_serialization == nullptr)
+    {
+        m_serialization = std::make_shared<JsonSerialization>();
+    }
+    return m_serialization != nullptr;
+}
+
+bool PaasMdsClientImp::SendAVQualityInfo(const std::shared_ptr<AVQualityInfo>& info)
+{
+    if (!CheckMdsClient() || !CheckSerialization())
+    {
+        return false;
+    }
+    if (m_overview_subscribed && info != nullptr)
+    {
+        Send(m_serialization->FormatAvQualityOverview(info));
+    }
+    if (m_detail_subscribed && info != nullptr)
+    {
+        Send(m_serialization->FormatAvQualityDetail(info));
+    }
+    return true;
+}
+
+void PaasMdsClientImp::Send(const std::string& report)
+{
+    avcore::IZolMdsClient* const client = m_zol_mds_client;
+    if (client != nullptr && client->SendMdsData(report.c_str()) < 0)
+    {
+        ORB_LOG("PaasMdsClientImp::SendAVQualityInfo SendMdsData Fail.msg=%s.", report.c_str());
+    }
+}
+
+void PaasMdsClientImp::OnMdsMsgData(const char* msg)
+{
+    const ServiceRef self(this);
+    // The other class's name is what log filters look for.
+    ORB_LOG("PaasTMsgImp::OnMdsMsgData msg:%s.", commonutil::TextOrEmpty(msg));
+    if (!CheckSerialization())
+    {
+        return;
+    }
+    std::string command;
+    std::string subType;
+    m_serialization->ParseMdsClientInfo(commonutil::TextOrEmpty(msg), command, subType);
+    // Every such command is told on, also one that changes nothing: a host that missed one catches up with the next.
+    if (command == "subscribe_av_quality")
+    {
+        Subscribe(subType, true);
+        if (m_overview_subscribed || m_detail_subscribed)
+        {
+            m_notify_list.Deliver([](IPaasMdsClientNotify& notify) { notify.OnSubscribeAVQualityInfo(); });
+        }
+    }
+    else if (command == "unsubscribe_av_quality")
+    {
+        Subscribe(subType, false);
+        if (!m_overview_subscribed && !m_detail_subscribed)
+        {
+            m_notify_list.Deliver([](IPaasMdsClientNotify& notify) { notify.OnUnSubscribeAVQualityInfo(); });
+        }
+    }
+}
+
+void PaasMdsClientImp::Subscribe(const std::string& subType, bool wanted)
+{
+    const bool all = subType == "all";
+    if (all || subType == "overview")
+    {
+        m_overview_subscribed = wanted;
+    }
+    if (all || subType == "detail")
+    {
+        m_detail_subscribed = wanted;
+    }
+}
+
+} // namespace onlinemanager
