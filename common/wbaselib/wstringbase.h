@@ -70,21 +70,9 @@ public:
 
     TStringBase(TStringBase&& other) noexcept : m_data(std::exchange(other.m_data, nullptr)) {}
 
-    TStringBase& operator=(const TStringBase& other) noexcept
+    TStringBase& operator=(TStringBase other) noexcept
     {
-        TStringBase(other).Swap(*this);
-        return *this;
-    }
-
-    TStringBase& operator=(TStringBase&& other) noexcept
-    {
-        TStringBase(std::move(other)).Swap(*this);
-        return *this;
-    }
-
-    TStringBase& operator=(const CharT* text)
-    {
-        TStringBase(text).Swap(*this);
+        Swap(other);
         return *this;
     }
 

@@ -42,15 +42,9 @@ public:
         Swap(other);
     }
 
-    Vector& operator=(const Vector& other)
+    Vector& operator=(Vector other) noexcept
     {
-        Vector(other).Swap(*this);
-        return *this;
-    }
-
-    Vector& operator=(Vector&& other) noexcept
-    {
-        Vector(std::move(other)).Swap(*this);
+        Swap(other);
         return *this;
     }
 

@@ -1,5 +1,6 @@
 #include "common/wbaselib/welementallocator.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <set>
 #include <thread>
@@ -16,13 +17,10 @@ struct Element
     Element* m_next = nullptr;
 };
 
-std::vector<Element*> AllocMany(WElementAllocator<Element>& pool, int count)
+std::vector<Element*> AllocMany(WElementAllocator<Element>& pool, size_t count)
 {
-    std::vector<Element*> elements;
-    for (int index = 0; index < count; ++index)
-    {
-        elements.push_back(pool.Alloc());
-    }
+    std::vector<Element*> elements(count);
+    std::generate(elements.begin(), elements.end(), [&pool] { return pool.Alloc(); });
     return elements;
 }
 
@@ -89,6 +87,7 @@ TEST(WElementAllocatorTest, ThreadsNeverHoldTheSameElement)
 {
     WElementAllocator<Element> pool(10);
     std::vector<std::thread> threads;
+    threads.reserve(4);
     for (int thread = 1; thread <= 4; ++thread)
     {
         threads.emplace_back(

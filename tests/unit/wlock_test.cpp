@@ -25,6 +25,7 @@ template <typename Body>
 void RunInThreads(const Body& body)
 {
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int index = 0; index < kThreads; ++index)
     {
         threads.emplace_back(body);

@@ -100,34 +100,34 @@ TEST(WMsgQueueCapacityTest, AQueueWithoutCapacityDropsEverything)
 
 TEST(WMsgQueueThreadTest, EachMessageIsTakenOnceByOneOfManyThreads)
 {
-    constexpr int kProducers = 3;
-    constexpr int kConsumers = 3;
-    constexpr int kEach = 400;
+    constexpr size_t kProducers = 3;
+    constexpr size_t kConsumers = 3;
+    constexpr size_t kEach = 400;
     WMsgQueue<std::atomic<int>> queue(kCapacity);
     std::vector<std::atomic<int>> taken(kProducers * kEach);
 
     std::vector<std::thread> threads;
-    for (int producer = 0; producer < kProducers; ++producer)
+    threads.reserve(kProducers + kConsumers);
+    for (size_t producer = 0; producer < kProducers; ++producer)
     {
         threads.emplace_back(
             [&, producer]
             {
-                for (int index = 0; index < kEach; ++index)
+                for (size_t index = 0; index < kEach; ++index)
                 {
-                    while (!queue.Push(&taken[static_cast<size_t>(producer * kEach + index)]))
+                    while (!queue.Push(&taken[producer * kEach + index]))
                     {
                         std::this_thread::yield();
                     }
                 }
             });
     }
-    std::atomic<int> left{kProducers * kEach};
-    for (int consumer = 0; consumer < kConsumers; ++consumer)
+    for (size_t consumer = 0; consumer < kConsumers; ++consumer)
     {
         threads.emplace_back(
             [&]
             {
-                while (left-- > 0)
+                for (size_t index = 0; index < kProducers * kEach / kConsumers; ++index)
                 {
                     ++*queue.Pop(INFINITE);
                 }
@@ -143,31 +143,37 @@ TEST(WMsgQueueThreadTest, EachMessageIsTakenOnceByOneOfManyThreads)
     }
 }
 
-TEST(WMsgQueueThreadTest, StoppingMeetsPushesAndPopsOfOtherThreads)
+TEST(WMsgQueueThreadTest, StoppingMeetsPushesAndPopsOfOtherThreadsAndLosesNoMessage)
 {
     WMsgQueue<int> queue(kCapacity);
     int message = 0;
     int pushed = 0;
-    int popped = 0;
+    std::atomic<int> popped{0};
+    std::atomic<bool> done{false};
     std::thread producer(
         [&]
         {
-            while (queue.Push(&message))
+            while (!done)
             {
-                ++pushed;
+                pushed += queue.Push(&message) ? 1 : 0;
             }
         });
     std::thread consumer(
         [&]
         {
-            for (int round = 0; round < 100; ++round)
+            while (!done)
             {
                 popped += queue.Pop(0) != nullptr ? 1 : 0;
             }
         });
-    consumer.join();
+    while (popped < 100)
+    {
+        std::this_thread::yield();
+    }
     queue.Stop();
+    done = true;
     producer.join();
+    consumer.join();
 
     int drained = 0;
     queue.Drain([&](int*) { ++drained; });

@@ -24,7 +24,7 @@ enum Colour : int32_t
 
 static_assert(sizeof(WRelaxed<Colour>) == sizeof(Colour));
 static_assert(sizeof(WRelaxed<bool>) == sizeof(bool));
-static_assert(sizeof(WRelaxed<Point*>) == sizeof(Point*));
+static_assert(sizeof(WRelaxed<Point*>) == sizeof(void*));
 
 constexpr int kRounds = 10000;
 

@@ -135,14 +135,21 @@ TEST(WSemaphoreTest, EachUnitReleasedWakesOneWaiter)
 TEST(WSemaphoreTest, NobodyTakesAUnitWhileItIsLocked)
 {
     WSemaphore semaphore(1, 1);
+    std::atomic<bool> waiting{false};
     std::atomic<bool> taken{false};
     EXPECT_EQ(semaphore.Lock(), 0);
     std::thread waiter(
         [&]
         {
+            waiting = true;
             EXPECT_EQ(semaphore.WaitSemaphore(INFINITE), 0U);
             taken = true;
         });
+    while (!waiting)
+    {
+        std::this_thread::yield();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_FALSE(taken);
     EXPECT_EQ(semaphore.UnLock(), 0);
     waiter.join();

@@ -88,7 +88,7 @@ TEST(VectorTest, LiesInMemoryAsPointerCountAndCapacity)
     Vector<int> numbers = Numbers(3);
     numbers.reserve(10);
     Layout layout{};
-    std::memcpy(&layout, &numbers, sizeof(layout));
+    std::memcpy(&layout, static_cast<const void*>(&numbers), sizeof(layout));
     EXPECT_EQ(layout.data, numbers.begin());
     EXPECT_EQ(layout.count, 3U);
     EXPECT_EQ(layout.capacity, 10U);
@@ -163,7 +163,7 @@ TEST(VectorTest, MovingHandsOverTheStorage)
     const int* data = first.begin();
     Vector<int> second = std::move(first);
     EXPECT_EQ(second.begin(), data);
-    EXPECT_TRUE(first.empty());
+    EXPECT_TRUE(first.empty()); // NOLINT(bugprone-use-after-move): what moving leaves is the claim
     first = std::move(second);
     EXPECT_EQ(first.begin(), data);
     ExpectNumbers(first, 5);
