@@ -278,6 +278,21 @@ TEST(UserIdTest, RefusesANumberThatAStringToIntCannotHold)
     EXPECT_EQ(UserId(std::string(1000, '9').c_str()), -1);
 }
 
+TEST(UserIdTest, AMalformedTextMayStandForUserZero)
+{
+    EXPECT_EQ(UserIdOrZero("42abc"), 42U);
+    EXPECT_EQ(UserIdOrZero(nullptr), 0U);
+    EXPECT_EQ(UserIdOrZero("abc"), 0U);
+    EXPECT_EQ(UserIdOrZero("2147483648"), 0U);
+}
+
+TEST(TextOrEmptyTest, NullReadsAsTheEmptyText)
+{
+    const char text[] = "abc";
+    EXPECT_EQ(TextOrEmpty(text), text);
+    EXPECT_STREQ(TextOrEmpty(nullptr), "");
+}
+
 TEST(SplitStringTest, KeepsEmptyPieces)
 {
     Pieces pieces;
