@@ -12,5 +12,8 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(ONLINE_CCACHE ccache DOC "Compiler cache, used when present")
 if(ONLINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${ONLINE_CCACHE}")
+    # The sloppiness is what ccache asks for before it caches anything compiled with a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${ONLINE_CCACHE}"
+    )
 endif()
