@@ -15,7 +15,6 @@ build_packages=(
 
 # What the tests, the benchmarks and the other checks need besides.
 check_packages=(
-    binutils
     ccache
     clang
     clang-format
