@@ -72,9 +72,11 @@ public:
 
     ServiceUse m_use;
 
-private:
-    friend class PaasOnlineImp;
+    // Written by the session, which alone knows who is logged in.
+    WBASELIB::WRelaxed<quenda::TerminalType> m_terminal_type = quenda::TERMINAL_TYPE_UNKNOWN;
+    WBASELIB::WRelaxed<unsigned> m_self_user_id = 0; ///< 0 = not logged in
 
+private:
     avcore::IZolOnline* Online() const;
     bool CheckLoggedIn(const char* operation) const;
     bool SendInvitation(avcore::IZolOnline& online, const std::vector<unsigned>& ids, const InviteData& data,
@@ -87,8 +89,6 @@ private:
     WBASELIB::WRelaxed<bool> m_detached = false; ///< the session's field may be gone
     const std::shared_ptr<ISerialization> m_serialization;
     const std::shared_ptr<UserStatusManager> m_status_manager;
-    WBASELIB::WRelaxed<quenda::TerminalType> m_terminal_type = quenda::TERMINAL_TYPE_UNKNOWN;
-    WBASELIB::WRelaxed<unsigned> m_self_user_id = 0; ///< 0 = not logged in
 
     WBASELIB::WLock m_lock; ///< guards everything below
     std::string m_self_custom_info;

@@ -49,12 +49,8 @@ public:
 
 protected:
     IUnknown* m_pUnknown; ///< the controlling unknown: the outer object, else this object's own identity
-
-private:
     std::atomic<uint32_t> m_cRef{0};
-    WBASELIB::WLock m_reflock; ///< for derived components; reference counting does not take it
-
-protected:
+    WBASELIB::WLock m_reflock;              ///< for derived components; reference counting does not take it
     IComponentFactory* m_pComponentFactory; ///< the host's, not counted by this class
 };
 
