@@ -4,9 +4,8 @@
 
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
-#include <string_view>
 #include <vector>
 
 namespace contract
@@ -21,7 +20,9 @@ public:
     explicit Reader(const std::string& path)
     {
         std::ifstream file(path, std::ios::binary);
-        m_bytes.assign(std::istreambuf_iterator<char>(file), {});
+        std::ostringstream bytes;
+        bytes << file.rdbuf();
+        m_bytes = std::move(bytes).str();
         if (m_bytes.size() < sizeof(Elf64_Ehdr) || std::memcmp(m_bytes.data(), ELFMAG, SELFMAG) != 0 ||
             m_bytes[EI_CLASS] != ELFCLASS64)
         {
@@ -43,17 +44,16 @@ public:
 
     std::string Text(uint64_t offset) const
     {
-        const std::string_view all(m_bytes.data(), m_bytes.size());
-        const size_t end = offset < all.size() ? all.find('\0', offset) : std::string_view::npos;
-        if (end == std::string_view::npos)
+        const size_t end = m_bytes.find('\0', offset);
+        if (end == std::string::npos)
         {
             throw std::runtime_error("the ELF file is cut short");
         }
-        return std::string(all.substr(offset, end - offset));
+        return m_bytes.substr(offset, end - offset);
     }
 
 private:
-    std::vector<char> m_bytes;
+    std::string m_bytes;
 };
 
 } // namespace

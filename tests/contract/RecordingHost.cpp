@@ -242,22 +242,21 @@ uint32_t RecordingHttp::Request(const HttpRequest* request, IHttpResponseNotify*
             [this, id, answer = *answer]
             {
                 SendPieces(id);
-                Complete(id, answer.code, answer.body.c_str());
+                Complete(id, answer.code, answer.body);
             });
     }
     return id;
 }
 
-void RecordingHttp::Complete(uint32_t id, unsigned int code, const char* body)
+void RecordingHttp::Complete(uint32_t id, unsigned int code, std::string body)
 {
-    Complete(id, code, body, body == nullptr ? 0 : static_cast<unsigned int>(std::char_traits<char>::length(body)));
+    thread.Run([&]
+               { FindNotify(id)->OnCompleteRespond(id, code, body.data(), static_cast<unsigned int>(body.size())); });
 }
 
-void RecordingHttp::Complete(uint32_t id, unsigned int code, const char* body, unsigned int length)
+void RecordingHttp::CompleteWithNull(uint32_t id, unsigned int code, unsigned int length)
 {
-    // The module gets a buffer of its own, which it may not keep.
-    std::unique_ptr<std::string> copy = body == nullptr ? nullptr : std::make_unique<std::string>(body);
-    thread.Run([&] { FindNotify(id)->OnCompleteRespond(id, code, copy ? copy->data() : nullptr, length); });
+    thread.Run([&] { FindNotify(id)->OnCompleteRespond(id, code, nullptr, length); });
 }
 
 void RecordingHttp::SendPieces(uint32_t id)

@@ -133,11 +133,11 @@ public:
     uint32_t Request(const HttpRequest* request, IHttpResponseNotify* notify,
                      WBASELIB::TStringBase<char>* text) override;
 
-    /// Ends a request from the thread "http" and returns when the module has taken the event. Null is passed as it is.
-    void Complete(uint32_t id, unsigned int code, const char* body);
+    /// Ends a request from the thread "http" and returns when the module has taken the event.
+    void Complete(uint32_t id, unsigned int code, std::string body);
 
-    /// The same with a length that need not be the text's.
-    void Complete(uint32_t id, unsigned int code, const char* body, unsigned int length);
+    /// The same with null for the body.
+    void CompleteWithNull(uint32_t id, unsigned int code, unsigned int length);
 
     /// Sends header and data events of a request.
     void SendPieces(uint32_t id);

@@ -394,7 +394,12 @@ RecordingConnection& RecordingPlatform::NewConnection()
 {
     connections.push_back(
         std::make_unique<RecordingConnection>(m_journal, thread, std::to_string(connections.size() + 1)));
-    return *connections.back();
+    RecordingConnection& connection = *connections.back();
+    if (onNewConnection)
+    {
+        onNewConnection(connection);
+    }
+    return connection;
 }
 
 } // namespace contract

@@ -278,6 +278,7 @@ public:
 
     Worker thread;
     std::vector<std::unique_ptr<RecordingConnection>> connections;
+    std::function<void(RecordingConnection&)> onNewConnection; ///< sets the scripts of a connection as it is made
 
 private:
     Journal& m_journal;
