@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdio>
+#include <string>
+#include <string_view>
+
+namespace host
+{
+
+enum class Tone
+{
+    Good,
+    Bad,
+    Doubtful,
+    Strong,
+    Quiet,
+};
+
+/// Where the program's output goes: in colour on a terminal, plain in a file or a pipe.
+class Console
+{
+public:
+    /// `out` is borrowed.
+    explicit Console(std::FILE* out);
+
+    /// The text in the colour of its tone, or as it is.
+    std::string Paint(Tone tone, std::string_view text) const;
+
+    /// Writes a line as a whole; lines of several threads do not mix.
+    void Line(std::string_view text) const;
+
+    /// Writes the text as it is, which ends its own lines.
+    void Text(std::string_view text) const;
+
+    bool IsTerminal() const
+    {
+        return m_isTerminal;
+    }
+
+    /// False when something that was written did not arrive, on a full disk for example.
+    bool Flush() const;
+
+private:
+    std::FILE* m_out;
+    bool m_isTerminal;
+};
+
+} // namespace host

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "host/Event.h"
+#include "host/EventQueue.h"
+#include "host/HttpClient.h"
+#include "onlinemanager/IMeetingTunnel.h"
+#include "onlinemanager/IOnlineManager.h"
+#include "onlinemanager/IPaasMdsClient.h"
+#include "onlinemanager/IPaasOnline.h"
+#include "onlinemanager/IPaasTMsg.h"
+#include "onlinemanager/IReconnection.h"
+#include "onlinemanager/IUserOnline.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace host
+{
+
+class Module;
+
+/// One device of one user: a component of the module with everything around it, torn down in the right order.
+///
+/// Every notification arrives in `Events`. Creation and destruction belong to the control thread, and not to a notification;
+/// the factory must outlive the session. Everything else may be called from any thread.
+class Session
+{
+public:
+    /// What the reconnection strategy of the session answers.
+    enum class Reconnection : int32_t
+    {
+        Undecided = 0,
+        GoOn = 1,
+        Stop = 2,
+    };
+
+    /// `Error` when the component cannot be created or initialised.
+    Session(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {});
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    EventQueue<Event>& Events();
+
+    /// Has the address behind an HTTP(S) server fetched, which a login to such a server needs first; true at once for other
+    /// servers. Blocks until the answer is there.
+    bool FetchAddress(const onlinemanager::LoginParam& param);
+
+    /// Starts a login. False when the module refuses at once; otherwise `LoginSuccess` or `Offline` follows.
+    bool Login(const onlinemanager::LoginParam& param, bool force);
+
+    /// The text of a connection property; absent before the module first wrote it.
+    std::optional<std::string> Property(onlinemanager::ConnectProperty key);
+
+    void SetReconnection(Reconnection decision);
+
+    /// The component and its services; `Error` for a service that the component does not have.
+    onlinemanager::IOnlineManager& Manager();
+    onlinemanager::IPaasOnline& Online();
+    onlinemanager::IUserOnline& Users();
+    onlinemanager::IPaasMdsClient& Mds();
+    onlinemanager::IPaasTMsg& Messages();
+
+    /// Control thread: choosing a tunnel also chooses the connection of the media process. The tunnel's notifications are
+    /// among the events from the first call on.
+    onlinemanager::IMeetingTunnel& Tunnel(onlinemanager::TunnelType type);
+
+private:
+    class Listeners;
+
+    void Open();
+    void Close();
+
+    std::shared_ptr<Module> m_module;
+    std::unique_ptr<Listeners> m_listeners;
+    std::unique_ptr<HttpClient> m_http;
+    onlinemanager::IOnlineManager* m_manager = nullptr;
+    onlinemanager::IPaasOnline* m_online = nullptr;
+    onlinemanager::IUserOnline* m_users = nullptr;
+    onlinemanager::IPaasMdsClient* m_mds = nullptr;
+    onlinemanager::IPaasTMsg* m_messages = nullptr;
+};
+
+} // namespace host

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "common/wbaselib/wtypes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Texts that come in from people and from modules, and texts that go out to them.
+
+namespace host
+{
+
+/// The length to which a text of more than `limit` bytes is cut so that no UTF-8 character is cut through.
+size_t CutLength(std::string_view text, size_t limit);
+
+/// Wide text as UTF-8. What is no character becomes U+FFFD.
+std::string ToUtf8(std::wstring_view text);
+
+/// A text that is safe to show: control characters and bytes that are not UTF-8 become "\xNN".
+std::string Printable(std::string_view text);
+
+/// "{4022BD11-A92F-4F6D-9031-EEB92E998806}"
+std::string GuidText(const GUID& guid);
+
+/// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything else.
+uint32_t ParseNumber(std::string_view text, std::string_view what);
+
+/// Reads a user id: a decimal number from 1 to 4294967295, since 0 means no user. `Error` with the reason otherwise.
+uint32_t ParseUserId(std::string_view text);
+
+} // namespace host

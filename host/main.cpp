@@ -1,0 +1,53 @@
+#include "host/Console.h"
+#include "host/Error.h"
+#include "host/ExitCode.h"
+#include "host/command_inspect.h"
+#include "host/command_login.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+namespace
+{
+
+int Run(int count, char** arguments)
+{
+    const host::Console errors(stderr);
+    int exitCode = host::EXIT_DONE;
+
+    CLI::App program("The reference host of the online-service module", "onlinehost");
+    program.set_version_flag("--version", "onlinehost " ONLINEHOST_VERSION);
+    program.require_subcommand(1);
+    program.footer(host::kExitCodeHelp);
+    host::AddInspectCommand(program, exitCode);
+    host::AddLoginCommand(program, exitCode);
+
+    try
+    {
+        program.parse(count, arguments);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        // Help and the version come this way as well, as errors with the code 0.
+        return program.exit(error) == 0 ? host::EXIT_DONE : host::EXIT_USAGE;
+    }
+    catch (const std::exception& error)
+    {
+        errors.Line(errors.Paint(host::Tone::Bad, "onlinehost: ") + error.what());
+        return host::EXIT_FAILED;
+    }
+    return exitCode;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    const int exitCode = Run(count, arguments);
+    if (!host::Console(stdout).Flush())
+    {
+        std::perror("onlinehost: the output could not be written");
+        return host::EXIT_FAILED;
+    }
+    return exitCode;
+}
