@@ -130,6 +130,10 @@ private:
         {
             text << (value ? "true" : "false");
         }
+        else if constexpr (std::is_null_pointer_v<T>)
+        {
+            text << "null";
+        }
         else if constexpr (std::is_convertible_v<T, std::string_view>)
         {
             text << '"' << std::string_view(value) << '"';
@@ -146,7 +150,7 @@ private:
                 text << " (0x" << std::hex << +std::make_unsigned_t<T>(value) << ')';
             }
         }
-        else if constexpr (std::is_pointer_v<T> || std::is_null_pointer_v<T>)
+        else if constexpr (std::is_pointer_v<T>)
         {
             text << static_cast<const void*>(value);
         }

@@ -171,6 +171,7 @@ void RecordingOnline::UserTerminalStateChanged(const char* userId, const PageTer
 
 unsigned RecordingOnline::NextId(std::deque<unsigned>& ids, unsigned& last)
 {
+    const std::lock_guard guard(m_idMutex);
     if (ids.empty())
     {
         return ++last;

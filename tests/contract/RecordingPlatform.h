@@ -41,6 +41,12 @@ public:
         return NameLocked(listener);
     }
 
+    bool Has(const Listener* listener) const
+    {
+        const std::lock_guard guard(m_mutex);
+        return std::find(m_present.begin(), m_present.end(), listener) != m_present.end();
+    }
+
     std::vector<Listener*> Present() const
     {
         const std::lock_guard guard(m_mutex);
@@ -64,7 +70,8 @@ private:
 };
 
 /// How a platform's events reach the module: on the thread "platform", each event waited for, or, with `sendsInline`, on
-/// the thread of whoever sends it. An exception that a listener lets out is journaled as "exception left a listener".
+/// the thread of whoever sends it. A listener that was removed during the event is skipped. An exception that a listener
+/// lets out is journaled as "exception left a listener".
 class EventSender
 {
 public:
@@ -77,6 +84,10 @@ public:
         {
             for (Listener* const listener : listeners.Present())
             {
+                if (!listeners.Has(listener))
+                {
+                    continue;
+                }
                 try
                 {
                     event(*listener);
@@ -165,9 +176,10 @@ public:
     std::deque<HRESULT> inviteResults; ///< of the next invitations; the scripted result when there is none left
 
 private:
-    static unsigned NextId(std::deque<unsigned>& ids, unsigned& last);
+    unsigned NextId(std::deque<unsigned>& ids, unsigned& last);
 
     EventSender& m_sender;
+    std::mutex m_idMutex; ///< guards the ids, also those that a check sets, once operations may come from several threads
     unsigned m_lastRequestId = 100;
     unsigned m_lastInviteId = 500;
 };
