@@ -4,7 +4,6 @@
 #include "host/Error.h"
 #include "host/Text.h"
 
-#include <cstdio>
 #include <dlfcn.h>
 
 namespace host
@@ -17,9 +16,7 @@ constexpr char kFileName[] = "libOnlineManager.so";
 
 std::string CodeText(HRESULT code)
 {
-    char text[11];
-    std::snprintf(text, sizeof(text), "0x%08X", static_cast<uint32_t>(code));
-    return text;
+    return HexText(static_cast<uint32_t>(code));
 }
 
 std::optional<GUID> Copy(const GUID* id)

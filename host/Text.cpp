@@ -4,6 +4,9 @@
 
 #include <charconv>
 #include <cstdio>
+#include <ctime>
+#include <iomanip>
+#include <sstream>
 
 namespace host
 {
@@ -137,6 +140,25 @@ std::string GuidText(const GUID& guid)
     std::snprintf(text, sizeof(text), "{%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X}", guid.Data1, guid.Data2,
                   guid.Data3, rest[0], rest[1], rest[2], rest[3], rest[4], rest[5], rest[6], rest[7]);
     return text;
+}
+
+std::string HexText(uint32_t value)
+{
+    char text[11];
+    std::snprintf(text, sizeof(text), "0x%08X", value);
+    return text;
+}
+
+std::string ClockText(std::chrono::system_clock::time_point time)
+{
+    const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch());
+    const std::time_t seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch).count();
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    std::ostringstream out;
+    out << std::put_time(&local, "%H:%M:%S.") << std::setw(3) << std::setfill('0')
+        << (sinceEpoch % std::chrono::seconds(1)).count();
+    return out.str();
 }
 
 uint32_t ParseNumber(std::string_view text, std::string_view what)

@@ -2,6 +2,7 @@
 
 #include "common/wbaselib/wtypes.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -23,6 +24,12 @@ std::string Printable(std::string_view text);
 
 /// "{4022BD11-A92F-4F6D-9031-EEB92E998806}"
 std::string GuidText(const GUID& guid);
+
+/// "0x80004005"
+std::string HexText(uint32_t value);
+
+/// "14:05:09.042", local time.
+std::string ClockText(std::chrono::system_clock::time_point time);
 
 /// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything else.
 uint32_t ParseNumber(std::string_view text, std::string_view what);

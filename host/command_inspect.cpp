@@ -6,7 +6,6 @@
 #include "host/Text.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
 #include <memory>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
@@ -23,13 +22,6 @@ struct Options
     bool json = false;
 };
 
-std::string Hex(uint32_t value)
-{
-    char text[11];
-    std::snprintf(text, sizeof(text), "0x%08X", value);
-    return text;
-}
-
 std::string IdText(const std::optional<GUID>& id)
 {
     return id ? GuidText(*id) : "none";
@@ -40,7 +32,8 @@ void PrintText(const Module& module)
     const Console out(stdout);
     const Module::Info info = module.GetInfo();
     out.Line(out.Paint(Tone::Strong, Printable(module.Path().string())));
-    out.Line("Info values: " + Hex(info.info1) + " " + std::to_string(info.info2) + " " + std::to_string(info.info3));
+    out.Line("Info values: " + HexText(info.info1) + " " + std::to_string(info.info2) + " " +
+             std::to_string(info.info3));
 
     const std::vector<Module::Component> components = module.GetComponents();
     out.Line("Components: " + std::to_string(components.size()));
@@ -132,7 +125,7 @@ void AddInspectCommand(CLI::App& program, int& exitCode)
 {
     CLI::App* const command = program.add_subcommand("inspect", "Show what a module file says of itself");
     const auto options = std::make_shared<Options>();
-    command->add_option("MODULE", options->module, "The module's file")->required();
+    command->add_option("MODULE", options->module, "The module's file")->type_name("FILE")->required();
     command->add_flag("--json", options->json, "Write JSON instead of text");
     command->footer(std::string("The module is loaded for that, so its code runs; nothing is created.\n") +
                     kExitCodeHelp);

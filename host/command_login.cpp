@@ -11,8 +11,6 @@
 #include "platform/Platform.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdio>
-#include <ctime>
 #include <memory>
 
 namespace host
@@ -61,11 +59,6 @@ CLI::Validator Check(Reader read)
             }
         },
         "");
-}
-
-CLI::Validator NumberCheck(const char* what)
-{
-    return Check([what](const std::string& text) { ParseNumber(text, what); });
 }
 
 onlinemanager::LoginParam ToLoginParam(const Options& options)
@@ -152,17 +145,8 @@ private:
 
     void Tell(const std::string& text, std::chrono::system_clock::time_point time)
     {
-        const auto sinceEpoch = time.time_since_epoch();
-        const std::time_t seconds = std::chrono::duration_cast<std::chrono::seconds>(sinceEpoch).count();
-        const auto millis =
-            static_cast<int>(std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count() % 1000);
-        std::tm local{};
-        localtime_r(&seconds, &local);
-        char clock[13];
-        std::snprintf(clock, sizeof(clock), "%02d:%02d:%02d.%03d", local.tm_hour % 24, local.tm_min % 60,
-                      local.tm_sec % 100, millis % 1000);
-        m_out.Line(m_out.Paint(Tone::Quiet, clock) + "  " + m_out.Paint(Tone::Strong, Printable(m_options.device)) +
-                   " " + text);
+        m_out.Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
+                   m_out.Paint(Tone::Strong, Printable(m_options.device)) + " " + text);
     }
 
     void Warn(std::string_view text)
@@ -221,31 +205,33 @@ void AddLoginCommand(CLI::App& program, int& exitCode)
     CLI::App* const command = program.add_subcommand("login", "Log in once on the in-process platform and out again");
     const auto options = std::make_shared<Options>();
 
-    command->add_option("--user", options->user, "User id, 1 to 4294967295")->required()->check(Check(ParseUserId));
-    command->add_option("--server", options->server, "Server address")->capture_default_str();
-    command->add_option("--company", options->company, "Company id")
-        ->check(NumberCheck("company id"))
-        ->capture_default_str();
-    command->add_option("--device", options->device, "Device id")->capture_default_str();
-    command->add_option("--mutex", options->mutex, "Tag by which devices of a user shut each other out")
-        ->capture_default_str();
-    command->add_option("--token", options->token, "Login token; it appears in the log")->capture_default_str();
-    command->add_option("--appid", options->appid, "Application id")->capture_default_str();
-    command->add_option("--terminal", options->terminal, "Terminal type, a number")
-        ->check(NumberCheck("terminal type"))
-        ->capture_default_str();
+    const auto text = [command](const char* name, std::string& value, const char* type, const char* help)
+    { return command->add_option(name, value, help)->type_name(type); };
+    const auto number = [&](const char* name, std::string& value, const char* type, const char* help) {
+        return text(name, value, type, help)
+            ->check(Check([help](const std::string& given) { ParseNumber(given, help); }));
+    };
+
+    text("--user", options->user, "ID", "User id, 1 to 4294967295")->required()->check(Check(ParseUserId));
+    text("--server", options->server, "ADDRESS", "Server address")->capture_default_str();
+    number("--company", options->company, "ID", "Company id")->capture_default_str();
+    text("--device", options->device, "ID", "Device id")->capture_default_str();
+    text("--mutex", options->mutex, "TAG", "Tag by which devices of a user shut each other out")->capture_default_str();
+    text("--token", options->token, "TOKEN", "Login token; it appears in the log")->capture_default_str();
+    text("--appid", options->appid, "ID", "Application id")->capture_default_str();
+    number("--terminal", options->terminal, "NUMBER", "Terminal type")->capture_default_str();
     command->add_flag("--force", options->force, "Log out another device that shares the tag");
     command->add_flag("--register", options->registerUser, "Register the user");
     command->add_option("--timeout", options->timeout, "Seconds to wait for each answer")
         ->check(CLI::Range(1u, 86400u))
+        ->type_name("SECONDS")
         ->capture_default_str();
-    command->add_option("--refuse", options->refuse, "Have the platform refuse the login with this code")
-        ->check(NumberCheck("code"));
-    command->add_option("--ca-file", options->caFile, "PEM file of the authorities to trust for an HTTPS server")
+    number("--refuse", options->refuse, "CODE", "Have the platform refuse the login with this code");
+    text("--ca-file", options->caFile, "FILE", "Authorities to trust for an HTTPS server, PEM")
         ->check(CLI::ExistingFile);
-    command->add_option("--module", options->module, "The module's file; by default the one beside the program");
-    CLI::Option* const log = command->add_option("--log", options->log, "File for the log of module and host");
-    command->add_option("--log-level", options->logLevel, "info, trace, warning, error, fatal or off")
+    text("--module", options->module, "FILE", "The module's file; by default the one beside the program");
+    CLI::Option* const log = text("--log", options->log, "FILE", "File for the log of module and host");
+    text("--log-level", options->logLevel, "LEVEL", "info, trace, warning, error, fatal or off")
         ->check(Check(ParseLogLevel))
         ->needs(log)
         ->capture_default_str();

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/// What a program has left behind.
+struct ProgramResult
+{
+    int exitCode = -1; ///< -1: it was ended by a signal
+    std::string out;
+    std::string err;
+};
+
+/// Runs `onlinehost` with these arguments and `input` on its standard input, and waits for its end. `out`, when given, is
+/// where its standard output goes instead.
+ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
+                      const std::string& out = {});

@@ -1,0 +1,143 @@
+#include "tests/unit/host/HttpServer.h"
+#include "tests/unit/host/TemporaryFolder.h"
+#include "tests/whole/Program.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace
+{
+
+/// The lines that were told, without their times.
+std::vector<std::string> Story(const std::string& out)
+{
+    static const std::regex kTime(R"(^\d\d:\d\d:\d\d\.\d\d\d  )");
+    std::vector<std::string> lines;
+    std::istringstream stream(out);
+    for (std::string line; std::getline(stream, line);)
+    {
+        EXPECT_TRUE(std::regex_search(line, kTime)) << line;
+        lines.push_back(std::regex_replace(line, kTime, ""));
+    }
+    return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+} // namespace
+
+TEST(Login, LogsInAndOutAgain)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc"});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(Story(result.out),
+              (Lines{"pc logs in at tcp:in-process as user 1001", "pc logged in", "pc went offline: success"}));
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(Login, ARefusalEndsWith1)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--refuse", "36"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(Story(result.out).at(1), "pc went offline: 36 (logged in on another device)");
+}
+
+TEST(Login, WhatTheModuleRefusesAtOnceEndsWith1)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--server", ""});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(Story(result.out).at(1), "pc was refused by the module at once");
+}
+
+TEST(Login, UserIdsThatAreNoneAreWrongUsage)
+{
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"abc", "user id \"abc\" is not a decimal number"},
+        {"12abc", "user id \"12abc\" is not a decimal number"},
+        {"-1", "user id \"-1\" is not a decimal number"},
+        {"4294967296", "user id \"4294967296\" is too large: the largest is 4294967295"},
+        {"123456789012345678901234567890", "is too large"},
+        {"0", "user id 0 means no user"},
+    };
+    for (const auto& [id, reason] : cases)
+    {
+        const ProgramResult result = RunHost({"login", "--user=" + id});
+        EXPECT_EQ(result.exitCode, 2) << id;
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(reason), std::string::npos) << result.err;
+    }
+}
+
+TEST(Login, AnEmptyUserIdIsWrongUsage)
+{
+    EXPECT_EQ(RunHost({"login", "--user", ""}).exitCode, 2);
+    EXPECT_EQ(RunHost({"login", "--user="}).exitCode, 2);
+}
+
+TEST(Login, TheLargestUserIdIsOne)
+{
+    EXPECT_EQ(RunHost({"login", "--user", "4294967295"}).exitCode, 0);
+}
+
+TEST(Login, OtherValuesThatAreNoneAreWrongUsage)
+{
+    for (const std::vector<std::string>& more : {std::vector<std::string>{"--company", "x"},
+                                                 {"--terminal", "-1"},
+                                                 {"--timeout", "0"},
+                                                 {"--timeout", "soon"},
+                                                 {"--refuse", "x"},
+                                                 {"--log-level", "trace"},
+                                                 {"--log", "file", "--log-level", "loud"},
+                                                 {"--ca-file", "/nowhere"}})
+    {
+        std::vector<std::string> arguments{"login", "--user", "1"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(RunHost(arguments).exitCode, 2) << more[0] << " " << more[1];
+    }
+    EXPECT_EQ(RunHost({"login"}).exitCode, 2) << "no user";
+}
+
+TEST(Login, AModuleThatCannotBeLoadedIsAFailure)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1", "--module", "/nowhere/libmodule.so"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.err, "onlinehost: /nowhere/libmodule.so: no such file\n");
+}
+
+TEST(Login, TheModulesLogGoesToTheFileAtItsLevel)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder / "module.log";
+    EXPECT_EQ(RunHost({"login", "--user", "1001", "--log", file}).exitCode, 0);
+    const std::string log = ReadFile(file);
+    EXPECT_NE(log.find("OnlineManager ../PaasOnlineImp.cpp:"), std::string::npos) << log;
+    EXPECT_NE(log.find(" Paas login param: deviceid=onlinehost, companyid=1, userid=1001."), std::string::npos) << log;
+
+    const std::string silent = folder / "silent.log";
+    EXPECT_EQ(RunHost({"login", "--user", "1001", "--log", silent, "--log-level", "warning"}).exitCode, 0);
+    EXPECT_EQ(ReadFile(silent), "");
+}
+
+TEST(Login, ALogThatCannotBeWrittenIsAFailure)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--log", "/proc/nowhere/module.log"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("the log cannot be written"), std::string::npos) << result.err;
+}
+
+TEST(Login, AnHttpServerThatCannotBeReachedIsAFailureWithItsReason)
+{
+    const std::string url = "http://127.0.0.1:" + std::to_string(UnusedPort()) + "/cp";
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--server", url});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.out.find("did not get the address behind " + url), std::string::npos) << result.out;
+    EXPECT_NE(result.err.find("onlinehost: http://127.0.0.1:"), std::string::npos) << result.err;
+}
+
+TEST(Login, AnHttpServerThatStallsIsAFailureAtTheTimeLimit)
+{
+    const HttpServer server([](const HttpExchange& exchange) { exchange.Stall(); });
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--server", server.Url(), "--timeout", "1"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("timed out"), std::string::npos) << result.err;
+}
