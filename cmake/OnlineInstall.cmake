@@ -1,5 +1,6 @@
 # What cmake --install lays down: the module, the headers for hosts and platforms, the base library that their containers
-# need, the program, a CMake package and a pkg-config file. All of it finds itself relative to where it stands.
+# need, the in-process platform, the program, a CMake package and a pkg-config file. All of it finds itself relative to
+# where it stands.
 
 include(CMakePackageConfigHelpers)
 
@@ -28,7 +29,11 @@ set(public_headers
 list(TRANSFORM public_headers PREPEND onlinemanager/)
 install(FILES ${public_headers} DESTINATION "${online_include_dir}/onlinemanager")
 
-if(TARGET onlinehost)
+if(TARGET platform AND TARGET onlinehost)
+    install(TARGETS platform ARCHIVE DESTINATION "${online_module_dir}")
+    set(platform_headers Crowd.h Faults.h MonitoringService.h Platform.h PlatformOptions.h)
+    list(TRANSFORM platform_headers PREPEND platform/)
+    install(FILES ${platform_headers} DESTINATION "${online_include_dir}/platform")
     install(TARGETS onlinehost RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endif()
 
