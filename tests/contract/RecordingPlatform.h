@@ -23,37 +23,73 @@ public:
     std::string Add(Listener* listener)
     {
         const std::lock_guard guard(m_mutex);
-        if (std::find(m_present.begin(), m_present.end(), listener) == m_present.end())
+        if (!Contains(m_present, listener))
         {
             m_present.push_back(listener);
         }
-        if (std::find(m_known.begin(), m_known.end(), listener) == m_known.end())
+        if (!Contains(m_known, listener))
         {
             m_known.push_back(listener);
         }
         return NameLocked(listener);
     }
 
+    /// No event is running on the listener when this returns, unless on this very thread.
     std::string Remove(Listener* listener)
     {
-        const std::lock_guard guard(m_mutex);
+        std::unique_lock lock(m_mutex);
         std::erase(m_present, listener);
+        const auto self = std::this_thread::get_id();
+        m_ended.wait(lock,
+                     [&] {
+                         return std::all_of(m_sending.begin(), m_sending.end(),
+                                            [self](std::thread::id sender) { return sender == self; });
+                     });
         return NameLocked(listener);
     }
 
-    bool Has(const Listener* listener) const
+    /// Sends an event to every listener that is present when its turn comes.
+    template <typename Event>
+    void Send(Event event)
     {
-        const std::lock_guard guard(m_mutex);
-        return std::find(m_present.begin(), m_present.end(), listener) != m_present.end();
+        std::vector<Listener*> listeners;
+        {
+            const std::lock_guard guard(m_mutex);
+            listeners = m_present;
+            m_sending.push_back(std::this_thread::get_id());
+        }
+        for (Listener* const listener : listeners)
+        {
+            if (IsPresent(listener))
+            {
+                event(*listener);
+            }
+        }
+        {
+            const std::lock_guard guard(m_mutex);
+            m_sending.erase(std::find(m_sending.begin(), m_sending.end(), std::this_thread::get_id()));
+        }
+        m_ended.notify_all();
     }
 
-    std::vector<Listener*> Present() const
+    size_t Count() const
     {
         const std::lock_guard guard(m_mutex);
-        return m_present;
+        return m_present.size();
     }
 
 private:
+    static bool Contains(const std::vector<Listener*>& listeners, Listener* listener)
+    {
+        return std::find(listeners.begin(), listeners.end(), listener) != listeners.end();
+    }
+
+    bool IsPresent(Listener* listener) const
+    {
+        const std::lock_guard guard(m_mutex);
+        return Contains(m_present, listener);
+    }
+
     std::string NameLocked(Listener* listener) const
     {
         if (listener == nullptr)
@@ -65,8 +101,10 @@ private:
     }
 
     mutable std::mutex m_mutex; ///< guards what is below
+    std::condition_variable m_ended;
     std::vector<Listener*> m_present;
     std::vector<Listener*> m_known;
+    std::vector<std::thread::id> m_sending; ///< threads inside Send, each as often as it is
 };
 
 /// How a platform's events reach the module: on the thread "platform", each event waited for, or, with `sendsInline`, on
@@ -78,26 +116,20 @@ public:
     EventSender(Journal& journal, Worker& thread) : m_journal(journal), m_thread(thread) {}
 
     template <typename Listener, typename Event>
-    void Send(const ListenerList<Listener>& listeners, Event event)
+    void Send(ListenerList<Listener>& listeners, Event event)
     {
-        const auto send = [&]
+        const auto guarded = [&](Listener& listener)
         {
-            for (Listener* const listener : listeners.Present())
+            try
             {
-                if (!listeners.Has(listener))
-                {
-                    continue;
-                }
-                try
-                {
-                    event(*listener);
-                }
-                catch (const std::exception& error)
-                {
-                    m_journal.Add("exception left a listener: ", error.what());
-                }
+                event(listener);
+            }
+            catch (const std::exception& error)
+            {
+                m_journal.Add("exception left a listener: ", error.what());
             }
         };
+        const auto send = [&] { listeners.Send(guarded); };
         if (sendsInline)
         {
             send();
@@ -179,7 +211,7 @@ private:
     unsigned NextId(std::deque<unsigned>& ids, unsigned& last);
 
     EventSender& m_sender;
-    std::mutex m_idMutex; ///< guards the ids, also those that a check sets, once operations may come from several threads
+    std::mutex m_idMutex; ///< held while an id is taken: several threads may ask for one
     unsigned m_lastRequestId = 100;
     unsigned m_lastInviteId = 500;
 };

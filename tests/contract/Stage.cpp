@@ -173,9 +173,9 @@ void Stage::Strike()
     for (const auto& connection : platform.connections)
     {
         check.ExpectEqual(0, connection->References(), "references of " + connection->Name() + " at the end");
-        check.ExpectEqual(0U, connection->listeners.Present().size(), "listeners left at " + connection->Name());
-        check.ExpectEqual(0U, connection->online.listeners.Present().size(), "listeners left at its online component");
-        check.ExpectEqual(0U, connection->tmsg.listeners.Present().size(), "listeners left at its message component");
+        check.ExpectEqual(0U, connection->listeners.Count(), "listeners left at " + connection->Name());
+        check.ExpectEqual(0U, connection->online.listeners.Count(), "listeners left at its online component");
+        check.ExpectEqual(0U, connection->tmsg.listeners.Count(), "listeners left at its message component");
     }
     check.ExpectEqual(1, factory.References(), "references of the factory at the end, the host's own included");
     check.ExpectEqual(0, factory.center.manager.openMessages.load(), "log messages not released");
