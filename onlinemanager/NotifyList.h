@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace onlinemanager
@@ -47,7 +48,7 @@ public:
             known->m_active = true;
             return;
         }
-        auto* const added = new Entry(listener, m_last->m_number + 1);
+        auto* const added = new Entry(listener, ++m_lastNumber);
         m_last->m_next.store(added, std::memory_order_release);
         m_last = added;
     }
@@ -117,7 +118,7 @@ private:
         WBASELIB::WRelaxed<bool> m_active;
         WBASELIB::WRelaxed<bool> m_retired = false;
         Listener* const m_listener;
-        const uint64_t m_number; ///< grows along the list
+        const uint64_t m_number; ///< grows along the list, and is not used twice
         std::atomic<Entry*> m_next{nullptr};
     };
 
@@ -137,7 +138,7 @@ private:
             const std::lock_guard guard(m_list.m_mutex);
             if (--m_list.m_walks == 0)
             {
-                m_list.m_retired.clear();
+                std::exchange(m_list.m_retired, {}); // its buffer as well: the list may end without its destructor
             }
         }
 
@@ -226,6 +227,7 @@ private:
     std::recursive_mutex m_mutex; ///< guards everything below, links included; a walk reads links without it
     Entry m_first{nullptr, 0};    ///< the head: holds no listener and is never retired
     Entry* m_last = &m_first;
+    uint64_t m_lastNumber = 0;
     uint64_t m_generation = 0; ///< changes when all listeners are removed
     unsigned m_walks = 0;
     std::vector<std::unique_ptr<Entry>> m_retired;
