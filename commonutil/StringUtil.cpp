@@ -283,6 +283,13 @@ unsigned UserIdOrZero(const char* text) noexcept
     return userId;
 }
 
+void CopyPadded(char* buffer, size_t size, const std::string& text) noexcept
+{
+    const size_t length = std::min(std::strlen(text.c_str()), size);
+    std::memcpy(buffer, text.c_str(), length);
+    std::memset(buffer + length, 0, size - length);
+}
+
 void ToAString(int value, std::string* out)
 {
     AssignTo(out, std::to_string(value));

@@ -2,6 +2,7 @@
 
 #include "common/wbaselib/wtypes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -79,6 +80,10 @@ inline const char* TextOrEmpty(const char* text) noexcept
 {
     return text != nullptr ? text : "";
 }
+
+/// Copies `text` into a buffer of `size` bytes in the manner of strncpy: what is left over is filled with zeros, and a text
+/// that is too long is cut off without a terminator.
+void CopyPadded(char* buffer, size_t size, const std::string& text) noexcept;
 
 /// The decimal text of a number.
 void ToAString(int value, std::string* out);

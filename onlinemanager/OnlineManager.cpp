@@ -148,7 +148,7 @@ HRESULT OnlineManager::Initialize(IUnknown* httpObject)
     }
     if (m_paas_mds_client == nullptr)
     {
-        m_paas_mds_client = new PaasMdsClientImp(m_zol_connection);
+        m_paas_mds_client = PaasMdsClientImp::Create(m_zol_connection);
         m_paas_mds_client->InitModel(m_component_factory);
     }
     return hr;

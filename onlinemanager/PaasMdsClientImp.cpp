@@ -7,6 +7,11 @@
 namespace onlinemanager
 {
 
+PaasMdsClientImp* PaasMdsClientImp::Create(avcore::IZolConnection*& connection)
+{
+    return new PaasMdsClientImp(connection);
+}
+
 PaasMdsClientImp::PaasMdsClientImp(avcore::IZolConnection*& connection) : m_zol_connection(connection)
 {
     ORB_LOG("%s()", "PaasMdsClientImp");

@@ -20,6 +20,8 @@ namespace onlinemanager
 class PaasMdsClientImp : public IPaasMdsClient, public avcore::IZolMdsClientListener
 {
 public:
+    static PaasMdsClientImp* Create(avcore::IZolConnection*& connection);
+
     /// `connection` is the manager's field: what it holds at the time of a call is used.
     explicit PaasMdsClientImp(avcore::IZolConnection*& connection);
 

@@ -270,7 +270,7 @@ ConnectPropertyResult PaasOnlineImp::GetConnectProperty(ConnectProperty key, cha
     {
         return {0, static_cast<int32_t>(value.size() + 1)};
     }
-    std::memcpy(buffer, value.c_str(), value.size() + 1);
+    commonutil::CopyPadded(buffer, static_cast<size_t>(size), value);
     return {1, 0};
 }
 

@@ -5,7 +5,6 @@
 #include "onlinemanager/JsonSerialization.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace onlinemanager
 {
@@ -191,9 +190,7 @@ bool UserOnlineImp::GetSelfCustomInfo(char* buffer, unsigned size)
     }
     const WAutoLock guard(&m_lock);
     // No terminator when the text fills the buffer, on purpose: hosts pass the size of a field that need not be terminated.
-    const size_t length = std::min<size_t>(std::strlen(m_self_custom_info.c_str()), size);
-    std::memcpy(buffer, m_self_custom_info.c_str(), length);
-    std::memset(buffer + length, 0, size - length);
+    commonutil::CopyPadded(buffer, size, m_self_custom_info);
     return true;
 }
 
