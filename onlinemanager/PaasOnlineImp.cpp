@@ -411,21 +411,25 @@ void PaasOnlineImp::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
 
 void PaasOnlineImp::OnReadyReconnect(TunnelType type)
 {
+    const ServiceRef self(this);
     m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReadyReconnect(type); });
 }
 
 void PaasOnlineImp::OnReconnectStart(TunnelType type)
 {
+    const ServiceRef self(this);
     m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectStart(type); });
 }
 
 void PaasOnlineImp::OnReconnectSucess(TunnelType type)
 {
+    const ServiceRef self(this);
     m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectSucess(type); });
 }
 
 void PaasOnlineImp::OnReconnectFail(TunnelType type, ErrCode code)
 {
+    const ServiceRef self(this);
     m_notify_list.Deliver([=](IPaasOnlineNotify& notify) { notify.OnReconnectFail(type, code); });
 }
 
