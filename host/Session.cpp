@@ -2,6 +2,10 @@
 
 #include "host/Error.h"
 #include "host/Module.h"
+#include "host/Text.h"
+#include "host/Trace.h"
+#include "host/TraceModule.h"
+#include "host/TracePlatform.h"
 
 #include <atomic>
 #include <cstring>
@@ -161,11 +165,12 @@ private:
     TunnelListener m_gwTunnel{events, TUNNEL_TYPE_GW};
 };
 
-Session::Session(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http)
+Session::Session(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http,
+                 const Recording& recording)
     : m_module(std::move(module)),
       m_listeners(std::make_unique<Listeners>()),
       m_http(std::make_unique<HttpClient>(std::move(http))),
-      m_manager(static_cast<IOnlineManager*>(m_module->Create(CLSID_OnlineManager, IID_OnlineManager, &factory)))
+      m_manager(Create(factory, recording))
 {
     try
     {
@@ -183,13 +188,27 @@ Session::~Session()
     Close();
 }
 
+IOnlineManager* Session::Create(IComponentFactory& factory, const Recording& recording)
+{
+    const auto create = [this](IComponentFactory& used)
+    { return static_cast<IOnlineManager*>(m_module->Create(CLSID_OnlineManager, IID_OnlineManager, &used)); };
+    if (recording.trace == nullptr)
+    {
+        return create(factory);
+    }
+    IComponentFactory& recorded = RecordPlatform(*recording.trace, recording.device, factory);
+    const TraceSpan span(*recording.trace, Crossing::HostCall, recording.device, "WDllCreateComponent", {});
+    return &RecordModule(*recording.trace, recording.device, *create(recorded));
+}
+
 void Session::Open()
 {
     // The component takes this reference over and, on purpose of its own, never gives it back.
     m_http->AddRef();
-    if (m_manager->Initialize(m_http.get()) < 0)
+    const HRESULT result = m_manager->Initialize(m_http.get());
+    if (result < 0)
     {
-        throw Error("the component could not be initialised: the platform gave it no connection");
+        throw Error("the component could not be initialised: " + HexText(static_cast<uint32_t>(result)));
     }
     m_manager->GetPaasOnline(&m_online);
     m_manager->GetPaasMdsClient(&m_mds);

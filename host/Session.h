@@ -19,6 +19,14 @@ namespace host
 {
 
 class Module;
+class Trace;
+
+/// Where everything is recorded that crosses the boundary of the module.
+struct Recording
+{
+    Trace* trace = nullptr; ///< null: nowhere. It must outlive the session.
+    std::string device{};   ///< what the component is called there
+};
 
 /// One device of one user: a component of the module with everything around it, torn down in the right order.
 ///
@@ -36,7 +44,8 @@ public:
     };
 
     /// `Error` when the component cannot be created or initialised.
-    Session(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {});
+    Session(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {},
+            const Recording& recording = {});
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
@@ -69,6 +78,7 @@ public:
 private:
     class Listeners;
 
+    onlinemanager::IOnlineManager* Create(IComponentFactory& factory, const Recording& recording);
     void Open();
     void Close();
 

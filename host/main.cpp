@@ -1,6 +1,7 @@
 #include "host/Console.h"
 #include "host/Error.h"
 #include "host/ExitCode.h"
+#include "host/command_demo.h"
 #include "host/command_inspect.h"
 #include "host/command_login.h"
 
@@ -19,6 +20,7 @@ int Run(int count, char** arguments)
     program.set_version_flag("--version", "onlinehost " ONLINEHOST_VERSION);
     program.require_subcommand(1);
     program.footer(host::kExitCodeHelp);
+    host::AddDemoCommand(program, exitCode);
     host::AddInspectCommand(program, exitCode);
     host::AddLoginCommand(program, exitCode);
 
