@@ -109,8 +109,9 @@ public:
     /// Every login under way or standing, in the order of their beginning.
     std::vector<SessionInfo> Sessions() const;
 
-    /// Waits until the platform thread has nothing left to do that had been started before the call and every delivery
-    /// ordered before it is over, delayed ones excepted. For tests and programs that tell a story; not from inside an event.
+    /// Waits until the platform thread has nothing left to do and every operation has had its effects; HTTP requests, delayed
+    /// deliveries and times to come (of a reconnection, of a crowd's answers) excepted. For tests and programs that tell a
+    /// story; not from inside an event.
     void Settle();
 
     /// What the platform's own parts share.

@@ -14,6 +14,10 @@ struct PlatformOptions
     /// Users in one page of a refresh.
     uint32_t refreshPageSize = 500;
 
+    /// What an operation causes begins this long after the operation was called. Callers note an operation's outcome (a
+    /// request's id, a pending join) when it has returned, so its events must not overtake its return.
+    std::chrono::milliseconds answerDelay{20};
+
     /// A lost connection is tried again after this time, then after twice that time and so on up to
     /// `reconnectLongestDelay`. Up to a fifth is added at random, so that many clients do not come back in one moment.
     std::chrono::milliseconds reconnectFirstDelay{200};
