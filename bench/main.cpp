@@ -1,0 +1,47 @@
+#include "bench/Memory.h"
+#include "bench/RatioReporter.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace
+{
+
+int RunBenchmarks(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+    {
+        return 2;
+    }
+    bench::AddLogBenchmarks();
+    bench::AddNotifyBenchmarks();
+    bench::AddJsonBenchmarks();
+    bench::AddHandOffBenchmarks();
+    bench::AddPresenceBenchmarks();
+    bench::AddInvitationBenchmarks();
+    bench::RatioReporter reporter;
+    const size_t count = benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return count == 0 || reporter.HasFailed() ? 1 : 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try
+    {
+        unsigned users = 0;
+        if (argc == 2 && bench::ParseMemoryArgument(argv[1], &users))
+        {
+            return bench::MeasureMemory(users);
+        }
+        return RunBenchmarks(argc, argv);
+    }
+    catch (const std::exception& error)
+    {
+        std::fprintf(stderr, "online_bench: %s\n", error.what());
+        return 1;
+    }
+}
