@@ -1,0 +1,39 @@
+#include "onlinemanager/GwConnectionImp.h"
+#include "tests/unit/module/RecordedTest.h"
+
+using contract::LogLine;
+using onlinemanager::GwConnectionImp;
+
+using GwConnectionImpTest = RecordedTest;
+
+TEST_F(GwConnectionImpTest, WithoutAConnectionOnlyTheModelCallsSucceed)
+{
+    avcore::IZolConnection* connection = nullptr;
+    GwConnectionImp tunnel(connection, nullptr);
+    EXPECT_TRUE(tunnel.InitModel());
+    EXPECT_FALSE(tunnel.JoinMeeting({}));
+    EXPECT_FALSE(tunnel.LeaveMeeting());
+    EXPECT_TRUE(tunnel.UninitModel());
+    EXPECT_EQ((Lines{
+                  LogLine("GwConnectionImp", "InitModel()"),
+                  LogLine("GwConnectionImp", "JoinMeeting()"),
+                  LogLine("GwConnectionImp", "GwConnectionImp::JoinMeeting m_zol_connection = nullptr."),
+                  LogLine("GwConnectionImp", "LeaveMeeting()"),
+                  LogLine("GwConnectionImp", "GwConnectionImp::LeaveMeeting m_zol_connection = nullptr."),
+                  LogLine("GwConnectionImp", "UninitModel()"),
+              }),
+              Journal());
+}
+
+TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowedInSilence)
+{
+    contract::RecordingConnection& recorded = m_platform.NewConnection();
+    avcore::IZolConnection* connection = &recorded;
+    GwConnectionImp tunnel(connection, nullptr);
+    tunnel.JoinMeeting({});
+    tunnel.OnLoginResult(avcore::ZOL_PORT_SUCCESS, nullptr, nullptr, nullptr);
+    EXPECT_EQ(1, tunnel.OnReconnectStart());
+    EXPECT_EQ(1, tunnel.OnReconnectStart());
+    EXPECT_NO_THROW(tunnel.OnReconnectSucess());
+    EXPECT_NO_THROW(tunnel.OnReconnectFail(avcore::ZOL_PORT_NOT_LOGGED_IN, nullptr));
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "commonutil/OrbLogUtil.h"
+#include "tests/contract/RecordingHost.h"
+#include "tests/contract/RecordingPlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+/// A test whose host and platform write what happens into a journal; the module's logger is open.
+class RecordedTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        contract::NameThread("host");
+        commonutil::OrbLogUtil::Init(&m_factory, "OnlineManager", 1);
+        m_journal.Clear();
+    }
+
+    void TearDown() override
+    {
+        m_factory.center.isGoneAfterRelease = true;
+        commonutil::OrbLogUtil::Release(true);
+    }
+
+    /// The journal since the last time.
+    std::vector<std::string> Journal()
+    {
+        std::vector<std::string> lines;
+        for (const contract::JournalEntry& entry : m_journal.Take())
+        {
+            lines.push_back(entry.text);
+        }
+        return lines;
+    }
+
+    contract::Journal m_journal;
+    contract::RecordingPlatform m_platform{m_journal};
+    contract::RecordingFactory m_factory{m_journal, m_platform};
+    contract::RecordingHttp m_http{m_journal};
+};
+
+using Lines = std::vector<std::string>;
