@@ -61,8 +61,7 @@ CONTRACT_CHECK(CpAddress, ARequestIsLoggedAndHandsFiveArgumentsToTheConnection,
     stage.ExpectJournal({
         kEntry,
         Log("Paas request cp param: server=" + server + ", appid=, token=100%s, companyid=4294967295."),
-        "connection1.RequestCPAddress(\"" + server +
-            "\", http, appid=\"\", token=\"100%s\", companyid=\"4294967295\")",
+        "connection1.RequestCPAddress(\"" + server + "\", http, appid=\"\", token=\"100%s\", companyid=\"4294967295\")",
     });
 }
 
@@ -131,8 +130,7 @@ CONTRACT_CHECK(CpAddress, AnHttpsAddressInMixedCaseWithoutAHelperIsRefusedAndWit
     stage.ExpectJournal({kEntry, ParamLine(server), Call(server, "http")});
 }
 
-CONTRACT_CHECK(CpAddress, AServerWithoutASchemeMakesThePlatformCallWithTheHelperAsItIs,
-               "The helper may be null then.")
+CONTRACT_CHECK(CpAddress, AServerWithoutASchemeMakesThePlatformCallWithTheHelperAsItIs, "The helper may be null then.")
 {
     const std::string server = "online.example:1883";
     {
