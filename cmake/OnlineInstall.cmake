@@ -29,7 +29,7 @@ set(public_headers
 list(TRANSFORM public_headers PREPEND onlinemanager/)
 install(FILES ${public_headers} DESTINATION "${online_include_dir}/onlinemanager")
 
-if(TARGET platform AND TARGET onlinehost)
+if(ONLINE_BUILD_HOST)
     install(TARGETS platform ARCHIVE DESTINATION "${online_module_dir}")
     set(platform_headers Crowd.h Faults.h MonitoringService.h Platform.h PlatformOptions.h)
     list(TRANSFORM platform_headers PREPEND platform/)
