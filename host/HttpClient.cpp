@@ -322,7 +322,8 @@ struct HttpClient::State
         {
             if (options.onFailure)
             {
-                options.onFailure(transfer.url + ": " + transfer.Reason(result));
+                // Without the query, which may hold what is nobody's business.
+                options.onFailure(transfer.url.substr(0, transfer.url.find('?')) + ": " + transfer.Reason(result));
             }
             transfer.notify->OnCompleteRespond(transfer.id, 0, nullptr, 0);
         }

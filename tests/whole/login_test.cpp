@@ -1,7 +1,9 @@
 #include "tests/unit/host/HttpServer.h"
+#include "tests/unit/host/HttpsServer.h"
 #include "tests/unit/host/TemporaryFolder.h"
 #include "tests/whole/Program.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <regex>
 
@@ -23,6 +25,8 @@ std::vector<std::string> Story(const std::string& out)
 }
 
 using Lines = std::vector<std::string>;
+
+const std::string kConnectionPoint = R"({"code":0,"address":"tcp:in-process"})";
 
 } // namespace
 
@@ -123,6 +127,46 @@ TEST(Login, ALogThatCannotBeWrittenIsAFailure)
     const ProgramResult result = RunHost({"login", "--user", "1001", "--log", "/proc/nowhere/module.log"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("the log cannot be written"), std::string::npos) << result.err;
+}
+
+TEST(Login, AnHttpServerIsAskedForTheAddressFirst)
+{
+    std::atomic<int> asked{0};
+    const HttpServer server(
+        [&](const HttpExchange& exchange)
+        {
+            ++asked;
+            exchange.Answer("200 OK", kConnectionPoint);
+        });
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--server", server.Url()});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(Story(result.out).at(1), "pc logged in");
+    EXPECT_GE(asked, 1);
+}
+
+TEST(Login, AnHttpsServerIsTrustedByItsAuthority)
+{
+    const HttpsServer server("127.0.0.1");
+    server.SetAnswer("cp?appid=onlinehost&companyid=1&token=token",
+                     "HTTP/1.0 200 OK\r\nContent-Length: " + std::to_string(kConnectionPoint.size()) + "\r\n\r\n" +
+                         kConnectionPoint);
+    const std::vector<std::string> arguments{"login", "--user", "1001", "--server", server.Url("cp")};
+    const ProgramResult untrusted = RunHost(arguments);
+    EXPECT_EQ(untrusted.exitCode, 3);
+    EXPECT_NE(untrusted.err.find("certificate"), std::string::npos) << untrusted.err;
+
+    std::vector<std::string> more = arguments;
+    more.insert(more.end(), {"--ca-file", server.Certificate()});
+    const ProgramResult trusted = RunHost(more);
+    EXPECT_EQ(trusted.exitCode, 0) << trusted.err;
+}
+
+TEST(Login, AnHttpServerThatAnswersNonsenseIsAFailure)
+{
+    const HttpServer server([](const HttpExchange& exchange) { exchange.Answer("200 OK", "nonsense"); });
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--server", server.Url()});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("the answer is not a JSON object"), std::string::npos) << result.err;
 }
 
 TEST(Login, AnHttpServerThatCannotBeReachedIsAFailureWithItsReason)
