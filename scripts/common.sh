@@ -8,6 +8,8 @@ build_packages=(
     g++
     libcli11-dev
     libcurl4-openssl-dev
+    libreadline-dev
+    libreadline-dev
     libspdlog-dev
     ninja-build
     rapidjson-dev
@@ -20,6 +22,7 @@ check_packages=(
     clang-format
     libbenchmark-dev
     libgtest-dev
+    openssl
     pkg-config
 )
 
