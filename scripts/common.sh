@@ -9,7 +9,6 @@ build_packages=(
     libcli11-dev
     libcurl4-openssl-dev
     libreadline-dev
-    libreadline-dev
     libspdlog-dev
     ninja-build
     rapidjson-dev
