@@ -25,11 +25,36 @@ Value::StringRefType Ref(const std::string& text)
     return StringRef(text.data(), text.size());
 }
 
-/// Iterative: a peer's text may be nested deeper than the stack has room for.
-void Parse(Document& document, const std::string& json)
+/// Memory of one document, the first kilobytes of it on the thread's stack: few documents need more, and to take it from
+/// the heap costs more than to read or build them.
+struct DocumentMemory
 {
-    document.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag>(json.data(), json.size());
-}
+    char buffer[4096];
+    Allocator allocator{buffer, sizeof(buffer)};
+};
+
+/// A text, read. The root is null when it is no JSON.
+class ParsedText
+{
+public:
+    /// Iterative: a peer's text may be nested deeper than the stack has room for.
+    explicit ParsedText(const std::string& json)
+    {
+        m_document.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag>(json.data(), json.size());
+    }
+
+    const Value& Root() const
+    {
+        return m_document;
+    }
+
+private:
+    static constexpr size_t kStackCapacity = 512;
+
+    DocumentMemory m_memory;
+    rapidjson::GenericDocument<rapidjson::UTF8<>, Allocator, Allocator> m_document{&m_memory.allocator, kStackCapacity,
+                                                                                   &m_memory.allocator};
+};
 
 const Value* FindMember(const Value& object, const char* name)
 {
@@ -182,7 +207,8 @@ JsonSerialization::JsonSerialization()
 
 std::string JsonSerialization::FormatInviteUserMsg(const InviteData& data)
 {
-    Document document = BasicDocument("InviteUser");
+    DocumentMemory memory;
+    Document document = BasicDocument("InviteUser", &memory.allocator);
     Allocator& allocator = document.GetAllocator();
     Value inviter(rapidjson::kObjectType);
     inviter.AddMember("userId", data.userId, allocator);
@@ -204,13 +230,12 @@ std::string JsonSerialization::FormatInviteUserMsg(const InviteData& data)
 
 InviteData* JsonSerialization::ParseInviteUserMsg(const std::string& json, InviteData* out)
 {
-    Document document;
-    Parse(document, json);
-    if (out == nullptr || DocumentMethodCompare(document, "InviteUser") != 0)
+    const ParsedText text(json);
+    if (out == nullptr || DocumentMethodCompare(text.Root(), "InviteUser") != 0)
     {
         return out;
     }
-    const Value* const params = FindObject(document, m_params_key.c_str());
+    const Value* const params = FindObject(text.Root(), m_params_key.c_str());
     if (params == nullptr)
     {
         return out;
@@ -237,7 +262,8 @@ InviteData* JsonSerialization::ParseInviteUserMsg(const std::string& json, Invit
 std::string JsonSerialization::FormatAcceptInviteMsg(const quenda::TerminalType& terminalType)
 {
     const std::string terminal = commonutil::ToAString(terminalType);
-    Document document = BasicDocument("AcceptInvite");
+    DocumentMemory memory;
+    Document document = BasicDocument("AcceptInvite", &memory.allocator);
     document[m_params_key.c_str()].AddMember("terminal", Ref(terminal), document.GetAllocator());
     return ToString(document);
 }
@@ -245,7 +271,8 @@ std::string JsonSerialization::FormatAcceptInviteMsg(const quenda::TerminalType&
 std::string JsonSerialization::FormatRejectInviteMsg(const quenda::TerminalType& terminalType, int mode)
 {
     const std::string terminal = commonutil::ToAString(terminalType);
-    Document document = BasicDocument("RejectInvite");
+    DocumentMemory memory;
+    Document document = BasicDocument("RejectInvite", &memory.allocator);
     Value& params = document[m_params_key.c_str()];
     params.AddMember("terminal", Ref(terminal), document.GetAllocator());
     params.AddMember("mode", static_cast<uint32_t>(mode), document.GetAllocator());
@@ -254,16 +281,16 @@ std::string JsonSerialization::FormatRejectInviteMsg(const quenda::TerminalType&
 
 std::string JsonSerialization::FormatLoginExtInfo(const quenda::TerminalType& terminalType)
 {
-    Document document(rapidjson::kObjectType);
+    DocumentMemory memory;
+    Document document(rapidjson::kObjectType, &memory.allocator);
     document.AddMember(Ref(m_terminal_type_key), static_cast<uint32_t>(terminalType), document.GetAllocator());
     return ToString(document);
 }
 
 uint32_t JsonSerialization::ParseLoginExtInfo(const std::string& json)
 {
-    Document document;
-    Parse(document, json);
-    const Value* const value = FindMember(document, m_terminal_type_key.c_str());
+    const ParsedText text(json);
+    const Value* const value = FindMember(text.Root(), m_terminal_type_key.c_str());
     if (value == nullptr)
     {
         return 0;
@@ -282,8 +309,9 @@ uint32_t JsonSerialization::ParseLoginExtInfo(const std::string& json)
 
 std::string JsonSerialization::FormatAvQualityOverview(const std::shared_ptr<AVQualityInfo>& info)
 {
-    Document document;
-    Allocator& allocator = document.GetAllocator();
+    DocumentMemory memory;
+    Allocator& allocator = memory.allocator;
+    Document document(&allocator);
     Value data = DataPoint("pc.avQuality.overview", allocator);
     Value fields(rapidjson::kObjectType);
     fields.AddMember("avQualityLevel", static_cast<uint32_t>(info->avQualityLevel), allocator);
@@ -294,8 +322,9 @@ std::string JsonSerialization::FormatAvQualityOverview(const std::shared_ptr<AVQ
 
 std::string JsonSerialization::FormatAvQualityDetail(const std::shared_ptr<AVQualityInfo>& info)
 {
-    Document document;
-    Allocator& allocator = document.GetAllocator();
+    DocumentMemory memory;
+    Allocator& allocator = memory.allocator;
+    Document document(&allocator);
     Value data = DataPoint("pc.avQuality.detail", allocator);
     FormatAudioQuality(info->sendAudio, "sendAudio", allocator, data);
     FormatAudioQuality(info->receiveAudio, "receiveAudio", allocator, data);
@@ -309,9 +338,8 @@ void JsonSerialization::ParseTMsgInfo(const std::string& /*json*/) {}
 
 void JsonSerialization::ParseMdsClientInfo(const std::string& json, std::string& command, std::string& subType)
 {
-    Document document;
-    Parse(document, json);
-    const Value* const message = FindObject(document, "message");
+    const ParsedText text(json);
+    const Value* const message = FindObject(text.Root(), "message");
     if (message == nullptr)
     {
         return;
@@ -323,9 +351,9 @@ void JsonSerialization::ParseMdsClientInfo(const std::string& json, std::string&
     }
 }
 
-Document JsonSerialization::BasicDocument(const std::string& method)
+Document JsonSerialization::BasicDocument(const std::string& method, Allocator* memory)
 {
-    Document document(rapidjson::kObjectType);
+    Document document(rapidjson::kObjectType, memory);
     Allocator& allocator = document.GetAllocator();
     document.AddMember(Ref(m_version_key), Ref(m_version), allocator);
     document.AddMember(Ref(m_method_key),
@@ -334,7 +362,7 @@ Document JsonSerialization::BasicDocument(const std::string& method)
     return document;
 }
 
-int JsonSerialization::DocumentMethodCompare(const Document& document, const std::string& method)
+int JsonSerialization::DocumentMethodCompare(const Value& document, const std::string& method)
 {
     const Value* const member = FindMember(document, m_method_key.c_str());
     if (member == nullptr || !member->IsString())

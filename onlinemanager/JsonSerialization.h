@@ -26,11 +26,12 @@ public:
     void ParseTMsgInfo(const std::string& json) override;
     void ParseMdsClientInfo(const std::string& json, std::string& command, std::string& subType) override;
 
-    /// The envelope of a message: version, method and an empty "params" object.
-    rapidjson::Document BasicDocument(const std::string& method);
+    /// The envelope of a message: version, method and an empty "params" object. `memory` has to outlive the document; with null
+    /// the document has memory of its own.
+    rapidjson::Document BasicDocument(const std::string& method, rapidjson::Document::AllocatorType* memory = nullptr);
 
     /// 0 when the document carries `method`; -1 when it is no message; otherwise as `std::string::compare`.
-    int DocumentMethodCompare(const rapidjson::Document& document, const std::string& method);
+    int DocumentMethodCompare(const rapidjson::Value& document, const std::string& method);
 
     std::string ToString(const rapidjson::Document& document);
 
