@@ -77,7 +77,7 @@ void Company::ChangeOnePercent()
     m_isChanged = !m_isChanged;
     for (size_t index = 0; index < m_records.size(); index += kChangeStep)
     {
-        m_terminals[2 * index].custom = m_isChanged ? "back at three" : m_records[index].terminals[0].custom.c_str();
+        m_terminals[2 * index].custom = m_isChanged ? "on the phone" : m_records[index].terminals[0].custom.c_str();
     }
 }
 
