@@ -15,13 +15,13 @@ namespace platform
 /// Who makes up a crowd.
 struct CrowdOptions
 {
-    std::string appId;
-    std::string companyId;
+    std::string appId{};
+    std::string companyId{};
     uint32_t firstUserId = 1;        ///< the members' ids count up from here
     uint32_t count = 0;              ///< how many there are
     std::string deviceId = "pc";     ///< the terminal of each
     std::string ext = R"({"tt":1})"; ///< its extension text
-    std::string custom;              ///< its custom information
+    std::string custom{};            ///< its custom information
 };
 
 /// What a member does with an invitation.

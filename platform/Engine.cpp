@@ -50,7 +50,7 @@ void Engine::Stop()
     }
     for (const auto& session : GetSessions())
     {
-        session->AbortFetches();
+        session->Halt();
     }
     JoinWorkers(true);
     m_loop.Stop();

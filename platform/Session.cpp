@@ -109,13 +109,13 @@ bool Session::PostOperation(std::function<void(Session&)> operation)
     return m_engine->PostOperation([self = shared_from_this(), operation = std::move(operation)] { operation(*self); });
 }
 
-/// Runs `operation` unless the login has ended by then.
+/// Runs `operation` unless the login has ended by then. A logout that was called after it comes after it.
 HRESULT Session::PostForLogin(uint64_t login, std::function<void(Session&)> operation)
 {
     const bool posted = PostOperation(
         [login, operation = std::move(operation)](Session& self)
         {
-            if (self.m_login == login && self.IsActive(login))
+            if (self.m_login == login && self.m_phase != Phase::LoggedOut)
             {
                 operation(self);
             }
@@ -239,7 +239,7 @@ HRESULT Session::Refresh(std::optional<std::vector<std::string>> ids, unsigned* 
     const bool posted = PostOperation(
         [request = std::move(request), login](Session& self)
         {
-            if (self.m_login != login || !self.IsActive(login))
+            if (self.m_login != login || self.m_phase == Phase::LoggedOut)
             {
                 self.FailRefresh(request);
                 return;
@@ -490,9 +490,11 @@ void Session::ForgetFetch(const std::shared_ptr<HttpFetch>& fetch)
     }
 }
 
-void Session::AbortFetches()
+void Session::Halt()
 {
     const std::lock_guard lock(m_mutex);
+    m_active = 0;
+    m_online = false;
     for (const auto& fetch : m_fetches)
     {
         fetch->Abort();
@@ -1238,6 +1240,11 @@ void Session::AnswerRefreshes()
 
 void Session::AnswerRefresh(const RefreshRequest& request)
 {
+    if (!IsActive(m_login))
+    {
+        FailRefresh(request);
+        return;
+    }
     using User = std::pair<const std::string*, const CompanyDirectory::Terminals*>;
     std::vector<User> users;
     if (request.users)

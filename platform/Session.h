@@ -98,8 +98,8 @@ public:
     /// The connection object is gone: no event comes any more, and the login ends in order.
     void Abandon();
 
-    /// Ends requests under way early.
-    void AbortFetches();
+    /// The platform is about to end: no event tells of the login's end, and requests under way end early.
+    void Halt();
 
     /// Absent when there is no login.
     std::optional<SessionInfo> GetInfo() const;

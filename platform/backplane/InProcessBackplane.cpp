@@ -73,6 +73,7 @@ std::string_view LiteralPrefix(std::string_view filter)
 
 struct Subscriber
 {
+    uint64_t number = 0; ///< they are served in the order in which they began
     std::string clientId;
     std::shared_ptr<BackplaneListener> listener;
     std::optional<BackplaneMessage> will;
@@ -91,7 +92,8 @@ struct Receiver
 struct FilterNode
 {
     std::map<std::string, std::unique_ptr<FilterNode>, std::less<>> levels;
-    std::map<Subscriber*, std::pair<std::shared_ptr<Subscriber>, Delivery>> sessions; ///< whose filter ends here
+    std::map<uint64_t, std::pair<std::shared_ptr<Subscriber>, Delivery>>
+        sessions; ///< whose filter ends here, by number
 
     bool IsEmpty() const
     {
@@ -115,6 +117,7 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         auto session = std::make_shared<Subscriber>();
+        session->number = ++m_sessionCount;
         session->clientId = connect.clientId;
         session->listener = std::move(listener);
         if (const std::optional<Refusal> refusal = Refuse(connect))
@@ -150,7 +153,7 @@ public:
             return;
         }
         session->filters[filter] = delivery;
-        NodeOf(filter).sessions[session.get()] = {session, delivery};
+        NodeOf(filter).sessions[session->number] = {session, delivery};
         DeliverRetained(session, filter, delivery);
         Deliver(session, [filter](BackplaneListener& to) { to.OnSubscribed(filter); });
     }
@@ -425,7 +428,7 @@ private:
     {
         if (!rest)
         {
-            node.sessions.erase(&session);
+            node.sessions.erase(session.number);
             return;
         }
         const auto found = node.levels.find(FirstLevel(*rest));
@@ -462,7 +465,7 @@ private:
 
     void CollectSessions(const FilterNode& node)
     {
-        for (const auto& [key, subscription] : node.sessions)
+        for (const auto& [number, subscription] : node.sessions)
         {
             const auto& [session, delivery] = subscription;
             if (session->lastPublish == m_publishCount)
@@ -485,6 +488,7 @@ private:
     FilterNode m_root;
     std::map<std::string_view, Retained> m_retained; ///< by the topic inside the message
     size_t m_retainedSinceSweep = 0;
+    uint64_t m_sessionCount = 0;
     uint64_t m_publishCount = 0;
     std::vector<Receiver> m_receivers; ///< of the publishing under way
 
