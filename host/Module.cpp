@@ -77,7 +77,7 @@ Module::~Module()
     if (!CanUnload())
     {
         // Code that somebody may still run must not be unmapped.
-        m_library.release();
+        static_cast<void>(m_library.release());
     }
 }
 

@@ -2,10 +2,10 @@
 
 #include "host/Text.h"
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <cwchar>
-#include <locale.h>
 #include <memory>
 #include <new>
 
