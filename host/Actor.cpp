@@ -120,9 +120,9 @@ void Actor::GetsOfEach(const std::string& expected, EventKind kind, std::set<uns
 }
 
 void Actor::Sees(const std::string& expected, const std::function<bool()>& isSo,
-                 const std::function<std::string()>& describe, milliseconds extraTime)
+                 const std::function<std::string()>& describe)
 {
-    const Deadline deadline(m_limit + extraTime);
+    const Deadline deadline(m_limit);
     while (!isSo())
     {
         // The event may have been there already when the module was asked, so every one leads to asking again.

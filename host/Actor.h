@@ -64,7 +64,7 @@ public:
 
     /// Waits until what the module knows of the users is as wanted. `describe` tells how it is.
     void Sees(const std::string& expected, const std::function<bool()>& isSo,
-              const std::function<std::string()>& describe, std::chrono::milliseconds extraTime = {});
+              const std::function<std::string()>& describe);
 
     /// The property must have this text.
     void Reads(onlinemanager::ConnectProperty key, const std::string& what, const std::string& expected);

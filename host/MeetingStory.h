@@ -37,7 +37,7 @@ struct MeetingOptions
     static constexpr uint32_t kFewestUsers = 50; ///< so that there is everybody whom the story needs
 
     uint32_t users = 200;                    ///< size of the company
-    std::chrono::milliseconds limit{10'000}; ///< for each step
+    std::chrono::milliseconds limit{10'000}; ///< for each step; a large company gets more
 };
 
 /// Tells one meeting from the first login to the unloading of the module, and checks each step of it. The module it is told

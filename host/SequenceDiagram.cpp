@@ -63,7 +63,9 @@ void SequenceDiagram::Add(const std::string& from, const std::string& to, const 
         ++m_cut;
         return;
     }
-    const std::string line = "    " + Alias(from) + arrow + Alias(to) + ": " + Escape(text) + "\n";
+    const std::string source = Alias(from);
+    const std::string target = Alias(to);
+    const std::string line = "    " + source + arrow + target + ": " + Escape(text) + "\n";
     if (m_length + line.size() > kLargestText - kReserve)
     {
         ++m_cut;
@@ -73,7 +75,7 @@ void SequenceDiagram::Add(const std::string& from, const std::string& to, const 
     m_lines.push_back(line);
 }
 
-const std::string& SequenceDiagram::Alias(const std::string& party)
+std::string SequenceDiagram::Alias(const std::string& party)
 {
     const auto found =
         std::find_if(m_parties.begin(), m_parties.end(), [&party](const auto& each) { return each.first == party; });

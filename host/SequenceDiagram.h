@@ -31,7 +31,7 @@ public:
 
 private:
     void Add(const std::string& from, const std::string& to, const char* arrow, const std::string& text);
-    const std::string& Alias(const std::string& party);
+    std::string Alias(const std::string& party);
 
     std::vector<std::pair<std::string, std::string>> m_parties; ///< name and alias, in order of appearance
     std::vector<std::string> m_lines;

@@ -143,6 +143,7 @@ struct Trace::State
         std::string to;
         bool isDrawn = false;
         uint64_t arrow = 0; ///< to be ended by the first notification inside; 0 for none
+        std::string key{};  ///< not empty: if there is no such notification, the arrow goes on waiting under it
     };
     using Track = std::vector<Frame>;
 
@@ -294,7 +295,7 @@ struct Trace::State
     {
         const Frame frame = std::move(track.back());
         track.pop_back();
-        if (frame.arrow != 0)
+        if (frame.arrow != 0 && frame.key.empty())
         {
             WriteArrow("f", frame.arrow, thread);
         }
@@ -353,9 +354,9 @@ struct Trace::State
         {
             beginArrows();
         }
-        if (isInside && way.to == kHost && track.back().arrow != 0)
+        if (isInside && way.to == kHost)
         {
-            WriteArrow("f", std::exchange(track.back().arrow, 0), thread);
+            Notify(track.back(), thread);
         }
 
         const std::string module = "Module of " + device;
@@ -374,6 +375,20 @@ struct Trace::State
         }
         track.push_back(std::move(frame));
         return arrows;
+    }
+
+    /// A notification is made inside of an event.
+    void Notify(Frame& event, int thread)
+    {
+        if (event.arrow == 0)
+        {
+            return;
+        }
+        WriteArrow("f", std::exchange(event.arrow, 0), thread);
+        if (!event.key.empty())
+        {
+            Find(event.key, true);
+        }
     }
 
     void End(const std::vector<uint64_t>& arrows, const std::string& result)
@@ -439,29 +454,39 @@ struct Trace::State
         }
     }
 
-    void Continue(const std::string& key, bool isAnswer, bool onlyOutermost)
+    enum class Part
+    {
+        Step, ///< of what leads to the answer
+        Answer,
+        SharedAnswer, ///< if a notification is made of it
+    };
+
+    void Continue(const std::string& key, Part part)
     {
         const std::lock_guard lock(mutex);
         if (isClosed)
         {
             return;
         }
-        const int thread = ThreadId();
-        Track& track = tracks[thread];
-        if (onlyOutermost && track.size() != 1)
-        {
-            return;
-        }
-        const uint64_t arrow = Find(key, isAnswer);
+        const uint64_t arrow = Find(key, part == Part::Answer);
         if (arrow == 0)
         {
             return;
         }
+        const int thread = ThreadId();
+        Frame& frame = tracks[thread].back();
         WriteArrow("t", arrow, thread);
-        if (isAnswer)
+        if (part != Part::Step)
         {
-            track.back().arrow = arrow;
+            frame.arrow = arrow;
+            frame.key = part == Part::SharedAnswer ? key : "";
         }
+    }
+
+    bool IsOutermost()
+    {
+        const std::lock_guard lock(mutex);
+        return !isClosed && tracks[ThreadId()].size() == 1;
     }
 
     void Moment(const char* category, const std::string& text)
@@ -492,10 +517,10 @@ struct Trace::State
         {
             return;
         }
-        // Arrows that nothing has answered must end somewhere all the same.
+        // Arrows that no notification has answered must end somewhere all the same.
         const int thread = ThreadId();
         TrackOf(thread, "host");
-        WriteBegin("never answered", "end of the trace", "all", {}, thread);
+        WriteBegin("no notification", "end of the trace", "all", {}, thread);
         for (const auto& [key, arrows] : awaited)
         {
             for (const uint64_t arrow : arrows)
@@ -605,17 +630,25 @@ void TraceSpan::WillNotBeAnswered(const std::string& key)
 
 void TraceSpan::BelongsTo(const std::string& key)
 {
-    m_state.Continue(key, false, false);
+    m_state.Continue(key, Trace::State::Part::Step);
 }
 
 void TraceSpan::Answers(const std::string& key)
 {
-    m_state.Continue(key, true, false);
+    m_state.Continue(key, Trace::State::Part::Answer);
+}
+
+void TraceSpan::MayAnswer(const std::string& key)
+{
+    m_state.Continue(key, Trace::State::Part::SharedAnswer);
 }
 
 void TraceSpan::AnswersIfOutermost(const std::string& key)
 {
-    m_state.Continue(key, true, true);
+    if (m_state.IsOutermost())
+    {
+        Answers(key);
+    }
 }
 
 } // namespace host

@@ -104,8 +104,10 @@ public:
 
     /// This event belongs to the call whose answer is known by `key`, but is not its answer yet.
     void BelongsTo(const std::string& key);
-    /// This event is the answer; the first notification made inside it is where the arrow ends.
+    /// This event is the answer; the first notification made inside it is where the arrow ends, or the event itself.
     void Answers(const std::string& key);
+    /// The same for an event that several listeners get: it is the answer for the one that makes a notification of it.
+    void MayAnswer(const std::string& key);
     /// The same, unless this call was made inside another one.
     void AnswersIfOutermost(const std::string& key);
 

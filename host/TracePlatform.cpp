@@ -143,7 +143,7 @@ public:
     }
 };
 
-/// Several listeners get each event of a connection: the first of them has the arrow.
+/// Several listeners get each event of a connection.
 class TracedConnectionListener final : public PlatformProxy<IZolConnectionListener>
 {
 public:
@@ -157,28 +157,28 @@ public:
                                                             {"conflictDeviceId", TraceText(szConflictDeviceId)},
                                                             {"conflictCustomState", TraceText(szConflictCustomState)},
                                                             {"conflictExtendInfo", TraceText(szConflictExtendInfo)}});
-        span.Answers(m_context.Key("login"));
+        span.MayAnswer(m_context.Key("login"));
         m_target.OnLoginResult(code, szConflictDeviceId, szConflictCustomState, szConflictExtendInfo);
     }
 
     void OnJoinGroupResult(ZolPortErrCode code) override
     {
         TraceSpan span = Event("IZolConnectionListener::OnJoinGroupResult", {{"code", int32_t{code}}});
-        span.Answers(m_context.Key("join"));
+        span.MayAnswer(m_context.Key("join"));
         m_target.OnJoinGroupResult(code);
     }
 
     void OnLeaveGroupResult(ZolPortErrCode code) override
     {
         TraceSpan span = Event("IZolConnectionListener::OnLeaveGroupResult", {{"code", int32_t{code}}});
-        span.Answers(m_context.Key("leave"));
+        span.MayAnswer(m_context.Key("leave"));
         m_target.OnLeaveGroupResult(code);
     }
 
     void OnLogouted(ZolPortErrCode code) override
     {
         TraceSpan span = Event("IZolConnectionListener::OnLogouted", {{"code", int32_t{code}}});
-        span.Answers(m_context.Key("logout"));
+        span.MayAnswer(m_context.Key("logout"));
         m_target.OnLogouted(code);
     }
 

@@ -8,6 +8,7 @@
 #include "host/Module.h"
 #include "host/Session.h"
 #include "host/Text.h"
+#include "host/TraceOptions.h"
 #include "platform/Platform.h"
 
 #include <CLI/CLI.hpp>
@@ -39,6 +40,7 @@ struct Options
     uint32_t timeout = 10;
     bool force = false;
     bool registerUser = false;
+    TraceOptions trace;
 };
 
 /// Turns a reader that throws into a check of an option.
@@ -80,7 +82,8 @@ LogCenter::Options ToLogOptions(const Options& options)
 {
     LogCenter::Options log;
     log.file = options.log;
-    log.level = options.log.empty() ? LogCenter::kLevelOff : ParseLogLevel(options.logLevel);
+    const bool isRead = !options.log.empty() || options.trace.log;
+    log.level = isRead ? ParseLogLevel(options.logLevel) : LogCenter::kLevelOff;
     return log;
 }
 
@@ -91,6 +94,7 @@ public:
     explicit LoginRun(const Options& options)
         : m_options(options),
           m_log(ToLogOptions(options)),
+          m_trace(options.trace, m_log),
           m_factory(m_platform, m_log),
           m_module(std::make_shared<Module>(options.module.empty() ? Module::FindDefault()
                                                                    : std::filesystem::path(options.module)))
@@ -105,12 +109,20 @@ public:
 
     ExitCode Run()
     {
+        const ExitCode result = RunSession();
+        m_trace.Close();
+        return result;
+    }
+
+private:
+    ExitCode RunSession()
+    {
         const onlinemanager::LoginParam param = ToLoginParam(m_options);
         HttpClient::Options http;
         http.caFile = m_options.caFile;
         http.timeLimit = std::chrono::seconds(m_options.timeout);
         http.onFailure = [this](const std::string& text) { Warn(text); };
-        Session session(m_module, m_factory, std::move(http));
+        Session session(m_module, m_factory, std::move(http), {m_trace.Get(), m_options.device});
 
         Tell("logs in at " + Printable(param.server) + " as user " + std::to_string(param.userid));
         if (!session.FetchAddress(param))
@@ -137,7 +149,6 @@ public:
         return WaitForAnyOf(session, EventKind::Offline, EventKind::Offline) ? EXIT_DONE : EXIT_FAILED;
     }
 
-private:
     void Tell(const std::string& text)
     {
         Tell(text, std::chrono::system_clock::now());
@@ -193,6 +204,7 @@ private:
     const Console m_out{stdout};
     const Console m_errors{stderr};
     LogCenter m_log;
+    TraceFiles m_trace;
     platform::Platform m_platform;
     ComponentFactory m_factory;
     std::shared_ptr<Module> m_module;
@@ -235,6 +247,7 @@ void AddLoginCommand(CLI::App& program, int& exitCode)
         ->check(Check(ParseLogLevel))
         ->needs(log)
         ->capture_default_str();
+    AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 
     command->callback([options, &exitCode] { exitCode = LoginRun(*options).Run(); });

@@ -1,0 +1,119 @@
+#include "host/Error.h"
+#include "host/Narrator.h"
+#include "host/ProgressBar.h"
+#include "host/Story.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <regex>
+
+using host::Console;
+using host::Narrator;
+using host::ProgressBar;
+using host::Story;
+
+namespace
+{
+
+/// What is told, as it arrives in a file.
+class TellingTest : public testing::Test
+{
+protected:
+    ~TellingTest() override
+    {
+        std::fclose(m_file);
+    }
+
+    /// With the times made equal.
+    std::string Told()
+    {
+        static const std::regex kTime(R"(\d\d:\d\d:\d\d\.\d\d\d)");
+        std::string text(10'000, '\0');
+        std::rewind(m_file);
+        text.resize(std::fread(text.data(), 1, text.size(), m_file));
+        return std::regex_replace(text, kTime, "00:00:00.000");
+    }
+
+    std::FILE* const m_file = std::tmpfile();
+    const Console m_out{m_file};
+    const Narrator m_narrator{m_out};
+    Story m_story{m_narrator};
+};
+
+} // namespace
+
+TEST_F(TellingTest, AStoryTellsItsStepsAndCountsThem)
+{
+    m_story.Scene("A scene",
+                  [&]
+                  {
+                      m_story.Tell("pc", "logs in");
+                      m_story.Came("pc", "logged in");
+                      m_story.Check(true, "pc", "is online", "is not");
+                  });
+    EXPECT_EQ(Told(), "\nA scene\n"
+                      "00:00:00.000          pc              logs in\n"
+                      "00:00:00.000  ok      pc              logged in\n"
+                      "00:00:00.000  ok      pc              is online\n");
+    EXPECT_EQ(m_story.GetTally().steps, 2u);
+    EXPECT_EQ(m_story.GetTally().failed, 0u);
+}
+
+TEST_F(TellingTest, AStepThatFailsEndsItsSceneAndNotTheStory)
+{
+    bool isReached = false;
+    m_story.Scene("First",
+                  [&]
+                  {
+                      m_story.Check(false, "pc", "is online", "is not");
+                      isReached = true;
+                  });
+    m_story.Scene("Second", [&] { m_story.Came("pc", "logged in"); });
+    EXPECT_FALSE(isReached);
+    EXPECT_EQ(Told(), "\nFirst\n"
+                      "00:00:00.000  FAILED  pc              expected: is online\n"
+                      "                                      came:     is not\n"
+                      "                                      the rest of this scene is left out\n"
+                      "\nSecond\n"
+                      "00:00:00.000  ok      pc              logged in\n");
+    EXPECT_EQ(m_story.GetTally().steps, 2u);
+    EXPECT_EQ(m_story.GetTally().failed, 1u);
+}
+
+TEST_F(TellingTest, AnErrorOfTheHostIsAStepThatFailed)
+{
+    m_story.Scene("A scene", [] { throw host::Error("no connection"); });
+    EXPECT_NE(Told().find("FAILED  the host        no connection\n"), std::string::npos);
+    EXPECT_EQ(m_story.GetTally().failed, 1u);
+}
+
+TEST_F(TellingTest, ProgressIsAFewLinesInAFile)
+{
+    {
+        ProgressBar bar(m_out, "working");
+        for (size_t done = 0; done <= 100'000; ++done)
+        {
+            bar.Show(done, 100'000);
+        }
+    }
+    EXPECT_EQ(Told(), "  working: 25 %, 25 000 of 100 000\n"
+                      "  working: 50 %, 50 000 of 100 000\n"
+                      "  working: 75 %, 75 000 of 100 000\n"
+                      "  working: 100 %, 100 000 of 100 000\n");
+}
+
+TEST_F(TellingTest, SmallWorkShowsNoProgress)
+{
+    ProgressBar bar(m_out, "working");
+    bar.Show(0, 0);
+    bar.Show(999, 999);
+    EXPECT_EQ(Told(), "");
+}
+
+TEST(GroupDigits, StandsInGroupsOfThree)
+{
+    EXPECT_EQ(host::GroupDigits(0), "0");
+    EXPECT_EQ(host::GroupDigits(999), "999");
+    EXPECT_EQ(host::GroupDigits(1000), "1 000");
+    EXPECT_EQ(host::GroupDigits(1234567), "1 234 567");
+}

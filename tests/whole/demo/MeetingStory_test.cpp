@@ -1,0 +1,79 @@
+#include "host/MeetingStory.h"
+
+#include "host/ComponentFactory.h"
+#include "host/LogCenter.h"
+#include "host/Module.h"
+#include "platform/Platform.h"
+
+#include <cstdio>
+#include <gtest/gtest.h>
+
+using host::Story;
+
+namespace
+{
+
+/// The story on the real module and a platform that may have faults.
+class MeetingStoryTest : public testing::Test
+{
+protected:
+    ~MeetingStoryTest() override
+    {
+        std::fclose(m_file);
+    }
+
+    Story::Tally Tell(std::chrono::milliseconds limit)
+    {
+        host::MeetingOptions options;
+        options.users = host::MeetingOptions::kFewestUsers;
+        options.limit = limit;
+        return host::TellMeeting(
+            {m_out, m_platform, m_log, m_factory, std::make_shared<host::Module>(ONLINEMANAGER_MODULE)}, options);
+    }
+
+    std::string Told()
+    {
+        std::string text(100'000, '\0');
+        std::rewind(m_file);
+        text.resize(std::fread(text.data(), 1, text.size(), m_file));
+        return text;
+    }
+
+    std::FILE* const m_file = std::tmpfile();
+    const host::Console m_out{m_file};
+    host::LogCenter m_log{{}};
+    platform::Platform m_platform;
+    host::ComponentFactory m_factory{m_platform, m_log};
+};
+
+constexpr std::chrono::seconds kAmple{60};
+constexpr std::chrono::milliseconds kShort{300};
+
+} // namespace
+
+TEST_F(MeetingStoryTest, WithoutAFaultEveryStepComesOut)
+{
+    const Story::Tally tally = Tell(kAmple);
+    EXPECT_EQ(tally.failed, 0u) << Told();
+    EXPECT_GT(tally.steps, 70u);
+    EXPECT_EQ(m_factory.ForeignReferences(), 0u);
+}
+
+TEST_F(MeetingStoryTest, ALoginThatIsRefusedIsAStepThatFails)
+{
+    m_platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_REFUSED, "2");
+    const Story::Tally tally = Tell(kShort);
+    EXPECT_GT(tally.failed, 0u);
+    const std::string told = Told();
+    EXPECT_NE(told.find("FAILED  ben-laptop      expected: logged in\n"), std::string::npos) << told;
+    EXPECT_NE(told.find("came:     went offline: 37"), std::string::npos) << told;
+    EXPECT_NE(told.find("ok      the module      is unloaded\n"), std::string::npos) << told;
+}
+
+TEST_F(MeetingStoryTest, AnAnswerThatDoesNotComeInTimeIsAStepThatFails)
+{
+    m_platform.GetFaults().DelayDeliveries(std::chrono::hours(1));
+    const Story::Tally tally = Tell(kShort);
+    EXPECT_GT(tally.failed, 0u);
+    EXPECT_NE(Told().find("came:     nothing in "), std::string::npos) << Told();
+}

@@ -1,0 +1,236 @@
+#include "tests/unit/host/TemporaryFolder.h"
+#include "tests/unit/host/TraceFile.h"
+#include "tests/whole/Program.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+
+namespace
+{
+
+using Arrow = std::pair<std::string, std::string>;
+using Problems = std::vector<std::string>;
+
+/// The demonstration with its log in a folder of the test's own.
+ProgramResult RunDemo(const TemporaryFolder& folder, std::vector<std::string> arguments = {})
+{
+    std::vector<std::string> all{"demo", "--timeout", "60", "--log", folder / "log"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return RunHost(all);
+}
+
+/// What is told, without what differs from run to run: times, places and numbers that others choose.
+std::string Normalise(std::string text, const TemporaryFolder& folder)
+{
+    const std::string path = folder / "";
+    for (size_t place = text.find(path); place != std::string::npos; place = text.find(path))
+    {
+        text.replace(place, path.size(), "FOLDER/");
+    }
+    text = std::regex_replace(text, std::regex(R"(\d\d:\d\d:\d\d\.\d\d\d)"), "TIME");
+    text = std::regex_replace(text, std::regex(R"(A meeting on [^\n]*)"), "A meeting on MODULE");
+    text = std::regex_replace(text, std::regex(R"(msgId:\d+)"), "msgId:N");
+    text = std::regex_replace(text, std::regex(R"(\d+ bytes)"), "N bytes");
+    return std::regex_replace(text, std::regex(R"(steps in \d+ ms)"), "steps in N ms");
+}
+
+} // namespace
+
+TEST(Demo, TellsTheWholeMeeting)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunDemo(folder);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(Normalise(result.out, folder), ReadFile(DEMO_STORY));
+}
+
+TEST(Demo, WritesTheModulesLogBeside)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunDemo(folder).exitCode, 0);
+    const std::string log = ReadFile(folder / "log");
+    for (const char* text : {"OnlineManager::Initialize.", "Paas login param:", "OnMdsMsgData msg:",
+                             "UserOnlineImp::InviteUsers(), totalUser=45, code=1, inviteId=", "WDllCanUnloadNow :0."})
+    {
+        EXPECT_NE(log.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(Demo, WithoutALogNamesOneOfItsOwn)
+{
+    const ProgramResult result = RunHost({"demo", "--timeout", "60"});
+    ASSERT_EQ(result.exitCode, 0);
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(result.out, match, std::regex(R"(\nThe module's log: ([^\n]+)\n$)"))) << result.out;
+    EXPECT_NE(ReadFile(match[1].str()).find("OnlineManager::Initialize."), std::string::npos);
+    std::filesystem::remove(match[1].str());
+}
+
+TEST(Demo, ABiggerCompanyShowsItsProgress)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunDemo(folder, {"--users", "2000"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char* text :
+         {"\n  coming online: 50 %, 1 000 of 2 000\n", "sees all 2 000 colleagues online", "2 000 x desktop",
+          "\n  going offline: 100 %, 2 000 of 2 000\n", "all came out as they should"})
+    {
+        EXPECT_NE(result.out.find(text), std::string::npos) << text << result.out;
+    }
+}
+
+TEST(Demo, IsPlainInAPipe)
+{
+    const TemporaryFolder folder;
+    EXPECT_EQ(RunDemo(folder).out.find('\x1b'), std::string::npos);
+}
+
+TEST(Demo, TheTraceShowsTheCallsAndWhatTheyCaused)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunDemo(folder, {"--trace", folder / "trace", "--diagram", folder / "diagram"});
+    ASSERT_EQ(result.exitCode, 0) << result.out;
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+
+    EXPECT_EQ(trace.Count("WDllCreateComponent"), 6u);
+    EXPECT_EQ(trace.Count("IOnlineManager::Destroy"), 6u);
+    EXPECT_EQ(trace.Count("IPaasOnline::Login"), 7u);
+    EXPECT_EQ(trace.Count("IZolConnection::Login"), 7u);
+    EXPECT_EQ(trace.Count("IZolConnection::LoginOldGw"), 1u);
+    EXPECT_EQ(trace.Count("IPaasOnlineNotify::OnLoginSuccess"), 6u);
+    EXPECT_EQ(trace.Count("IUserOnlineNotify::OnInviteAccepted"), 29u);
+    EXPECT_EQ(trace.Count("IZolMdsClient::SendMdsData"), 6u);
+    EXPECT_EQ(trace.Count("IReconnectionStrategy::CheckReconnect"), 1u);
+
+    const std::vector<Arrow> arrows = trace.Arrows();
+    const auto count = [&](const char* from, const char* to)
+    { return std::count(arrows.begin(), arrows.end(), Arrow(from, to)); };
+    EXPECT_EQ(count("IPaasOnline::Login", "IPaasOnlineNotify::OnLoginSuccess"), 6);
+    EXPECT_EQ(count("IPaasOnline::Login", "IPaasOnlineNotify::OnOffline"), 1);
+    EXPECT_EQ(count("IPaasOnline::Logout", "IPaasOnlineNotify::OnOffline"), 5);
+    EXPECT_EQ(count("IMeetingTunnel::JoinMeeting", "IMeetingTunnelNotify::OnJoinMeetingResult"), 3);
+    EXPECT_EQ(count("IMeetingTunnel::LeaveMeeting", "IMeetingTunnelNotify::OnLeaveMeetingResult"), 2);
+    EXPECT_EQ(count("IUserOnline::InviteUsers", "IUserOnlineNotify::OnInviteAccepted"), 29);
+    EXPECT_EQ(count("IUserOnline::InviteUsers", "IUserOnlineNotify::OnInviteRejected"), 16);
+
+    std::vector<std::string> threads;
+    for (const auto& [thread, name] : trace.ThreadNames())
+    {
+        threads.push_back(name);
+    }
+    EXPECT_EQ(std::count(threads.begin(), threads.end(), "main"), 1);
+    EXPECT_EQ(std::count(threads.begin(), threads.end(), "platform"), 1);
+
+    const std::string diagram = ReadFile(folder / "diagram");
+    EXPECT_EQ(DiagramProblems(diagram), Problems{});
+    for (const char* text : {" as Host\n", " as Module of ben-tablet\n", " as Platform\n",
+                             ": IPaasOnline::Login(server=tcp:in-process, userid=2"})
+    {
+        EXPECT_NE(diagram.find(text), std::string::npos) << text;
+    }
+    EXPECT_EQ(ReadFile(folder / "trace").find("token-of-"), std::string::npos);
+}
+
+TEST(Demo, TheTraceShowsTheLogWhenAsked)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunDemo(folder, {"--trace", folder / "trace", "--trace-log"}).exitCode, 0);
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    const auto& records = trace.Records();
+    EXPECT_TRUE(std::any_of(records.begin(), records.end(),
+                            [](const TraceFile::Record& record) {
+                                return record.phase == "i" && record.category == "log" &&
+                                       record.name == "OnlineManager::Initialize.";
+                            }));
+}
+
+TEST(Demo, ItsHelpIsComplete)
+{
+    const ProgramResult result = RunHost({"demo", "--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (const char* text : {"--users", "--timeout", "--module", "--log", "--trace", "--trace-log", "--diagram",
+                             "Exit codes:", "50 to 1 000 000"})
+    {
+        EXPECT_NE(result.out.find(text), std::string::npos) << text;
+    }
+}
+
+TEST(Demo, WrongOptionsAreWrongUsage)
+{
+    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+             {"demo", "--users", "49"},
+             {"demo", "--users", "1000001"},
+             {"demo", "--users", "many"},
+             {"demo", "--users", "-1"},
+             {"demo", "--timeout", "0"},
+             {"demo", "--trace-log"},
+             {"demo", "--colour"},
+             {"demo", "something"},
+         })
+    {
+        const ProgramResult result = RunHost(arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments.back();
+        EXPECT_EQ(result.out, "") << arguments.back();
+        EXPECT_NE(result.err, "") << arguments.back();
+    }
+}
+
+TEST(Demo, FilesThatCannotBeWrittenAreFailures)
+{
+    const TemporaryFolder folder;
+    const std::string nowhere = folder / "none" / "file";
+    for (const char* option : {"--trace", "--diagram"})
+    {
+        const ProgramResult result = RunDemo(folder, {option, nowhere});
+        EXPECT_EQ(result.exitCode, 3) << option;
+        EXPECT_NE(result.err.find("cannot be written: " + nowhere + ": No such file or directory"), std::string::npos)
+            << result.err;
+    }
+    const ProgramResult result = RunHost({"demo", "--log", folder.Write("file", "") / "log"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("the log cannot be written"), std::string::npos) << result.err;
+}
+
+TEST(Demo, ATraceThatDoesNotFitOnTheDiskIsAFailure)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunDemo(folder, {"--trace", "/dev/full"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("the trace could not be written: No space left on device"), std::string::npos)
+        << result.err;
+}
+
+TEST(Demo, AModuleThatIsMissingOrNoneIsAFailure)
+{
+    const TemporaryFolder folder;
+    const std::string missing = folder / "missing.so";
+    const ProgramResult none = RunDemo(folder, {"--module", missing});
+    EXPECT_EQ(none.exitCode, 3);
+    EXPECT_NE(none.err.find(missing), std::string::npos) << none.err;
+
+    const std::string text = folder.Write("text.so", "not a module");
+    const ProgramResult wrong = RunDemo(folder, {"--module", text});
+    EXPECT_EQ(wrong.exitCode, 3);
+    EXPECT_NE(wrong.err.find(text), std::string::npos) << wrong.err;
+    EXPECT_EQ(wrong.out, "");
+}
+
+TEST(Login, IsRecordedToo)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunHost(
+        {"login", "--user", "1001", "--trace", folder / "trace", "--trace-log", "--diagram", folder / "diagram"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    EXPECT_EQ(trace.Count("IPaasOnlineNotify::OnLoginSuccess"), 1u);
+    const auto& records = trace.Records();
+    EXPECT_TRUE(std::any_of(records.begin(), records.end(),
+                            [](const TraceFile::Record& record) { return record.phase == "i"; }));
+    EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
+}
