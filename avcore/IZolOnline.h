@@ -39,6 +39,9 @@ protected:
 /// Presence and invitations of a connection. Implemented by the platform library; got from
 /// `IZolConnection::GetComponent(IID_IZolOnline)`, borrowed, lives as long as the connection. Results are negative on
 /// failure (not logged in, say).
+///
+/// No event of an operation (a page of a refresh, an answer to an invitation) comes before the operation has returned, as
+/// over a network, where it takes a round trip: callers note the id that they were given right after the call.
 class IZolOnline
 {
 public:
