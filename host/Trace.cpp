@@ -134,6 +134,13 @@ std::string TraceText(const char* text)
     return text != nullptr ? text : "(null)";
 }
 
+std::string TraceUrl(const char* url)
+{
+    const std::string text = TraceText(url);
+    const size_t query = text.find('?');
+    return query == std::string::npos ? text : text.substr(0, query) + "?...";
+}
+
 /// Everything below is done under the lock, the reading of the clock too: so the times never go back, on no track.
 struct Trace::State
 {

@@ -36,6 +36,9 @@ using TraceArguments = std::initializer_list<TraceArgument>;
 /// A text of a caller, which may be null.
 std::string TraceText(const char* text);
 
+/// The same for an address, of which the query is left out: tokens are in it, and traces are passed around.
+std::string TraceUrl(const char* url);
+
 /// Records what crosses the boundary of the module.
 ///
 /// The trace is a file of the trace-event format that Perfetto and about:tracing open: a track for each thread, each call a

@@ -177,7 +177,7 @@ public:
     {
         TraceSpan span = Record(Crossing::HttpCall, "IHttpClient::Request",
                                 {{"method", request->method == kHttpMethodPost ? "POST" : "GET"},
-                                 {"url", TraceText(request->url)},
+                                 {"url", TraceUrl(request->url)},
                                  {"body", TraceText(request->body)}},
                                 1);
         const uint32_t id = m_target.Request(request, m_context.httpNotifies.Of(notify), text);

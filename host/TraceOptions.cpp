@@ -10,7 +10,9 @@ void AddTraceOptions(CLI::App& command, TraceOptions& options)
     CLI::Option* const trace = command.add_option(
         "--trace", options.trace,
         "File for a trace of everything that crosses the module's boundary, to open in Perfetto or about:tracing");
-    command.add_flag("--trace-log", options.log, "Show the lines of the module's log in the trace")->needs(trace);
+    command
+        .add_flag("--trace-log", options.log, "Show the lines of the module's log in the trace; tokens are among them")
+        ->needs(trace);
     command.add_option("--diagram", options.diagram, "File for the same as a Mermaid sequence diagram");
 }
 

@@ -125,20 +125,20 @@ public:
 
     std::string HttpGet(const char* url) override
     {
-        TraceSpan span = Record(Crossing::HttpRequest, "IZolHttp::HttpGet", {{"url", TraceText(url)}});
+        TraceSpan span = Record(Crossing::HttpRequest, "IZolHttp::HttpGet", {{"url", TraceUrl(url)}});
         return span.Result(m_target.HttpGet(url));
     }
 
     std::string HttpPost(const char* url, const char* body) override
     {
         TraceSpan span =
-            Record(Crossing::HttpRequest, "IZolHttp::HttpPost", {{"url", TraceText(url)}, {"body", TraceText(body)}});
+            Record(Crossing::HttpRequest, "IZolHttp::HttpPost", {{"url", TraceUrl(url)}, {"body", TraceText(body)}});
         return span.Result(m_target.HttpPost(url, body));
     }
 
     int32_t HttpClose(const char* url) override
     {
-        TraceSpan span = Record(Crossing::HttpRequest, "IZolHttp::HttpClose", {{"url", TraceText(url)}});
+        TraceSpan span = Record(Crossing::HttpRequest, "IZolHttp::HttpClose", {{"url", TraceUrl(url)}});
         return span.Result(m_target.HttpClose(url));
     }
 };

@@ -1,3 +1,4 @@
+#include "tests/unit/host/HttpServer.h"
 #include "tests/unit/host/TemporaryFolder.h"
 #include "tests/unit/host/TraceFile.h"
 #include "tests/whole/Program.h"
@@ -232,5 +233,27 @@ TEST(Login, IsRecordedToo)
     const auto& records = trace.Records();
     EXPECT_TRUE(std::any_of(records.begin(), records.end(),
                             [](const TraceFile::Record& record) { return record.phase == "i"; }));
+    EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
+}
+
+TEST(Login, WhatPassesOverHttpIsRecordedWithoutItsQuery)
+{
+    const HttpServer server([](const HttpExchange& exchange)
+                            { exchange.Answer("200 OK", R"({"code":0,"address":"tcp:in-process"})"); });
+    const TemporaryFolder folder;
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--server", server.Url("/cp"), "--token",
+                                          "very-secret", "--trace", folder / "trace", "--diagram", folder / "diagram"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    EXPECT_GE(trace.Count("IPaasOnline::RequestCPAddress"), 1u);
+    EXPECT_GE(trace.Count("IZolHttp::HttpGet"), 1u);
+    const std::vector<Arrow> arrows = trace.Arrows();
+    EXPECT_GE(
+        std::count(arrows.begin(), arrows.end(), Arrow("IZolHttp::HttpGet", "IHttpResponseNotify::OnCompleteRespond")),
+        1);
+    const std::string text = ReadFile(folder / "trace");
+    EXPECT_NE(text.find(server.Url("/cp") + "?..."), std::string::npos);
+    EXPECT_EQ(text.find("very-secret"), std::string::npos);
     EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
 }
