@@ -4,6 +4,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <utility>
@@ -16,6 +17,12 @@ template <typename T>
 class EventQueue
 {
 public:
+    /// `onPush` is called after each push, on the thread that pushes. Set it before the first one.
+    void SetOnPush(std::function<void()> onPush)
+    {
+        m_onPush = std::move(onPush);
+    }
+
     void Push(T event)
     {
         {
@@ -23,6 +30,10 @@ public:
             m_events.push_back(std::move(event));
         }
         m_pushed.notify_all();
+        if (m_onPush)
+        {
+            m_onPush();
+        }
     }
 
     /// Takes the oldest event, waiting for one until the time limit has passed.
@@ -56,6 +67,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_pushed;
     std::deque<T> m_events;
+    std::function<void()> m_onPush;
 };
 
 } // namespace host

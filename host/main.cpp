@@ -4,6 +4,7 @@
 #include "host/command_demo.h"
 #include "host/command_inspect.h"
 #include "host/command_login.h"
+#include "host/command_shell.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -23,6 +24,7 @@ int Run(int count, char** arguments)
     host::AddDemoCommand(program, exitCode);
     host::AddInspectCommand(program, exitCode);
     host::AddLoginCommand(program, exitCode);
+    host::AddShellCommand(program, exitCode);
 
     try
     {

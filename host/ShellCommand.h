@@ -1,0 +1,123 @@
+#pragma once
+
+#include "common/wbaselib/wtypes.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host
+{
+
+/// What a word of a command line has to be.
+enum class ShellKind
+{
+    Word,     ///< any text; or one of `choices` when there are some
+    Number,   ///< decimal, up to `largest`
+    User,     ///< a user id
+    Users,    ///< a user id, or several as "2..46"
+    Terminal, ///< "USER" or "USER@DEVICE"
+    Received, ///< the id of an invitation that came in
+    Sent,     ///< the id of an invitation that was sent
+    Meeting,  ///< a number or a GUID
+    Duration, ///< "2s", "500ms", "1m"; seconds without a unit
+    Command,  ///< the name of a command
+    Text,     ///< the rest of the line
+    Line,     ///< the rest of the line, which is a command itself
+};
+
+enum class ShellForm
+{
+    One,
+    Optional,
+    Some,   ///< one or more; the last positional parameter
+    Any,    ///< none or more; the last positional parameter
+    Flag,   ///< the name itself, anywhere
+    Option, ///< "name=value", anywhere
+};
+
+/// One parameter of a command. Flags and options stand in front of a `Text` or `Line`.
+struct ShellParameter
+{
+    std::string name;
+    ShellForm form = ShellForm::One;
+    ShellKind kind = ShellKind::Word;
+    std::vector<std::string> choices{};
+    uint32_t largest = UINT32_MAX;
+};
+
+/// The words of a line, each where it belongs and checked. A parameter that was not given has no word.
+class ShellArguments
+{
+public:
+    void Add(const std::string& name, const std::string& word);
+
+    bool Has(const std::string& name) const;
+    const std::vector<std::string>& Words(const std::string& name) const;
+
+    /// All words of the parameter with a space between each two.
+    std::string Text(const std::string& name, const std::string& fallback = {}) const;
+    uint32_t Number(const std::string& name, uint32_t fallback = 0) const;
+    std::vector<uint32_t> Users(const std::string& name) const;
+    GUID Meeting(const std::string& name) const;
+    std::chrono::milliseconds Duration(const std::string& name, std::chrono::milliseconds fallback) const;
+
+private:
+    std::map<std::string, std::vector<std::string>> m_words;
+};
+
+/// One command; everything that the shell knows of it.
+struct ShellCommand
+{
+    std::string group;
+    std::string name;
+    std::vector<ShellParameter> parameters;
+    std::string summary;
+    std::string details; ///< further lines of its help; may be empty
+    std::function<void(const ShellArguments&)> run;
+};
+
+/// "invite USER... [meeting=NUMBER]"
+std::string ShellUsage(const ShellCommand& command);
+
+/// Gives each word to its parameter. `Error` tells the word that does not fit, or the parameter that has none.
+ShellArguments BindShellWords(const ShellCommand& command, const std::vector<std::string>& words);
+
+/// What may follow after some words.
+struct ShellExpectation
+{
+    std::vector<const ShellParameter*> parameters{}; ///< that the next word may belong to
+    std::ptrdiff_t restBegin = 0;                    ///< how many of the words stand in front of a `Text` or `Line`
+};
+ShellExpectation ExpectedAfter(const ShellCommand& command, const std::vector<std::string>& words);
+
+/// The commands by name, in the order in which help shows them.
+class ShellTable
+{
+public:
+    void Add(ShellCommand command);
+
+    const std::vector<ShellCommand>& Commands() const
+    {
+        return m_commands;
+    }
+
+    /// Null when there is none.
+    const ShellCommand* Find(std::string_view name) const;
+
+    /// `Error` with what the user may have meant.
+    const ShellCommand& Get(std::string_view name) const;
+
+    std::string Overview() const;
+    static std::string Help(const ShellCommand& command);
+
+private:
+    std::vector<ShellCommand> m_commands;
+};
+
+} // namespace host

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace host
+{
+
+class Shell;
+
+/// Adds the commands for what a person does as a user of the service: login, presence, invitations, meetings, reports.
+void AddOnlineCommands(Shell& shell);
+
+} // namespace host
