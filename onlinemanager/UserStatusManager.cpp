@@ -21,6 +21,11 @@ uint64_t Mix(uint64_t seed, uint64_t value)
     return seed ^ (value + 0x9e3779b9 + (seed << 6) + (seed >> 2));
 }
 
+UserTerminalInfo MakeTerminal(const avcore::ZolUserTerminalInfo& info, quenda::TerminalType type)
+{
+    return {TextOrEmpty(info.terminal), type, static_cast<uint32_t>(info.status), TextOrEmpty(info.custom)};
+}
+
 } // namespace
 
 UserStatusManager::UserStatusManager(std::shared_ptr<ISerialization> serialization)
@@ -32,7 +37,7 @@ bool UserStatusManager::Add(unsigned userId, const avcore::ZolUserTerminalInfo& 
 {
     UserTerminalInfo terminal = ConvertTerminalInfo(info);
     const WBASELIB::WAutoLock guard(&m_lock);
-    UserOnlineInfo& user = m_users[userId];
+    UserOnlineInfo& user = m_users[userId].user;
     user.user_id = userId;
     const auto known =
         std::find_if(user.terminals.begin(), user.terminals.end(),
@@ -57,9 +62,10 @@ int UserStatusManager::Cache(const WBASELIB::Vector<avcore::ZolUserInfo>& users)
 {
     std::vector<UserOnlineInfo> page;
     page.reserve(users.size());
+    TypeTable knownTypes;
     for (const avcore::ZolUserInfo& user : users)
     {
-        page.push_back(ConvertUserInfo(user));
+        page.push_back(ConvertUserInfo(user, &knownTypes));
     }
     const WBASELIB::WAutoLock guard(&m_lock);
     std::move(page.begin(), page.end(), std::back_inserter(m_cache));
@@ -70,45 +76,56 @@ std::vector<unsigned> UserStatusManager::ResetByCache()
 {
     std::vector<unsigned> changed;
     const WBASELIB::WAutoLock guard(&m_lock);
-    UserTable refreshed;
-    refreshed.reserve(m_cache.size());
+    ++m_refresh;
+    m_users.reserve(m_cache.size());
     for (UserOnlineInfo& user : m_cache)
     {
-        const unsigned userId = user.user_id;
-        const auto known = m_users.find(userId);
-        if (known == m_users.end())
+        const auto [position, isNew] = m_users.try_emplace(user.user_id);
+        Entry& known = position->second;
+        if (known.refresh == m_refresh)
         {
-            changed.push_back(userId);
-            refreshed.try_emplace(userId, std::move(user));
+            changed.push_back(user.user_id); // listed twice: the first record stays
             continue;
         }
-        const UserOnlineInfo& before = known->second;
-        if (before.online_status == user.online_status && user.online_status != kOnline)
+        const bool isStatusSame = !isNew && known.user.online_status == user.online_status;
+        if (isStatusSame && user.online_status != kOnline)
         {
             continue; // offline before and after: dropped without a word
         }
-        const bool same = before.online_status == user.online_status && before.terminal_hash == user.terminal_hash;
-        if (!same)
+        known.refresh = m_refresh;
+        if (!isStatusSame || known.user.terminal_hash != user.terminal_hash)
         {
-            changed.push_back(userId);
-            known->second = std::move(user);
-        }
-        refreshed.insert(m_users.extract(known));
-    }
-
-    const size_t present = changed.size();
-    for (const auto& [userId, user] : m_users)
-    {
-        if (user.online_status == kOnline)
-        {
-            changed.push_back(userId);
+            changed.push_back(user.user_id);
+            known.user = std::move(user);
         }
     }
-    std::sort(changed.begin() + static_cast<std::ptrdiff_t>(present), changed.end());
-
-    m_users = std::move(refreshed);
     std::vector<UserOnlineInfo>().swap(m_cache); // a company's worth of memory, not needed until the next refresh
+
+    const std::vector<unsigned> missing = TakeMissing();
+    changed.insert(changed.end(), missing.begin(), missing.end());
     return changed;
+}
+
+/// Under the lock: forgets who was not in the last refresh. Those of them that were online, in ascending order.
+std::vector<unsigned> UserStatusManager::TakeMissing()
+{
+    std::vector<unsigned> missing;
+    for (auto position = m_users.begin(); position != m_users.end();)
+    {
+        const auto& [userId, entry] = *position;
+        if (entry.refresh == m_refresh)
+        {
+            ++position;
+            continue;
+        }
+        if (entry.user.online_status == kOnline)
+        {
+            missing.push_back(userId);
+        }
+        position = m_users.erase(position);
+    }
+    std::sort(missing.begin(), missing.end());
+    return missing;
 }
 
 bool UserStatusManager::Query(const std::vector<unsigned>& ids, std::function<void(const UserOnlineInfo&)> cb)
@@ -128,13 +145,12 @@ void UserStatusManager::Clear()
 
 UserTerminalInfo UserStatusManager::ConvertTerminalInfo(const avcore::ZolUserTerminalInfo& info)
 {
-    UserTerminalInfo terminal;
-    terminal.terminal = TextOrEmpty(info.terminal);
-    terminal.terminal_type =
-        static_cast<quenda::TerminalType>(m_serialization->ParseLoginExtInfo(TextOrEmpty(info.ext_info)));
-    terminal.status = static_cast<uint32_t>(info.status);
-    terminal.custom = TextOrEmpty(info.custom);
-    return terminal;
+    return MakeTerminal(info, ReadType(info.ext_info));
+}
+
+quenda::TerminalType UserStatusManager::ReadType(const char* extInfo)
+{
+    return static_cast<quenda::TerminalType>(m_serialization->ParseLoginExtInfo(TextOrEmpty(extInfo)));
 }
 
 unsigned UserStatusManager::ReportTerminalOnlineStatus(const std::vector<UserTerminalInfo>& terminals)
@@ -165,14 +181,20 @@ uint64_t UserStatusManager::CalcTerminalInfoHash(const std::vector<UserTerminalI
     return digest;
 }
 
-UserOnlineInfo UserStatusManager::ConvertUserInfo(const avcore::ZolUserInfo& info)
+UserOnlineInfo UserStatusManager::ConvertUserInfo(const avcore::ZolUserInfo& info, TypeTable* knownTypes)
 {
     UserOnlineInfo user;
     commonutil::ReadUserId(info.user_id, &user.user_id);
     user.terminals.reserve(static_cast<size_t>(std::max(info.terminal_count, 0)));
     for (int32_t index = 0; index < info.terminal_count; ++index)
     {
-        user.terminals.push_back(ConvertTerminalInfo(info.terminals[index]));
+        const avcore::ZolUserTerminalInfo& terminal = info.terminals[index];
+        const auto [type, isNew] = knownTypes->try_emplace(TextOrEmpty(terminal.ext_info));
+        if (isNew)
+        {
+            type->second = ReadType(terminal.ext_info);
+        }
+        user.terminals.push_back(MakeTerminal(terminal, type->second));
     }
     Rate(&user);
     return user;
@@ -190,7 +212,7 @@ UserOnlineInfo UserStatusManager::Find(unsigned userId)
     const auto known = m_users.find(userId);
     if (known != m_users.end())
     {
-        return known->second;
+        return known->second.user;
     }
     UserOnlineInfo unknown;
     unknown.user_id = userId;

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -53,15 +54,27 @@ public:
     uint64_t CalcTerminalInfoHash(const std::vector<UserTerminalInfo>& terminals);
 
 private:
-    using UserTable = std::unordered_map<unsigned, UserOnlineInfo>;
+    struct Entry
+    {
+        UserOnlineInfo user;
+        uint64_t refresh = 0; ///< number of the refresh that it was last in
+    };
+    using UserTable = std::unordered_map<unsigned, Entry>;
 
-    UserOnlineInfo ConvertUserInfo(const avcore::ZolUserInfo& info);
+    /// The types that extension texts stand for: a page repeats a few of them, and to read one takes longer than the rest of
+    /// a terminal.
+    using TypeTable = std::unordered_map<std::string_view, quenda::TerminalType>;
+
+    quenda::TerminalType ReadType(const char* extInfo);
+    UserOnlineInfo ConvertUserInfo(const avcore::ZolUserInfo& info, TypeTable* knownTypes);
     void Rate(UserOnlineInfo* user);
     UserOnlineInfo Find(unsigned userId);
+    std::vector<unsigned> TakeMissing();
 
-    WBASELIB::WLock m_lock; ///< guards the two containers
+    WBASELIB::WLock m_lock; ///< guards the next three
     std::vector<UserOnlineInfo> m_cache;
     UserTable m_users;
+    uint64_t m_refresh = 0; ///< number of the last refresh
     const std::shared_ptr<ISerialization> m_serialization;
 };
 
