@@ -14,15 +14,16 @@ namespace
 using onlinemanager::UserOnlineInfo;
 using onlinemanager::UserTerminalInfo;
 
-constexpr char kExtInfo[] = R"({"tt":3})";
+/// What a terminal of each kind gave to its login.
+constexpr const char* kExtInfos[] = {R"({"tt":1})", R"({"tt":3})"};
 constexpr char kShortTail[] = "";
 constexpr char kLongTail[] = "-4f5a-9c1b-7e2d-60a1b2c3d4e5";
 
-UserTerminalInfo Terminal(const std::string& name, bool longTexts, uint32_t status)
+UserTerminalInfo Terminal(const std::string& name, uint32_t type, uint32_t status, bool longTexts)
 {
     UserTerminalInfo terminal;
     terminal.terminal = name + (longTexts ? kLongTail : kShortTail);
-    terminal.terminal_type = static_cast<quenda::TerminalType>(3);
+    terminal.terminal_type = static_cast<quenda::TerminalType>(type);
     terminal.status = status;
     terminal.custom = longTexts ? "in a meeting until three o'clock" : "in a meeting";
     return terminal;
@@ -34,8 +35,8 @@ UserOnlineInfo User(size_t number, bool longTexts)
     user.user_id = static_cast<uint32_t>(10'000 + 3 * number);
     user.online_status = 1;
     const std::string id = std::to_string(user.user_id);
-    user.terminals.push_back(Terminal("pc-" + id, longTexts, 1));
-    user.terminals.push_back(Terminal("phone-" + id, longTexts, 0));
+    user.terminals.push_back(Terminal("pc-" + id, 1, 1, longTexts));
+    user.terminals.push_back(Terminal("phone-" + id, 3, 0, longTexts));
     return user;
 }
 
@@ -60,8 +61,9 @@ Company::Company(const Options& options)
         const size_t firstTerminal = m_terminals.size();
         for (const UserTerminalInfo& terminal : user.terminals)
         {
+            const char* const extInfo = kExtInfos[m_terminals.size() - firstTerminal];
             m_terminals.push_back(
-                {terminal.terminal.c_str(), static_cast<int32_t>(terminal.status), terminal.custom.c_str(), kExtInfo});
+                {terminal.terminal.c_str(), static_cast<int32_t>(terminal.status), terminal.custom.c_str(), extInfo});
         }
         if (m_pages.empty() || m_pages.back().size() == kUsersPerPage)
         {

@@ -1,8 +1,10 @@
 #include "bench/Memory.h"
 #include "bench/RatioReporter.h"
 
+#include <climits>
 #include <cstdio>
 #include <exception>
+#include <malloc.h>
 
 namespace
 {
@@ -14,6 +16,10 @@ int RunBenchmarks(int argc, char** argv)
     {
         return 2;
     }
+    // What was freed is used again at once. Otherwise whoever comes first pays for the pages that the others find mapped.
+    mallopt(M_MMAP_MAX, 0);
+    mallopt(M_TRIM_THRESHOLD, INT_MAX);
+
     bench::AddLogBenchmarks();
     bench::AddNotifyBenchmarks();
     bench::AddJsonBenchmarks();
