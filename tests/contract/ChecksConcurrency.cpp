@@ -306,7 +306,8 @@ CONTRACT_CHECK(Concurrency, TheComponentMayBeDestroyedWhileThePlatformSendsEvent
     for (int attempt = 0; attempt < 20; ++attempt)
     {
         BusyStage stage(check);
-        stage.mdsListener.hook = nullptr; // commands go on during Destroy, when the host must not call the client any more
+        // Commands go on during Destroy, when the host must not call the client any more.
+        stage.mdsListener.hook = nullptr;
         std::atomic<bool> ends{false};
         std::barrier start(4);
         const auto send = [&](const std::function<void()>& events)

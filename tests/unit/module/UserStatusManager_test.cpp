@@ -63,6 +63,15 @@ TEST_F(UserStatusManagerTest, TheDigestOfOneTerminalIsMadeOfNameStatusAndCustomT
     }
 }
 
+TEST_F(UserStatusManagerTest, TheDigestsAreTheOnesThatHostsKnow)
+{
+    // Computed from the definition by a program of its own.
+    EXPECT_EQ(0xcbfb430d23042e6au, m_manager.CalcTerminalInfoHash({Terminal("", 0)}));
+    EXPECT_EQ(0x2f047da25587d1f0u, m_manager.CalcTerminalInfoHash({Terminal("pc", 1)}));
+    EXPECT_EQ(0xd2ae4c4939541782u, m_manager.CalcTerminalInfoHash({Terminal("pc", 1, "busy")}));
+    EXPECT_EQ(0x656f7d783b1f38bcu, m_manager.CalcTerminalInfoHash({Terminal("pc", 4294967295, "x")}));
+}
+
 TEST_F(UserStatusManagerTest, AnEmptyListHasTheDigest0)
 {
     EXPECT_EQ(0u, m_manager.CalcTerminalInfoHash({}));
