@@ -266,7 +266,18 @@ void Shell::Execute(const std::vector<std::string>& words)
         const std::string usage = command == nullptr ? "" : "; usage: " + ShellUsage(*command);
         throw ShellFailure(EXIT_USAGE, error.what() + usage);
     }
-    command->run(arguments);
+    try
+    {
+        command->run(arguments);
+    }
+    catch (const ShellFailure&)
+    {
+        throw;
+    }
+    catch (const Error& error)
+    {
+        throw ShellFailure(EXIT_FAILED, error.what());
+    }
 }
 
 int Shell::RunFirstLines()
@@ -377,6 +388,7 @@ int Shell::RunTerminal()
         }
         if (!input || input->isEnd)
         {
+            m_out.Line("");
             break;
         }
         try
@@ -389,7 +401,6 @@ int Shell::RunTerminal()
         }
     }
     m_terminal.reset();
-    m_out.Line("");
     return m_endingSignal == 0 ? int{EXIT_DONE} : ShellFailure::kSignalBase + m_endingSignal;
 }
 

@@ -53,6 +53,11 @@ private:
             {
                 OfferParameter(*parameter);
             }
+            // A value that has to come, and that nobody has begun, comes before options.
+            if (parameter->form == ShellForm::One && m_last.empty() && !m_candidates.empty())
+            {
+                return;
+            }
         }
     }
 

@@ -113,6 +113,7 @@ void ShellDevice::Note(const Event& event)
         break;
     case EventKind::UserStatusChanged:
         known.insert(event.userIds.begin(), event.userIds.end());
+        known.erase(0); // stands for ids that the module could not read
         break;
     case EventKind::InviteIncome:
         received.insert_or_assign(event.requestId, event.userId);

@@ -21,12 +21,17 @@ using namespace onlinemanager;
 constexpr char kGroup[] = "On the service";
 constexpr size_t kMostUsers = 20; ///< that `who` lists one by one unless asked for all
 
+std::string Because(const std::string& reason)
+{
+    return reason.empty() ? "" : " (" + reason + ")";
+}
+
 /// Ends the command for something that the module refused at once.
 [[noreturn]] void Refuse(Shell& shell, ShellDevice& device)
 {
     const std::string reason = shell.World().TakeFailure();
     const std::string text = !device.isLoggedIn ? device.Name() + " is not logged in" : "the module refused it";
-    throw ShellFailure(EXIT_REFUSED, text + (reason.empty() ? "" : " (" + reason + ")"));
+    throw ShellFailure(EXIT_REFUSED, text + Because(reason));
 }
 
 class OnlineCommands
@@ -58,7 +63,8 @@ public:
         }
         if (!device.Online().Login(login, arguments.Has("force")))
         {
-            throw ShellFailure(EXIT_REFUSED, "the module refused the login: " + m_shell.World().TakeFailure());
+            const std::string reason = m_shell.World().TakeFailure();
+            throw ShellFailure(EXIT_REFUSED, "the module refused the login at once" + Because(reason));
         }
         const Event result = Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
         if (result.kind == EventKind::Offline)

@@ -4,11 +4,20 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 
 namespace host
 {
+
+namespace
+{
+
+/// Some editors begin a file with it.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+} // namespace
 
 ShellScript::ShellScript(int descriptor, std::string name) : m_descriptor(descriptor), m_name(std::move(name)) {}
 
@@ -30,6 +39,10 @@ std::optional<std::string> ShellScript::TakeLine()
     m_text.erase(0, end == m_text.npos ? end : end + 1);
     m_searched = 0;
     ++m_line;
+    if (m_line == 1 && line.starts_with(kByteOrderMark))
+    {
+        line.erase(0, kByteOrderMark.size());
+    }
     if (line.ends_with('\r'))
     {
         line.pop_back();

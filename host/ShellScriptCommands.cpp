@@ -39,10 +39,6 @@ public:
     {
         m_shell.World().Platform().Settle();
         m_shell.ShowAll();
-    }
-
-    void Forget(const ShellArguments&)
-    {
         m_shell.Forget();
     }
 
@@ -50,6 +46,7 @@ public:
     {
         const auto nothing = [](const ShellEvent&) { return false; };
         m_shell.Await(m_shell.Mark(), nothing, arguments.Duration("DURATION", {}));
+        m_shell.Forget();
     }
 
     void Expect(const ShellArguments& arguments)
@@ -87,12 +84,19 @@ public:
 
     void Help(const ShellArguments& arguments)
     {
-        if (arguments.Has("COMMAND"))
+        if (!arguments.Has("COMMAND"))
         {
-            m_shell.Say(ShellTable::Help(m_shell.Table().Get(arguments.Text("COMMAND"))));
+            m_shell.Say(m_shell.Table().Overview() + "\"help COMMAND\" tells more about one.\n");
             return;
         }
-        m_shell.Say(m_shell.Table().Overview() + "\"help COMMAND\" tells more about one.\n");
+        try
+        {
+            m_shell.Say(ShellTable::Help(m_shell.Table().Get(arguments.Text("COMMAND"))));
+        }
+        catch (const Error& error)
+        {
+            throw ShellFailure(EXIT_USAGE, error.what());
+        }
     }
 
     void Quit(const ShellArguments&)
@@ -127,16 +131,15 @@ void AddScriptCommands(Shell& shell)
          {"USER", Form::Optional, Kind::User},
          {"for", Form::Option, Kind::Duration}},
         "Wait for an event of the present terminal",
-        "The oldest one that no wait has had yet counts, also one that is there already. With USER only an event about "
-        "that\n"
-        "user. report and notice are not of a terminal.\n",
+        "The oldest one since the last settle or sleep counts that no wait has had yet, also one that is there.\n"
+        "With USER only an event about that user. report and notice are not of a terminal.\n",
         &ScriptCommands::Wait);
     add(scripts, "settle", {}, "Wait until the platform has done all that it was asked for, and show all events",
-        "Times to come, of a reconnection or of a colleague who thinks, are not waited for.\n",
+        "Times to come, of a reconnection or of a colleague who thinks, are not waited for.\n"
+        "A later wait looks only at what comes after this.\n",
         &ScriptCommands::Settle);
-    add(scripts, "forget", {}, "Have wait count only what comes from now on", "", &ScriptCommands::Forget);
-    add(scripts, "sleep", {{"DURATION", Form::One, Kind::Duration}}, "Do nothing for a while, and show all events", "",
-        &ScriptCommands::Sleep);
+    add(scripts, "sleep", {{"DURATION", Form::One, Kind::Duration}}, "Do nothing for a while, and show all events",
+        "A later wait looks only at what comes after this.\n", &ScriptCommands::Sleep);
     add(scripts, "expect", {{"TEXT", Form::One, Kind::Text}}, "Fail unless the command before has said this", "",
         &ScriptCommands::Expect);
     add(scripts, "fails", {{"COMMAND", Form::One, Kind::Line}}, "Run a command that has to fail", "",

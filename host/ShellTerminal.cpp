@@ -59,6 +59,7 @@ ShellTerminal::ShellTerminal(Options options) : m_options(std::move(options))
     // Its questions would wait for a key, and events would wait with them.
     rl_variable_bind("page-completions", "off");
     rl_completion_query_items = 0;
+    rl_variable_bind("show-all-if-ambiguous", "on");
     rl_basic_word_break_characters = " \t";
     rl_completer_word_break_characters = rl_basic_word_break_characters;
     rl_completer_quote_characters = nullptr;

@@ -1,6 +1,6 @@
 #include "host/ShellWorld.h"
 
-#include "host/Error.h"
+#include "host/ShellFailure.h"
 #include "host/ShellInbox.h"
 #include "host/Text.h"
 
@@ -65,7 +65,8 @@ void ShellWorld::SetCompany(const platform::CrowdOptions& options)
 {
     if (options.count > 0 && options.count - 1 > UINT32_MAX - options.firstUserId)
     {
-        throw Error("the user ids end before the company does: the largest is " + std::to_string(UINT32_MAX));
+        throw ShellFailure(EXIT_USAGE,
+                           "the user ids end before the company does: the largest is " + std::to_string(UINT32_MAX));
     }
     m_company.reset();
     m_companySettings = options;

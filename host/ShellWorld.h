@@ -60,7 +60,7 @@ public:
         return m_devices;
     }
 
-    /// Sends the present company home; the new one is still offline. `Error` when the ids run out.
+    /// Sends the present company home; the new one is still offline. `ShellFailure` when the ids run out.
     void SetCompany(const platform::CrowdOptions& options);
 
     /// Null when there is none.

@@ -1,0 +1,97 @@
+#include "host/ShellCompletion.h"
+#include "tests/unit/shell/SampleTable.h"
+
+#include <gtest/gtest.h>
+
+using host::ShellKind;
+using Words = std::vector<std::string>;
+
+namespace
+{
+
+Words Known(ShellKind kind, std::string_view start)
+{
+    Words known;
+    switch (kind)
+    {
+    case ShellKind::User:
+    case ShellKind::Users:
+        known = {"7", "71", "8"};
+        break;
+    case ShellKind::Terminal:
+        known = {"7", "7@my phone", "7@pc"};
+        break;
+    case ShellKind::Received:
+        known = {"12", "13"};
+        break;
+    default:
+        break;
+    }
+    std::erase_if(known, [start](const std::string& value) { return !value.starts_with(start); });
+    return known;
+}
+
+Words Complete(const std::string& lineStart)
+{
+    return host::CompleteShellLine(SampleTable(), lineStart, Known);
+}
+
+} // namespace
+
+TEST(ShellCompletion, TheFirstWordIsACommand)
+{
+    EXPECT_EQ(Complete("lo"), (Words{"login", "logout"}));
+    EXPECT_EQ(Complete("logi"), Words{"login"});
+    EXPECT_EQ(Complete(""), (Words{"accept", "as", "help", "invite", "login", "logout", "message", "monitor"}));
+    EXPECT_EQ(Complete("x"), Words{});
+}
+
+TEST(ShellCompletion, UserIdsAreThoseThatAreKnown)
+{
+    EXPECT_EQ(Complete("invite 7"), (Words{"7", "71"}));
+    EXPECT_EQ(Complete("invite 7 8"), Words{"8"});
+    EXPECT_EQ(Complete("message 7"), (Words{"7", "71"}));
+}
+
+TEST(ShellCompletion, InvitationsAreThoseThatAreOpen)
+{
+    EXPECT_EQ(Complete("accept 1"), (Words{"12", "13"}));
+    EXPECT_EQ(Complete("accept "), (Words{"12", "13"}));
+    EXPECT_EQ(Complete("accept 12 "), Words{}) << "it takes one only";
+}
+
+TEST(ShellCompletion, OptionsAndFlagsStandBesideTheValues)
+{
+    EXPECT_EQ(Complete("invite 7 "), (Words{"7", "71", "8", "code=", "force"}));
+    EXPECT_EQ(Complete("invite 7 c"), Words{"code="});
+    EXPECT_EQ(Complete("invite 7 force "), (Words{"7", "71", "8", "code="})) << "none is offered twice";
+    EXPECT_EQ(Complete("message "), (Words{"7", "71", "8"})) << "the value has to come, the option need not";
+    EXPECT_EQ(Complete("message f"), Words{"from="});
+    EXPECT_EQ(Complete("message 7 "), Words{"from="});
+    EXPECT_EQ(Complete("message 7 from=7"), (Words{"from=7", "from=71"}));
+    EXPECT_EQ(Complete("message 7 hello "), Words{}) << "the text has begun";
+}
+
+TEST(ShellCompletion, ChoicesComeFromTheTable)
+{
+    EXPECT_EQ(Complete("monitor 7 "), (Words{"detail", "overview"}));
+    EXPECT_EQ(Complete("monitor 7 detail "), Words{"answer="});
+    EXPECT_EQ(Complete("monitor 7 detail answer="), (Words{"answer=no", "answer=yes"}));
+    EXPECT_EQ(Complete("help lo"), (Words{"login", "logout"}));
+}
+
+TEST(ShellCompletion, ACommandInsideACommandIsCompletedLikeOneOutside)
+{
+    EXPECT_EQ(Complete("as 7@"), (Words{"'7@my phone'", "7@pc"}));
+    EXPECT_EQ(Complete("as 7@pc lo"), (Words{"login", "logout"}));
+    EXPECT_EQ(Complete("as 7@pc accept "), (Words{"12", "13"}));
+    EXPECT_EQ(Complete("as 7@pc as 8 inv"), Words{"invite"});
+}
+
+TEST(ShellCompletion, NothingIsOfferedWhereNothingFits)
+{
+    EXPECT_EQ(Complete("nonsense "), Words{});
+    EXPECT_EQ(Complete("logout "), Words{});
+    EXPECT_EQ(Complete("message 7 \"he"), Words{});
+    EXPECT_EQ(Complete("who # "), Words{});
+}

@@ -1,0 +1,162 @@
+#include "tests/unit/host/TemporaryFolder.h"
+#include "tests/whole/Program.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace
+{
+
+std::vector<std::filesystem::path> Scripts()
+{
+    std::vector<std::filesystem::path> scripts;
+    for (const auto& entry : std::filesystem::directory_iterator(SHELL_SCRIPTS))
+    {
+        if (entry.path().extension() == ".script")
+        {
+            scripts.push_back(entry.path());
+        }
+    }
+    std::sort(scripts.begin(), scripts.end());
+    return scripts;
+}
+
+std::string Name(const testing::TestParamInfo<std::filesystem::path>& info)
+{
+    std::string name = info.param.stem();
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+std::string ReadIfThere(const std::filesystem::path& path)
+{
+    return std::filesystem::exists(path) ? ReadFile(path) : "";
+}
+
+/// What differs from run to run.
+std::string WithoutTimes(const std::string& text)
+{
+    static const std::regex kTime(R"("timestamp":\d+)");
+    return std::regex_replace(text, kTime, R"("timestamp":0)");
+}
+
+std::string WithName(const std::string& text, const std::string& name)
+{
+    static const std::regex kScript("SCRIPT");
+    return std::regex_replace(text, kScript, name);
+}
+
+/// A script "x.script" has to write "x.out", and "x.err" with its own name as SCRIPT; "# exit N" in its first line is the
+/// exit code.
+class ShellScripts : public testing::TestWithParam<std::filesystem::path>
+{
+protected:
+    void Check(const ProgramResult& result, const std::string& name) const
+    {
+        std::filesystem::path expected = GetParam();
+        static const std::regex kExit("^# exit ([0-9]+)\n");
+        std::smatch found;
+        const std::string script = ReadFile(GetParam());
+        const int exitCode = std::regex_search(script, found, kExit) ? std::stoi(found[1]) : 0;
+        EXPECT_EQ(WithoutTimes(result.out), ReadFile(expected.replace_extension(".out")));
+        EXPECT_EQ(result.err, WithName(ReadIfThere(expected.replace_extension(".err")), name));
+        EXPECT_EQ(result.exitCode, exitCode);
+    }
+};
+
+} // namespace
+
+TEST_P(ShellScripts, DoAsTheyShouldFromAFile)
+{
+    Check(RunHost({"shell", "--module", ONLINEMANAGER_MODULE, GetParam()}), GetParam());
+}
+
+TEST_P(ShellScripts, DoTheSameFromTheStandardInput)
+{
+    Check(RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, ReadFile(GetParam())), "standard input");
+}
+
+INSTANTIATE_TEST_SUITE_P(Whole, ShellScripts, testing::ValuesIn(Scripts()), Name);
+
+TEST(Shell, LeavesNoHistoryOfAScript)
+{
+    const TemporaryFolder folder;
+    const std::string history = folder / "history";
+    const ProgramResult result =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--history", history}, "echo said\n");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.out, "said\n");
+    EXPECT_FALSE(std::filesystem::exists(history));
+}
+
+TEST(Shell, TheOptionsBringAUserAndACompany)
+{
+    const ProgramResult result =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--users", "3", "--user", "7@desk"}, "refresh\nwho\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("4 users known, 4 online"), std::string::npos) << result.out;
+}
+
+TEST(Shell, ALoginThatFailsBeforeTheScriptEndsIt)
+{
+    const ProgramResult result =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--user", "7", "--server", ""}, "echo never\n");
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("login 7: the module refused the login at once"), std::string::npos) << result.err;
+}
+
+TEST(Shell, OptionsThatMakeNoSenseAreWrongUsage)
+{
+    for (const std::vector<std::string>& more : {std::vector<std::string>{"--user", "x"},
+                                                 {"--user", "7@"},
+                                                 {"--users", "many"},
+                                                 {"--company", "-1"},
+                                                 {"--timeout", "0"},
+                                                 {"--log-level", "loud"}})
+    {
+        std::vector<std::string> arguments{"shell"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        EXPECT_EQ(RunHost(arguments).exitCode, 2) << more[0] << " " << more[1];
+    }
+}
+
+TEST(Shell, AScriptThatIsNotThereIsAFailure)
+{
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "/nowhere/script"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("/nowhere/script cannot be read: No such file or directory"), std::string::npos)
+        << result.err;
+}
+
+TEST(Shell, ALineWithANulByteOrWithoutEndIsRefused)
+{
+    const ProgramResult nul =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, std::string("echo one\necho a\0b\n", 18));
+    EXPECT_EQ(nul.exitCode, 2);
+    EXPECT_EQ(nul.out, "one\n");
+    EXPECT_EQ(nul.err, "standard input:2: echo a\\x00b: the line holds a NUL byte, which no text can carry\n");
+
+    const ProgramResult endless =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, "echo one\n" + std::string(3'000'000, 'x'));
+    EXPECT_EQ(endless.exitCode, 2);
+    EXPECT_EQ(endless.out, "one\n");
+    EXPECT_NE(endless.err.find("standard input:2"), std::string::npos) << endless.err;
+    EXPECT_LT(endless.err.size(), 500u);
+}
+
+TEST(Shell, WritesATraceAndADiagramOfWhatItDid)
+{
+    const TemporaryFolder folder;
+    const std::string trace = folder / "trace.json";
+    const std::string diagram = folder / "diagram.mmd";
+    const ProgramResult result =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", trace, "--diagram", diagram},
+                "login 7\nlogin 8\nsettle\ninvite 7\nas 7 wait invited\nas 7 accept 1\nwait accepted 7\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(ReadFile(trace).find("OnInviteAccepted"), std::string::npos);
+    EXPECT_NE(ReadFile(trace).find("8@pc"), std::string::npos);
+    EXPECT_NE(ReadFile(diagram).find("sequenceDiagram"), std::string::npos);
+}
