@@ -1,6 +1,11 @@
 #include "common/frameworksdk/wframelog.h"
 #include "tests/contract/Stage.h"
 
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace contract
 {
 
@@ -114,6 +119,33 @@ CONTRACT_CHECK(Logging, AMessageIsReleasedAlsoWhenFillingThrows, "The release fo
         "message.Release()",
         LogLine("OnlineManager", ""),
     });
+}
+
+CONTRACT_CHECK(Logging, AMessageWhoseReleaseThrowsEndsTheProcess, "The release runs where no exception may escape.")
+{
+    Stage stage(check, Scene::Created);
+    stage.factory.center.manager.throwsInRelease = true;
+    const pid_t child = fork();
+    if (child == 0)
+    {
+        const rlimit noDump{};
+        setrlimit(RLIMIT_CORE, &noDump);
+        std::signal(SIGABRT, SIG_DFL);
+        close(STDERR_FILENO);
+        try
+        {
+            stage.manager->GetPaasOnline(nullptr);
+        }
+        catch (...)
+        {
+            _exit(1);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    check.Require(child > 0 && waitpid(child, &status, 0) == child, "a process is there to be ended");
+    check.Expect(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT, "the process ends by std::terminate");
+    stage.factory.center.manager.throwsInRelease = false;
 }
 
 CONTRACT_CHECK(Logging, WithoutAHostFactoryNothingIsLoggedAndNothingFails,

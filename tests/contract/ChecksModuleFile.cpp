@@ -1,6 +1,10 @@
 #include "tests/contract/ElfFile.h"
 #include "tests/contract/Stage.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <unistd.h>
+
 namespace contract
 {
 
@@ -96,6 +100,30 @@ CONTRACT_CHECK(ModuleFile, LeavesTheProcessWhenItIsClosed, "After dlclose the mo
         check.Expect(Module::IsLoaded(check.ModulePath()), "the module is mapped while it is used");
     }
     check.Expect(!Module::IsLoaded(check.ModulePath()), "the module is gone after dlclose");
+}
+
+CONTRACT_CHECK(ModuleFile, TwoCopiesInOneProcessDoNotMeet,
+               "Each loaded file counts its own objects and has its own logger.")
+{
+    const std::filesystem::path copy =
+        std::filesystem::temp_directory_path() / ("module-copy-" + std::to_string(getpid()) + ".so");
+    std::filesystem::copy_file(check.ModulePath(), copy, std::filesystem::copy_options::overwrite_existing);
+    CheckContext other(copy);
+    {
+        const Stage first(check, Scene::Created);
+        Stage second(other, Scene::Loaded);
+        std::filesystem::remove(copy);
+        check.ExpectEqual(1, first.module.Find<decltype(&CPDllCanUnloadNow)>("CPDllCanUnloadNow")(),
+                          "live objects of the first");
+        check.ExpectEqual(0, second.module.Find<decltype(&CPDllCanUnloadNow)>("CPDllCanUnloadNow")(),
+                          "live objects of the copy");
+        second.manager = second.CreateComponent();
+        check.ExpectEqual(1, second.journal.Count("center.OpenLogger("), "loggers that the copy opened for itself");
+    }
+    for (const Failure& failure : other.TakeFailures())
+    {
+        check.Fail(failure.text, failure.where);
+    }
 }
 
 } // namespace contract

@@ -73,6 +73,11 @@ bool Journal::Await(std::string_view part, size_t count) const
     return m_added.wait_for(lock, std::chrono::seconds(30), [&] { return CountLocked(part) >= count; });
 }
 
+void Journal::Synchronise() const
+{
+    const std::lock_guard guard(m_mutex);
+}
+
 void Journal::Append(std::string text)
 {
     const std::lock_guard guard(m_mutex);

@@ -46,6 +46,9 @@ public:
     /// Waits until `count` lines contain `part`; false when that does not come to pass in half a minute.
     bool Await(std::string_view part, size_t count = 1) const;
 
+    /// Orders everything that this thread has done before what other threads do behind a call of theirs.
+    void Synchronise() const;
+
 private:
     void Append(std::string text);
     size_t CountLocked(std::string_view part) const;

@@ -79,6 +79,10 @@ public:
 
     uint32_t Release() override
     {
+        if (m_manager.throwsInRelease)
+        {
+            throw std::runtime_error("the message cannot be committed");
+        }
         if (m_manager.recordsCalls)
         {
             m_journal.Add("message.Release()");

@@ -55,6 +55,7 @@ public:
     std::atomic<bool> recordsCalls{false};
     std::atomic<bool> refusesMessages{false}; ///< CreateMessage gives null
     std::atomic<bool> throwsInAppend{false};
+    std::atomic<bool> throwsInRelease{false};
     std::atomic<int> openMessages{0};      ///< made and not yet released
     std::atomic<int64_t> wrongLoggerId{0}; ///< an id asked for that the center never gave
     std::atomic<int64_t> lastLoggerId{0};  ///< ids from 1 to this one were given

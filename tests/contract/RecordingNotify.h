@@ -35,6 +35,8 @@ protected:
         if (hook)
         {
             hook(event.str());
+            // The check that waits for the end of a thread of the module's may then take down what the hook has used.
+            m_journal.Synchronise();
         }
     }
 

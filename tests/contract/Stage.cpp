@@ -160,6 +160,7 @@ void Stage::AwaitModuleThreads()
     {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
+    journal.Synchronise();
 }
 
 void Stage::Strike()
