@@ -34,16 +34,27 @@ std::string MakeCommand(const char* command, ReportKind kind)
 
 } // namespace
 
-class MonitoringService::Impl
+class MonitoringService::Impl : public std::enable_shared_from_this<MonitoringService::Impl>
 {
 public:
     Impl(std::shared_ptr<Engine> engine, const std::string& appId, const std::string& companyId, OnReport onReport)
         : m_engine(std::move(engine)),
           m_topics(appId, companyId),
-          m_onReport(std::move(onReport)),
-          m_client(std::make_shared<ServiceClient>(*m_engine, "monitoring", std::vector{m_topics.AllReports()},
-                                                   [this](const BackplaneMessage& message) { Receive(message); }))
+          m_onReport(std::move(onReport))
     {
+    }
+
+    void Start()
+    {
+        // Weakly, because the client lives as long as this; what runs keeps this alive, since it may end the service.
+        m_client = std::make_shared<ServiceClient>(*m_engine, "monitoring", std::vector{m_topics.AllReports()},
+                                                   [weak = weak_from_this()](const BackplaneMessage& message)
+                                                   {
+                                                       if (const auto self = weak.lock())
+                                                       {
+                                                           self->Receive(message);
+                                                       }
+                                                   });
         m_client->Start();
     }
 
@@ -78,13 +89,14 @@ private:
     const CompanyTopics m_topics;
     const OnReport m_onReport;
     SerialFilter m_serials; ///< only on the platform thread
-    const std::shared_ptr<ServiceClient> m_client;
+    std::shared_ptr<ServiceClient> m_client;
 };
 
 MonitoringService::MonitoringService(Platform& platform, const std::string& appId, const std::string& companyId,
                                      OnReport onReport)
     : m_impl(std::make_shared<Impl>(platform.GetEngine(), appId, companyId, std::move(onReport)))
 {
+    m_impl->Start();
 }
 
 MonitoringService::~MonitoringService()

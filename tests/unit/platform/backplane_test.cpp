@@ -395,7 +395,7 @@ TEST(InProcessBackplaneTest, DelaysInOrder)
     Peer peer(backplane, "p");
     peer.Subscribe("a");
     peer.recorder->Take();
-    backplane.SetDelay(std::chrono::milliseconds(30));
+    backplane.SetDelay(std::chrono::milliseconds(300));
     peer.Publish("a", "1");
     peer.Publish("a", "2");
     backplane.SetDelay(std::chrono::milliseconds(0));
@@ -412,7 +412,7 @@ TEST(InProcessBackplaneTest, SendsADelayedWillAfterTheNextSession)
     InProcessBackplane backplane;
     Peer watcher(backplane, "w");
     watcher.Subscribe("will");
-    backplane.SetWillDelay(std::chrono::milliseconds(30));
+    backplane.SetWillDelay(std::chrono::milliseconds(300));
     const Peer first(backplane, "c", Message("will", "late"));
     backplane.Drop("c", std::chrono::milliseconds(0));
     Peer second(backplane, "c");

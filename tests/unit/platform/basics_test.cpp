@@ -132,9 +132,9 @@ TEST(EventLoopTest, TasksRunOneAfterTheOtherInOrder)
     EventLoop loop;
     std::vector<int> order;
     const auto now = EventLoop::Clock::now();
-    loop.PostAt(now + std::chrono::milliseconds(30), EventLoop::Kind::Work, [&order] { order.push_back(3); });
-    loop.PostAt(now + std::chrono::milliseconds(30), EventLoop::Kind::Work, [&order] { order.push_back(4); });
-    loop.PostAt(now + std::chrono::milliseconds(20), EventLoop::Kind::Work, [&order] { order.push_back(2); });
+    loop.PostAt(now + std::chrono::milliseconds(300), EventLoop::Kind::Work, [&order] { order.push_back(3); });
+    loop.PostAt(now + std::chrono::milliseconds(300), EventLoop::Kind::Work, [&order] { order.push_back(4); });
+    loop.PostAt(now + std::chrono::milliseconds(200), EventLoop::Kind::Work, [&order] { order.push_back(2); });
     loop.Post([&order] { order.push_back(1); });
     loop.WaitIdle();
     EXPECT_EQ(order, (std::vector{1, 2, 3, 4}));

@@ -183,14 +183,16 @@ TEST_F(CompanyTest, TheCompanyIsNotFollowedBeforeSomebodyListensOrAsks)
 
 TEST_F(CompanyTest, ALogoutEndsARefreshWithACode)
 {
-    platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(50));
+    platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(200));
     Device device(platform, journal, "A", true);
+    // The snapshot of the company is still to come.
+    device.inside["LoginResult"] = [&device]
+    {
+        unsigned request = 0;
+        EXPECT_EQ(device.online->RefreshAllUsersStatus(&request), S_OK);
+        EXPECT_EQ(device.connection->Logout(), S_OK);
+    };
     device.Login("1");
-    EXPECT_TRUE(journal.WaitFor("A LoginResult 0"));
-    unsigned request = 0;
-    // The snapshot of the company is still on its way.
-    EXPECT_EQ(device.online->RefreshAllUsersStatus(&request), S_OK);
-    EXPECT_EQ(device.connection->Logout(), S_OK);
     EXPECT_TRUE(journal.WaitFor("A Logouted 0"));
     EXPECT_EQ(Settled(), (Lines{"A LoginResult 0", "A Refresh 30 #1 page 0/1", "A Logouted 0"}));
 }

@@ -135,7 +135,7 @@ TEST_F(CrowdTest, AWithdrawnInvitationIsNotAnswered)
     crowd->ComeOnline(10);
     CrowdScript script;
     script.answer = CrowdScript::Answer::Accept;
-    script.after = std::chrono::milliseconds(100);
+    script.after = std::chrono::milliseconds(500);
     crowd->SetScript(script);
     Settled();
     const unsigned id = Invite({"10"});
@@ -143,7 +143,7 @@ TEST_F(CrowdTest, AWithdrawnInvitationIsNotAnswered)
     avcore::ZolTextPairList results;
     device.online->CancelInvite(MakeList({}), results, id);
     Settled();
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
     EXPECT_EQ(Settled(), Lines());
 }
 

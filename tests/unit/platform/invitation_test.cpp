@@ -203,9 +203,11 @@ TEST_F(InvitationTest, AnAnswerGivenWhileTheConnectionIsLostGoesOutWhenItIsBack)
     options.answerDelay = std::chrono::milliseconds(100);
     platform.SetOptions(options);
     EXPECT_EQ(pc.online->AcceptInvite("1", 1, "{yes}"), S_OK);
-    platform.GetFaults().DropConnections("2", "pc");
-    EXPECT_TRUE(journal.WaitFor("I InviteAccepted 2 #1 {yes}"));
+    platform.GetFaults().DropConnections("2", "pc", platform::Outage::Forever());
+    platform.Settle();
+    platform.GetFaults().EndOutages();
     EXPECT_TRUE(journal.WaitFor("P ReconnectSucess"));
+    EXPECT_TRUE(journal.WaitFor("I InviteAccepted 2 #1 {yes}"));
 }
 
 TEST_F(InvitationTest, DoubleDeliveriesAreToldOnce)

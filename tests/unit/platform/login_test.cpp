@@ -251,9 +251,7 @@ TEST_F(LoginTest, ARefusedTokenAndARefusedUserAreToldWithTheirCodes)
     platform.GetFaults().AcceptToken("token");
     platform.GetFaults().RefuseLogins(static_cast<avcore::ZolPortErrCode>(1234), "1");
     device.Login("1");
-    device.connection->Logout();
-    device.Login("1");
-    EXPECT_EQ(Settled(), (Lines{"A Logouted 0", "A LoginResult 1234"}));
+    EXPECT_EQ(Settled(), (Lines{"A LoginResult 1234"}));
     device.Login("2");
     EXPECT_EQ(Settled(), (Lines{"A LoginResult 0"}));
     platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_LOGIN_CONFLICT);
@@ -289,7 +287,7 @@ TEST_F(LoginTest, ALoginThatIsNotAnsweredInTimeFails)
 
 TEST_F(LoginTest, AConnectionLostDuringTheLoginEndsIt)
 {
-    platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(50));
+    platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(500));
     Device device(platform, journal, "A");
     device.Login("1");
     while (platform.GetFaults().DropConnections("1") == 0)
@@ -302,7 +300,7 @@ TEST_F(LoginTest, AConnectionLostDuringTheLoginEndsIt)
 
 TEST_F(LoginTest, ALogoutDuringALoginEndsItWithoutAResult)
 {
-    platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(20));
+    platform.GetFaults().DelayDeliveries(std::chrono::hours(1));
     Device device(platform, journal, "A");
     device.Login("1");
     EXPECT_EQ(device.connection->Logout(), S_OK);

@@ -185,10 +185,10 @@ TEST_F(ReconnectTest, AWillThatArrivesAfterTheNextOnlineDoesNotCount)
     LogIn(watcher, "9");
     Device device(platform, journal, "A");
     LogIn(device, "1", "pc", "desk");
-    platform.GetFaults().DelayWills(std::chrono::milliseconds(150));
+    platform.GetFaults().DelayWills(std::chrono::milliseconds(1000));
     platform.GetFaults().DropConnections("1");
     EXPECT_TRUE(journal.WaitFor("A ReconnectSucess"));
-    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1300));
     EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectSucess"})) << "nobody saw it go";
 
     Device late(platform, journal, "L", true);
