@@ -60,6 +60,12 @@ void Actor::LogsIn(bool force)
     StartsLogin(force);
     Gets("logged in", {EventKind::LoginSuccess, EventKind::Offline},
          [](const Event& event) { return event.kind == EventKind::LoginSuccess; });
+    // The presence service is told after all listeners, so it may not know the user yet; its own refresh says that it does.
+    if (!m_session->Events().TakeIf([](const Event& event) { return event.kind == EventKind::UserStatusChanged; },
+                                    m_limit))
+    {
+        m_story.Missed(m_name, "the module refreshes the company", Waiting());
+    }
 }
 
 void Actor::LogsOut()

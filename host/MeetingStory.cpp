@@ -26,6 +26,12 @@ using std::chrono::milliseconds;
 namespace
 {
 
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool kModuleStays = true; // linked so, or the leaks of an unloaded module could not be named
+#else
+constexpr bool kModuleStays = false;
+#endif
+
 constexpr char kAppId[] = "onlinehost-demo";
 constexpr uint32_t kCompanyId = 7;
 constexpr char kServer[] = "tcp:in-process";
@@ -607,7 +613,7 @@ private:
         const std::string path = m_stage.module->Path();
         m_stage.module.reset();
         void* const left = dlopen(path.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-        m_story.Check(left == nullptr, "the module", "is unloaded", "is still in memory");
+        m_story.Check(left == nullptr || kModuleStays, "the module", "is unloaded", "is still in memory");
     }
 
     Stage m_stage;
