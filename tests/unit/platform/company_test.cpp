@@ -232,7 +232,12 @@ TEST_F(CompanyTest, ASnapshotMayNeedQuietTime)
 
 TEST_F(CompanyTest, ALargeCompanyIsSeenWhole)
 {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    // A sanitizer makes everything many times slower, and finds no more in the larger one.
+    constexpr uint32_t kCount = 10'000;
+#else
     constexpr uint32_t kCount = 100'000;
+#endif
     Crowd crowd(platform, People(1, kCount));
     size_t progressed = 0;
     size_t calls = 0;
