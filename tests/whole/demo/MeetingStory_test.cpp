@@ -13,6 +13,13 @@ using host::Story;
 namespace
 {
 
+/// One for all tests: a module that is linked to stay loaded keeps the log center that it has met first.
+host::LogCenter& SharedLog()
+{
+    static host::LogCenter log{host::LogCenter::Options{}};
+    return log;
+}
+
 /// The story on the real module and a platform that may have faults.
 class MeetingStoryTest : public testing::Test
 {
@@ -28,7 +35,7 @@ protected:
         options.users = host::MeetingOptions::kFewestUsers;
         options.limit = limit;
         return host::TellMeeting(
-            {m_out, m_platform, m_log, m_factory, std::make_shared<host::Module>(ONLINEMANAGER_MODULE)}, options);
+            {m_out, m_platform, SharedLog(), m_factory, std::make_shared<host::Module>(ONLINEMANAGER_MODULE)}, options);
     }
 
     std::string Told()
@@ -41,9 +48,8 @@ protected:
 
     std::FILE* const m_file = std::tmpfile();
     const host::Console m_out{m_file};
-    host::LogCenter m_log{{}};
     platform::Platform m_platform;
-    host::ComponentFactory m_factory{m_platform, m_log};
+    host::ComponentFactory m_factory{m_platform, SharedLog()};
 };
 
 constexpr std::chrono::seconds kAmple{60};
