@@ -16,7 +16,8 @@ namespace host
 ///
 /// A logger has one id as long as it is open; opening it again gives the same id, and it is closed when it was closed as
 /// often as it was opened. The mode and the options of `OpenLogger` mean nothing here. Everything may be called from any
-/// thread. Messages under construction must be released before the center is destroyed.
+/// thread. Messages under construction must be released before the center is destroyed, and modules that were given the
+/// center must be unloaded: a module keeps its center as long as it is loaded, also for components made later.
 class LogCenter final : public Counted<ILogCenter>
 {
 public:

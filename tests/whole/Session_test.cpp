@@ -19,11 +19,17 @@ namespace
 
 constexpr std::chrono::seconds kLimit{60};
 
-host::LogCenter::Options InMemory()
+/// One for all tests: a module that stays loaded, as it does under the address sanitizer, goes on using the first.
+host::LogCenter& SharedLog()
 {
-    host::LogCenter::Options options;
-    options.keptLines = 10000;
-    return options;
+    static host::LogCenter center(
+        []
+        {
+            host::LogCenter::Options options;
+            options.keptLines = 10000;
+            return options;
+        }());
+    return center;
 }
 
 onlinemanager::LoginParam Param(const std::string& device, const std::string& server = "tcp:in-process")
@@ -63,7 +69,7 @@ protected:
         return session;
     }
 
-    host::LogCenter m_log{InMemory()};
+    host::LogCenter& m_log = SharedLog();
     platform::Platform m_platform;
     host::ComponentFactory m_factory{m_platform, m_log};
     std::shared_ptr<host::Module> m_module = std::make_shared<host::Module>(ONLINEMANAGER_MODULE);
