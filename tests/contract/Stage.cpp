@@ -166,6 +166,7 @@ void Stage::AwaitModuleThreads()
 void Stage::Strike()
 {
     AwaitModuleThreads();
+    http.thread.Run([] {}); // a completion that has woken its waiter may still be on its way out of the module
     if (manager != nullptr)
     {
         ReleaseComponent();
