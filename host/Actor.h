@@ -85,22 +85,4 @@ private:
     const std::chrono::milliseconds m_limit;
 };
 
-/// "1001, 1002, 1003 and 27 more"
-template <typename Ids>
-std::string ListIds(const Ids& ids)
-{
-    constexpr size_t kShown = 6;
-    std::string text;
-    size_t index = 0;
-    for (const unsigned id : ids)
-    {
-        if (index == kShown)
-        {
-            return text + " and " + std::to_string(ids.size() - kShown) + " more";
-        }
-        text += (index++ == 0 ? "" : ", ") + std::to_string(id);
-    }
-    return text;
-}
-
 } // namespace host

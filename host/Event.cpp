@@ -15,8 +15,22 @@ const char* KnownMeaning(int32_t code)
     {
     case avcore::ZOL_PORT_NOT_LOGGED_IN:
         return "not logged in";
+    case avcore::ZOL_PORT_USER_OFFLINE:
+        return "the user is offline";
+    case avcore::ZOL_PORT_TOKEN_REFUSED:
+        return "the token is not valid";
+    case avcore::ZOL_PORT_UNREACHABLE:
+        return "the server does not answer";
+    case avcore::ZOL_PORT_CONNECTION_LOST:
+        return "the connection was lost during the login";
+    case avcore::ZOL_PORT_NO_CP_ADDRESS:
+        return "the server gave no address";
     case avcore::ZOL_PORT_LOGIN_CONFLICT:
         return "logged in on another device";
+    case avcore::ZOL_PORT_REFUSED:
+        return "refused by the service";
+    case avcore::ZOL_PORT_NOT_INVITED:
+        return "the user was not invited";
     case onlinemanager::ERR_JOIN_ABORTED_BY_RECONNECT:
         return "the connection was lost during the join";
     case onlinemanager::ERR_LOGIN_CONFLICT:
@@ -80,7 +94,7 @@ std::string Describe(const Event& event)
     case EventKind::UserLeaved:
         return "sees " + User(event) + " leave the meeting" + Over(event.tunnel);
     case EventKind::UserStatusChanged:
-        return "sees the status of " + std::to_string(event.userIds.size()) + " users change";
+        return "sees the status of " + CountText(event.userIds.size(), "user") + " change";
     case EventKind::UserStatusRefreshed:
         return "has finished refresh " + std::to_string(event.requestId) + ": " + CodeMeaning(event.code);
     case EventKind::InviteIncome:

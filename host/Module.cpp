@@ -81,8 +81,12 @@ Module::~Module()
     }
 }
 
-std::filesystem::path Module::FindDefault()
+std::filesystem::path Module::Find(const std::string& named)
 {
+    if (!named.empty())
+    {
+        return named;
+    }
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     std::string places;
     for (const char* folder : {".", ONLINEHOST_BUILT_MODULE, ONLINEHOST_INSTALLED_MODULE})

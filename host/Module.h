@@ -38,9 +38,9 @@ public:
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    /// Where the program finds the module when nobody names it: beside the program, or where it was built or installed.
-    /// `Error` lists the places when it is in none of them.
-    static std::filesystem::path FindDefault();
+    /// The file that somebody named. When nobody did, and `named` is empty: where the program finds it, beside the program
+    /// or where it was built or installed; `Error` lists the places when it is in none of them.
+    static std::filesystem::path Find(const std::string& named);
 
     const std::filesystem::path& Path() const
     {

@@ -1,6 +1,6 @@
 #include "host/ShellEvent.h"
 
-#include "host/Actor.h"
+#include "host/Text.h"
 
 #include <algorithm>
 #include <utility>

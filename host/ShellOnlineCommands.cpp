@@ -1,6 +1,5 @@
 #include "host/ShellOnlineCommands.h"
 
-#include "host/Actor.h"
 #include "host/Shell.h"
 #include "host/ShellFailure.h"
 #include "host/ShellValues.h"
@@ -72,6 +71,8 @@ public:
             throw ShellFailure(EXIT_REFUSED,
                                "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
         }
+        // The presence service is told after all listeners and refuses until then; its own refresh says that it was told.
+        Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
     void Logout(const ShellArguments&)
@@ -146,7 +147,7 @@ public:
         }
         if (!isAsked)
         {
-            m_shell.Say(std::to_string(known) + " users known, " + std::to_string(online) + " online");
+            m_shell.Say(CountText(known, "user") + " known, " + std::to_string(online) + " online");
         }
     }
 
@@ -233,7 +234,7 @@ public:
             return;
         }
         device.sent[inviteId] = ids;
-        m_shell.Say("sends invitation " + std::to_string(inviteId) + " to " + std::to_string(ids.size()) + " users");
+        m_shell.Say("sends invitation " + std::to_string(inviteId) + " to " + CountText(ids.size(), "user"));
     }
 
     void Invitations(const ShellArguments&)

@@ -14,11 +14,6 @@ namespace host
 namespace
 {
 
-std::shared_ptr<Module> LoadModule(const std::string& path)
-{
-    return std::make_shared<Module>(path.empty() ? Module::FindDefault() : std::filesystem::path(path));
-}
-
 ShellEvent Notice(std::string_view text)
 {
     return {.source = "platform", .name = kNoticeEvent, .text = Printable(text)};
@@ -31,7 +26,7 @@ ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log
       m_inbox(inbox),
       m_log(log),
       m_trace(trace),
-      m_module(LoadModule(options.module)),
+      m_module(std::make_shared<Module>(Module::Find(options.module))),
       m_logWatch(m_log, kModuleLogger, [this](std::string_view line) { NoteLogLine(line); })
 {
     m_platform.SetDiagnostic([&inbox](std::string_view text) { inbox.Push(Notice(text)); });

@@ -149,6 +149,11 @@ std::string HexText(uint32_t value)
     return text;
 }
 
+std::string CountText(size_t count, const std::string& what)
+{
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
 std::string ClockText(std::chrono::system_clock::time_point time)
 {
     const auto sinceEpoch = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch());

@@ -28,8 +28,29 @@ std::string GuidText(const GUID& guid);
 /// "0x80004005"
 std::string HexText(uint32_t value);
 
+/// "1 user", "2 users".
+std::string CountText(size_t count, const std::string& what);
+
 /// "14:05:09.042", local time.
 std::string ClockText(std::chrono::system_clock::time_point time);
+
+/// "1001, 1002, 1003 and 27 more"
+template <typename Ids>
+std::string ListIds(const Ids& ids)
+{
+    constexpr size_t kShown = 6;
+    std::string text;
+    size_t index = 0;
+    for (const uint32_t id : ids)
+    {
+        if (index == kShown)
+        {
+            return text + " and " + std::to_string(ids.size() - kShown) + " more";
+        }
+        text += (index++ == 0 ? "" : ", ") + std::to_string(id);
+    }
+    return text;
+}
 
 /// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything else.
 uint32_t ParseNumber(std::string_view text, std::string_view what);

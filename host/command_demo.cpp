@@ -58,8 +58,7 @@ ExitCode Run(const Options& options)
 {
     const auto start = std::chrono::steady_clock::now();
     const Console out(stdout);
-    auto module = std::make_shared<Module>(options.module.empty() ? Module::FindDefault()
-                                                                  : std::filesystem::path(options.module));
+    auto module = std::make_shared<Module>(Module::Find(options.module));
     const std::string logFile = options.log.empty() ? DefaultLog() : options.log;
     LogCenter log(ToLogOptions(logFile));
     TraceFiles trace(options.trace, log);

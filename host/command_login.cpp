@@ -2,10 +2,11 @@
 
 #include "host/ComponentFactory.h"
 #include "host/Console.h"
-#include "host/Error.h"
 #include "host/ExitCode.h"
 #include "host/LogCenter.h"
+#include "host/LoginOptions.h"
 #include "host/Module.h"
+#include "host/OptionCheck.h"
 #include "host/Session.h"
 #include "host/Text.h"
 #include "host/TraceOptions.h"
@@ -24,66 +25,31 @@ constexpr char kLogName[] = "onlinehost";
 
 struct Options
 {
-    std::string module;
-    std::string server = "tcp:in-process";
+    LoginOptions login;
     std::string user;
-    std::string company = "1";
-    std::string device = "onlinehost";
-    std::string mutex = "onlinehost";
-    std::string token = "token";
-    std::string appid = "onlinehost";
-    std::string terminal = "0";
     std::string refuse;
-    std::string caFile;
-    std::string log;
-    std::string logLevel = "trace";
-    uint32_t timeout = 10;
     bool force = false;
     bool registerUser = false;
     TraceOptions trace;
 };
 
-/// Turns a reader that throws into a check of an option.
-template <typename Reader>
-CLI::Validator Check(Reader read)
-{
-    return CLI::Validator(
-        [read](const std::string& text) -> std::string
-        {
-            try
-            {
-                read(text);
-                return {};
-            }
-            catch (const Error& error)
-            {
-                return error.what();
-            }
-        },
-        "");
-}
-
 onlinemanager::LoginParam ToLoginParam(const Options& options)
 {
-    onlinemanager::LoginParam param;
+    onlinemanager::LoginParam param = ToLoginParam(options.login);
     param.userid = ParseUserId(options.user);
-    param.companyid = ParseNumber(options.company, "company id");
     param.registeruser = options.registerUser;
-    param.mutex = options.mutex;
-    param.terminal = static_cast<quenda::TerminalType>(ParseNumber(options.terminal, "terminal type"));
-    param.deviceid = options.device;
-    param.appid = options.appid;
-    param.token = options.token;
-    param.server = options.server;
+    if (param.mutex.empty())
+    {
+        param.mutex = param.deviceid;
+    }
     return param;
 }
 
 LogCenter::Options ToLogOptions(const Options& options)
 {
-    LogCenter::Options log;
-    log.file = options.log;
-    const bool isRead = !options.log.empty() || options.trace.log;
-    log.level = isRead ? ParseLogLevel(options.logLevel) : LogCenter::kLevelOff;
+    LogCenter::Options log = ToLogOptions(options.login);
+    const bool isRead = !log.file.empty() || options.trace.log;
+    log.level = isRead ? log.level : LogCenter::kLevelOff;
     return log;
 }
 
@@ -96,8 +62,7 @@ public:
           m_log(ToLogOptions(options)),
           m_trace(options.trace, m_log),
           m_factory(m_platform, m_log),
-          m_module(std::make_shared<Module>(options.module.empty() ? Module::FindDefault()
-                                                                   : std::filesystem::path(options.module)))
+          m_module(std::make_shared<Module>(Module::Find(options.login.module)))
     {
         m_platform.SetDiagnostic([this](std::string_view text) { Warn(text); });
         if (!options.refuse.empty())
@@ -119,10 +84,10 @@ private:
     {
         const onlinemanager::LoginParam param = ToLoginParam(m_options);
         HttpClient::Options http;
-        http.caFile = m_options.caFile;
-        http.timeLimit = std::chrono::seconds(m_options.timeout);
+        http.caFile = m_options.login.caFile;
+        http.timeLimit = m_options.login.TimeLimit();
         http.onFailure = [this](const std::string& text) { Warn(text); };
-        Session session(m_module, m_factory, std::move(http), {m_trace.Get(), m_options.device});
+        Session session(m_module, m_factory, std::move(http), {m_trace.Get(), m_options.login.device});
 
         Tell("logs in at " + Printable(param.server) + " as user " + std::to_string(param.userid));
         if (!session.FetchAddress(param))
@@ -135,7 +100,12 @@ private:
             Tell(m_out.Paint(Tone::Bad, "was refused by the module at once"));
             return EXIT_REFUSED;
         }
-        const std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline);
+        std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline);
+        if (result && result->kind == EventKind::LoginSuccess)
+        {
+            // The presence service is told after all listeners; its own refresh says that it was told.
+            result = WaitForAnyOf(session, EventKind::UserStatusChanged, EventKind::Offline);
+        }
         if (!result)
         {
             return EXIT_FAILED;
@@ -157,7 +127,7 @@ private:
     void Tell(const std::string& text, std::chrono::system_clock::time_point time)
     {
         m_out.Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
-                   m_out.Paint(Tone::Strong, Printable(m_options.device)) + " " + text);
+                   m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
     }
 
     void Warn(std::string_view text)
@@ -169,7 +139,7 @@ private:
     /// Tells every event up to the one that is waited for.
     std::optional<Event> WaitForAnyOf(Session& session, EventKind one, EventKind other)
     {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(m_options.timeout);
+        const auto deadline = std::chrono::steady_clock::now() + m_options.login.TimeLimit();
         for (;;)
         {
             const auto left =
@@ -177,7 +147,7 @@ private:
             std::optional<Event> event = session.Events().Take(std::max(left, std::chrono::milliseconds(0)));
             if (!event)
             {
-                Tell(m_out.Paint(Tone::Bad, "got no answer in " + std::to_string(m_options.timeout) + " s"));
+                Tell(m_out.Paint(Tone::Bad, "got no answer in " + std::to_string(m_options.login.timeout) + " s"));
                 return std::nullopt;
             }
             const bool isBad = event->kind == EventKind::Offline && event->code != onlinemanager::ERR_SUCCESS;
@@ -217,36 +187,17 @@ void AddLoginCommand(CLI::App& program, int& exitCode)
     CLI::App* const command = program.add_subcommand("login", "Log in once on the in-process platform and out again");
     const auto options = std::make_shared<Options>();
 
-    const auto text = [command](const char* name, std::string& value, const char* type, const char* help)
-    { return command->add_option(name, value, help)->type_name(type); };
-    const auto number = [&](const char* name, std::string& value, const char* type, const char* help) {
-        return text(name, value, type, help)
-            ->check(Check([help](const std::string& given) { ParseNumber(given, help); }));
-    };
-
-    text("--user", options->user, "ID", "User id, 1 to 4294967295")->required()->check(Check(ParseUserId));
-    text("--server", options->server, "ADDRESS", "Server address")->capture_default_str();
-    number("--company", options->company, "ID", "Company id")->capture_default_str();
-    text("--device", options->device, "ID", "Device id")->capture_default_str();
-    text("--mutex", options->mutex, "TAG", "Tag by which devices of a user shut each other out")->capture_default_str();
-    text("--token", options->token, "TOKEN", "Login token; it appears in the log")->capture_default_str();
-    text("--appid", options->appid, "ID", "Application id")->capture_default_str();
-    number("--terminal", options->terminal, "NUMBER", "Terminal type")->capture_default_str();
+    command->add_option("--user", options->user, "User id, 1 to 4294967295")
+        ->type_name("ID")
+        ->required()
+        ->check(OptionCheck(ParseUserId));
     command->add_flag("--force", options->force, "Log out another device that shares the tag");
     command->add_flag("--register", options->registerUser, "Register the user");
-    command->add_option("--timeout", options->timeout, "Seconds to wait for each answer")
-        ->check(CLI::Range(1u, 86400u))
-        ->type_name("SECONDS")
-        ->capture_default_str();
-    number("--refuse", options->refuse, "CODE", "Have the platform refuse the login with this code");
-    text("--ca-file", options->caFile, "FILE", "Authorities to trust for an HTTPS server, PEM")
-        ->check(CLI::ExistingFile);
-    text("--module", options->module, "FILE", "The module's file; by default the one beside the program");
-    CLI::Option* const log = text("--log", options->log, "FILE", "File for the log of module and host");
-    text("--log-level", options->logLevel, "LEVEL", "info, trace, warning, error, fatal or off")
-        ->check(Check(ParseLogLevel))
-        ->needs(log)
-        ->capture_default_str();
+    command->add_option("--refuse", options->refuse, "Have the platform refuse the login with this code")
+        ->type_name("CODE")
+        ->check(NumberCheck("code"));
+    AddLoginOptions(*command, options->login);
+    command->get_option("--log-level")->needs("--log");
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 

@@ -341,6 +341,46 @@ CONTRACT_CHECK(Http, TheHelperServesFromInsideThePlatformsLogin,
     check.ExpectEqual("address", answer, "answer inside the login");
 }
 
+CONTRACT_CHECK(Http, ASixthMessagePushedIntoAFullQueueIsDropped,
+               "A request that is closed more often than its queue has room ends once, and nothing of it is left over.")
+{
+    Transport transport(check);
+    int lines = 0;
+    transport.stage.factory.center.manager.SetHook("GetLoggerLevel",
+                                                   [&]
+                                                   {
+                                                       constexpr int kRequestSent = 2;
+                                                       if (++lines == kRequestSent)
+                                                       {
+                                                           for (int close = 0; close < 7; ++close)
+                                                           {
+                                                               transport.helper->HttpClose("http://x");
+                                                           }
+                                                       }
+                                                   });
+    check.ExpectEqual("", transport.helper->HttpGet("http://x"), "HttpGet");
+    transport.stage.factory.center.manager.SetHook("GetLoggerLevel", nullptr);
+    std::vector<std::string> expected{Http("HttpGet, http://x"), Sent(false, "http://x", "", 1)};
+    expected.insert(expected.end(), 7, Http("HttpClose, http://x"));
+    expected.push_back(IsSent(1));
+    expected.push_back(Http("WaitResponse(), msg_id=3."));
+    transport.stage.ExpectJournal(expected);
+
+    std::future<std::string> next = transport.StartGet("http://x", 2);
+    transport.stage.http.Complete(2, 200, "in time");
+    check.ExpectEqual("in time", next.get(), "the next request of that address");
+}
+
+CONTRACT_CHECK(Http, AWaitOutlastsTenSecondsInWhichTheProcessorIsIdle,
+               "The time-out counts the processor's clock, so a server may take its time while the host sleeps.")
+{
+    Transport transport(check);
+    std::future<std::string> answer = transport.StartGet("http://x", 1);
+    check.Expect(answer.wait_for(std::chrono::seconds(11)) == std::future_status::timeout, "the wait goes on");
+    transport.stage.http.Complete(1, 200, "late");
+    check.ExpectEqual("late", answer.get(), "HttpGet");
+}
+
 CONTRACT_CHECK(Http, AWaitEndsAfterTenSecondsOfProcessorTime,
                "The time-out counts the processor's clock; the answer is empty and the line tells of it.")
 {

@@ -38,8 +38,8 @@ TEST(Login, LogsInAndOutAgain)
 {
     const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc"});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(Story(result.out),
-              (Lines{"pc logs in at tcp:in-process as user 1001", "pc logged in", "pc went offline: success"}));
+    EXPECT_EQ(Story(result.out), (Lines{"pc logs in at tcp:in-process as user 1001", "pc logged in",
+                                        "pc sees the status of 1 user change", "pc went offline: success"}));
     EXPECT_EQ(result.err, "");
 }
 
@@ -90,7 +90,7 @@ TEST(Login, TheLargestUserIdIsOne)
 TEST(Login, OtherValuesThatAreNoneAreWrongUsage)
 {
     for (const std::vector<std::string>& more : {std::vector<std::string>{"--company", "x"},
-                                                 {"--terminal", "-1"},
+                                                 {"--type", "-1"},
                                                  {"--timeout", "0"},
                                                  {"--timeout", "soon"},
                                                  {"--refuse", "x"},
@@ -119,7 +119,7 @@ TEST(Login, TheModulesLogGoesToTheFileAtItsLevel)
     EXPECT_EQ(RunHost({"login", "--user", "1001", "--log", file}).exitCode, 0);
     const std::string log = ReadFile(file);
     EXPECT_NE(log.find("OnlineManager ../PaasOnlineImp.cpp:"), std::string::npos) << log;
-    EXPECT_NE(log.find(" Paas login param: deviceid=onlinehost, companyid=1, userid=1001."), std::string::npos) << log;
+    EXPECT_NE(log.find(" Paas login param: deviceid=pc, companyid=1, userid=1001."), std::string::npos) << log;
 
     const std::string silent = folder / "silent.log";
     EXPECT_EQ(RunHost({"login", "--user", "1001", "--log", silent, "--log-level", "warning"}).exitCode, 0);
