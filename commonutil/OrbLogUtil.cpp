@@ -1,18 +1,24 @@
 #include "commonutil/OrbLogUtil.h"
 
 #include "common/frameworksdk/wframelog.h"
+#include "common/wbaselib/wrelaxed.h"
 
 void* g_onlinemanager_log = nullptr;
 
 namespace commonutil
 {
 
-WBASELIB::WRelaxed<ILogMgr*> OrbLogUtil::m_model_log_mrg;
-WBASELIB::WRelaxed<int64_t> OrbLogUtil::m_logger_id;
+using WBASELIB::RelaxedLoad;
+using WBASELIB::RelaxedStore;
+
+ILogMgr* OrbLogUtil::m_model_log_mrg = nullptr;
+int64_t OrbLogUtil::m_logger_id = 0;
 
 bool OrbLogUtil::Init(IUnknown* factory, const char* name, int mode)
 {
-    if (m_model_log_mrg != nullptr && m_logger_id != 0)
+    ILogMgr* manager = RelaxedLoad(m_model_log_mrg);
+    int64_t loggerId = RelaxedLoad(m_logger_id);
+    if (manager != nullptr && loggerId != 0)
     {
         return true;
     }
@@ -20,23 +26,21 @@ bool OrbLogUtil::Init(IUnknown* factory, const char* name, int mode)
     {
         return false;
     }
-    ILogMgr* manager = nullptr;
-    int64_t loggerId = 0;
     const HRESULT hr = FWInitKXLogger2(static_cast<IComponentFactory*>(factory), name, mode, &manager, &loggerId);
-    m_model_log_mrg = manager;
-    m_logger_id = loggerId;
+    RelaxedStore(m_model_log_mrg, manager);
+    RelaxedStore(m_logger_id, loggerId);
     return hr >= 0;
 }
 
 void OrbLogUtil::Release(bool release_logger)
 {
-    m_model_log_mrg = nullptr;
-    const int64_t loggerId = m_logger_id;
+    RelaxedStore(m_model_log_mrg, nullptr);
+    const int64_t loggerId = RelaxedLoad(m_logger_id);
     if (loggerId != 0 && release_logger)
     {
         FWReleaseKXLogger2(loggerId);
     }
-    m_logger_id = 0;
+    RelaxedStore(m_logger_id, 0);
 }
 
 } // namespace commonutil
@@ -49,8 +53,8 @@ namespace
 
 ILogMessage* CreateLine(const char* file, int line)
 {
-    ILogMgr* const manager = commonutil::OrbLogUtil::m_model_log_mrg;
-    const int64_t loggerId = commonutil::OrbLogUtil::m_logger_id;
+    ILogMgr* const manager = WBASELIB::RelaxedLoad(commonutil::OrbLogUtil::m_model_log_mrg);
+    const int64_t loggerId = WBASELIB::RelaxedLoad(commonutil::OrbLogUtil::m_logger_id);
     if (manager == nullptr || loggerId == 0 || manager->GetLoggerLevel(loggerId) >= int32_t{LOG_LEVEL_WARNING})
     {
         return nullptr;

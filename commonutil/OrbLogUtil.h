@@ -1,7 +1,6 @@
 #pragma once
 
 #include "common/frameworksdk/ILogCenter.h"
-#include "common/wbaselib/wrelaxed.h"
 
 namespace commonutil
 {
@@ -17,8 +16,9 @@ public:
     /// Detaches the module from its logger; with `release_logger` the logger is closed at the log center as well.
     static void Release(bool release_logger);
 
-    static WBASELIB::WRelaxed<ILogMgr*> m_model_log_mrg; ///< null = logging off
-    static WBASELIB::WRelaxed<int64_t> m_logger_id;      ///< 0 = none
+    // Every access is a relaxed atomic one.
+    static ILogMgr* m_model_log_mrg; ///< null = logging off
+    static int64_t m_logger_id;      ///< 0 = none
 };
 
 } // namespace commonutil

@@ -65,8 +65,12 @@ bool GwConnectionImp::UninitModel()
         m_zol_connection->RemoveListener(this);
         ORB_LOG("GwConnectionImp Unregister zol connection listen successed.");
     }
-    m_reconnection_notify = nullptr; // the session, which goes away together with this tunnel
     return true;
+}
+
+void GwConnectionImp::ForgetSession()
+{
+    m_reconnection_notify = nullptr;
 }
 
 bool GwConnectionImp::JoinMeeting(const JoinData& data)

@@ -31,6 +31,9 @@ public:
     virtual bool UninitModel();
     virtual ~GwConnectionImp();
 
+    /// The session, which is told of reconnections, goes away.
+    void ForgetSession();
+
     void OnLoginResult(avcore::ZolPortErrCode code, const char* szConflictDeviceId, const char* szConflictCustomState,
                        const char* szConflictExtendInfo) override;
     void OnLogouted(avcore::ZolPortErrCode code) override;

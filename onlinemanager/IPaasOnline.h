@@ -31,7 +31,8 @@ enum ConnectProperty : int32_t
 {
     CONNECT_PROPERTY_ONLINE = 0,                ///< "true" while logged in, "false" after a failure or a logout
     CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE = 1, ///< the other device's custom state, after a refusal with code 36
-    CONNECT_PROPERTY_CONFLICT_DEVICE_ID = 2,    ///< the other device's id, after a refusal with code 36
+    CONNECT_PROPERTY_CONFLICT_DEVICE_ID =
+        2, ///< the other device's id, after a refusal or a failed reconnection with code 36
 };
 
 /// What `GetConnectProperty` found.

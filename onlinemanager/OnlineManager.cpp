@@ -293,10 +293,12 @@ HRESULT OnlineManager::Destroy()
     if (m_paas_online != nullptr)
     {
         m_paas_online->UninitModel();
+        m_paas_online->ForgetTunnelListeners();
     }
     if (m_gw_connection != nullptr)
     {
         m_gw_connection->UninitModel();
+        m_gw_connection->ForgetSession();
     }
     ReleaseService(m_paas_tmsg);
     ReleaseService(m_paas_mds_client);

@@ -138,14 +138,19 @@ bool PaasOnlineImp::UninitModel()
     if (const ServiceRef<UserOnlineImp> userOnline = UserOnline())
     {
         userOnline->UninitModel();
+        userOnline->Detach();
         const WAutoLock guard(&m_lock);
         ReleaseService(m_user_online);
     }
     RelaxedStore(m_zol_online, nullptr);
     Logout();
-    m_tunnel.RemoveAllNotify();
     m_tunnel.m_session = nullptr;
     return true;
+}
+
+void PaasOnlineImp::ForgetTunnelListeners()
+{
+    m_tunnel.RemoveAllNotify();
 }
 
 bool PaasOnlineImp::HasTransportFor(const std::string& server) const

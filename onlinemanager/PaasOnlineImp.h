@@ -104,6 +104,9 @@ public:
     void OnReconnectSucess(TunnelType type) override;
     void OnReconnectFail(TunnelType type, ErrCode code) override;
 
+    /// `ReleaseService` forgets the session's own listeners only.
+    void ForgetTunnelListeners();
+
     /// Gives the storage back without running the destructor, which is how the component has always torn its services down.
     void Free();
 

@@ -70,7 +70,6 @@ void UserOnlineImp::RemoveAllNotify()
 bool UserOnlineImp::InitModel()
 {
     ORB_LOG("%s()", "InitModel");
-    m_detached = false;
     if (avcore::IZolOnline* const online = Online())
     {
         online->AddListener(this);
@@ -85,8 +84,12 @@ bool UserOnlineImp::UninitModel()
     {
         online->RemoveListener(this);
     }
-    m_detached = true;
     return true;
+}
+
+void UserOnlineImp::Detach()
+{
+    m_detached = true;
 }
 
 avcore::IZolOnline* UserOnlineImp::Online() const
@@ -287,26 +290,22 @@ bool UserOnlineImp::InviteUsers(const std::vector<unsigned>& ids, const InviteDa
     const unsigned selfUserId = m_self_user_id;
     std::vector<unsigned> others = ids;
     const bool selfInvited = std::erase(others, selfUserId) != 0;
-    unsigned firstId = *inviteId;
-    if (!others.empty())
+    if (!others.empty() && !SendInvitation(*online, others, data, inviteId))
     {
-        firstId = 0;
-        if (!SendInvitation(*online, others, data, &firstId))
-        {
-            return false;
-        }
-        *inviteId = firstId;
+        return false;
     }
     if (selfInvited)
     {
+        const unsigned firstId = *inviteId;
         m_notify_list.Deliver([&](IUserOnlineNotify& notify) { notify.OnInviteIncome(selfUserId, firstId, data); });
     }
     return true;
 }
 
 bool UserOnlineImp::SendInvitation(avcore::IZolOnline& online, const std::vector<unsigned>& ids, const InviteData& data,
-                                   unsigned* firstId)
+                                   unsigned* inviteId)
 {
+    unsigned firstId = 0;
     const std::string code = ToAString(data.inviteCode);
     const std::string json = m_serialization->FormatInviteUserMsg(data);
     std::wstring sentIds;
@@ -327,14 +326,15 @@ bool UserOnlineImp::SendInvitation(avcore::IZolOnline& online, const std::vector
                     static_cast<unsigned>(m_self_user_id));
             return false;
         }
-        if (*firstId == 0)
+        if (firstId == 0)
         {
-            *firstId = batchId;
+            firstId = batchId;
         }
         sentIds += std::to_wstring(batchId) + L",";
         const WAutoLock guard(&m_lock);
-        m_invite_ids.emplace(batchId, *firstId);
+        m_invite_ids.emplace(batchId, firstId);
     }
+    *inviteId = firstId;
     ORB_LOG(L"UserOnlineImp::InviteUsers(), totalUser=%u, code=%u, inviteId=%s", static_cast<unsigned>(ids.size()),
             data.inviteCode, sentIds.c_str());
     return true;

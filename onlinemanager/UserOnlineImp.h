@@ -65,6 +65,9 @@ public:
     bool InitModel();
     bool UninitModel();
 
+    /// The session's field, where the platform's presence is found, is not looked at any more: it may be gone.
+    void Detach();
+
     /// The id that the host knows a sent invitation by. A stranger's id becomes known here, as 0.
     unsigned CorrectInviteID(unsigned inviteId);
 
@@ -80,13 +83,13 @@ private:
     avcore::IZolOnline* Online() const;
     bool CheckLoggedIn(const char* operation) const;
     bool SendInvitation(avcore::IZolOnline& online, const std::vector<unsigned>& ids, const InviteData& data,
-                        unsigned* firstId);
+                        unsigned* inviteId);
     bool TakeFirstIncomingInvite(unsigned* inviteId, unsigned* userId);
     bool EraseIncomingInvite(unsigned inviteId);
 
     NotifyList<IUserOnlineNotify> m_notify_list;
     avcore::IZolOnline*& m_zol_online;
-    WBASELIB::WRelaxed<bool> m_detached = false; ///< the session's field may be gone
+    WBASELIB::WRelaxed<bool> m_detached = false;
     const std::shared_ptr<ISerialization> m_serialization;
     const std::shared_ptr<UserStatusManager> m_status_manager;
 

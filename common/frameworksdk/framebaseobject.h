@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 
 namespace FRAMEWORKSDK
@@ -17,8 +16,8 @@ public:
     CFrameBaseObject(const CFrameBaseObject&) = delete;
     CFrameBaseObject& operator=(const CFrameBaseObject&) = delete;
 
-    /// Number of live framework objects in this module; 0 means that it may be unloaded.
-    static std::atomic<int32_t> m_cObjects;
+    /// Number of live framework objects in this module; 0 means that it may be unloaded. Every access is atomic.
+    static int32_t m_cObjects;
 };
 
 } // namespace FRAMEWORKSDK

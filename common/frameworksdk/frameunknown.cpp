@@ -3,6 +3,7 @@
 #include "common/frameworksdk/frameworkcomponent.h"
 
 #include <algorithm>
+#include <atomic>
 
 namespace FRAMEWORKSDK
 {
@@ -44,18 +45,18 @@ HRESULT CFrameUnknown::NonDelegatingQueryInterface(const GUID& iid, void** out)
 uint32_t CFrameUnknown::NonDelegatingAddRef()
 {
     // The value of the increment itself, not a second read: a second read may find the object gone.
-    return std::max<uint32_t>(m_cRef.fetch_add(1, std::memory_order_relaxed) + 1, 1);
+    return std::max<uint32_t>(std::atomic_ref(m_cRef).fetch_add(1, std::memory_order_relaxed) + 1, 1);
 }
 
 uint32_t CFrameUnknown::NonDelegatingRelease()
 {
-    const uint32_t remaining = m_cRef.fetch_sub(1, std::memory_order_acq_rel) - 1;
+    const uint32_t remaining = std::atomic_ref(m_cRef).fetch_sub(1, std::memory_order_acq_rel) - 1;
     if (remaining != 0)
     {
         return remaining;
     }
     // The count stands at 1 during destruction, so that an AddRef/Release pair in there does not destroy the object again.
-    m_cRef.fetch_add(1, std::memory_order_relaxed);
+    std::atomic_ref(m_cRef).fetch_add(1, std::memory_order_relaxed);
     delete this;
     return 0;
 }

@@ -4,8 +4,6 @@
 #include "common/frameworksdk/framebaseobject.h"
 #include "common/wbaselib/wlock.h"
 
-#include <atomic>
-
 namespace FRAMEWORKSDK
 {
 
@@ -48,9 +46,9 @@ public:
     virtual ~CFrameUnknown();
 
 protected:
-    IUnknown* m_pUnknown; ///< the controlling unknown: the outer object, else this object's own identity
-    std::atomic<uint32_t> m_cRef{0};
-    WBASELIB::WLock m_reflock;              ///< for derived components; reference counting does not take it
+    IUnknown* m_pUnknown;      ///< the controlling unknown: the outer object, else this object's own identity
+    uint32_t m_cRef = 0;       ///< every access is atomic
+    WBASELIB::WLock m_reflock; ///< for derived components; reference counting does not take it
     IComponentFactory* m_pComponentFactory; ///< the host's, not counted by this class
 };
 

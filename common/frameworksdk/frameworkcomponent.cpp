@@ -1,6 +1,7 @@
 #include "common/frameworksdk/frameworkcomponent.h"
 
 #include "common/frameworksdk/frameunknown.h"
+#include "common/wbaselib/wrelaxed.h"
 
 #include <algorithm>
 
@@ -53,7 +54,7 @@ HRESULT CPDllCreateComponent2(const CLSID& clsid, const IID& iid, IUnknown* oute
 
 HRESULT CPDllCanUnloadNow()
 {
-    return CFrameBaseObject::m_cObjects.load(std::memory_order_relaxed) == 0 ? 0 : 1;
+    return WBASELIB::RelaxedLoad(CFrameBaseObject::m_cObjects) == 0 ? 0 : 1;
 }
 
 HRESULT GetComponentInterface(void* itf, void** out)

@@ -565,6 +565,26 @@ CONTRACT_CHECK(Entry, TheInterfacesOfAnAggregateForwardToItsOuterObject,
     stage.ExpectJournal({"factory.Release() -> 1"});
 }
 
+CONTRACT_CHECK(
+    Entry, NoAggregationRuleIsEnforced,
+    "With an outer object any interface is handed out; the reference goes to the outer object, so nothing holds "
+    "the new one.")
+{
+    Stage stage(check, Scene::Loaded);
+    RecordingLog outer(stage.journal, "outer");
+    stage.factory.Hold();
+    stage.journal.Clear();
+    void* out = nullptr;
+    check.ExpectEqual(S_OK,
+                      stage.module.Functions().m_lpfnCreateComponent(CLSID_OnlineManager, IID_OnlineManager, &outer,
+                                                                     &stage.factory, &out),
+                      "creation");
+    check.Expect(out != nullptr, "an interface is handed out");
+    check.ExpectEqual(1, stage.journal.Count("outer.AddRef() -> 2"), "references added to the outer object");
+    check.ExpectEqual(1, stage.journal.Count("factory.Release() -> 1"), "ends of the new object");
+    check.ExpectEqual(0, CanUnload(stage), "live objects");
+}
+
 CONTRACT_CHECK(Entry, ReferencesAreCountedFromManyThreads,
                "Threads that add and release at once leave the count where it was.")
 {

@@ -137,6 +137,19 @@ CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "None is told, and eac
     list.ExpectTold({"B.OnOffline(2)", "A.OnOffline(2)"});
 }
 
+CONTRACT_CHECK(NotifyList, AListenerAddedAgainAfterRemoveAllHasLostItsOldPlace,
+               "The entries are deleted, not only marked.")
+{
+    Listeners list(check);
+    list.session->AddNotify(&list.a);
+    list.session->AddNotify(&list.b);
+    list.session->RemoveAllNotify();
+    list.session->AddNotify(&list.b);
+    list.session->AddNotify(&list.a);
+    list.Deliver(1);
+    list.ExpectTold({"B.OnOffline(1)", "A.OnOffline(1)"});
+}
+
 CONTRACT_CHECK(NotifyList, AListenerRemovedDuringADeliveryIsSkipped,
                "The walk reads the flag of each entry, and the next delivery drops it.")
 {

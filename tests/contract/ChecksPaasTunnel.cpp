@@ -290,4 +290,18 @@ CONTRACT_CHECK(PaasTunnel, EventsWithoutAListenerAreOnlyLogged, "And a listener 
     stage.ExpectJournal({Log("OnGroupUserLeaved()"), Log("remoteUserId=9."), "T.OnUserLeaved(9)"});
 }
 
+CONTRACT_CHECK(PaasTunnel, ListenersOfTheTunnelSurviveUninitModel,
+               "They are the host's to remove; when the session is there again they hear of the next meeting.")
+{
+    TunnelStage stage(check);
+    onlinemanager::IPaasOnline* const session = stage.Session();
+    session->UninitModel();
+    session->InitModel(nullptr);
+    stage.LogIn();
+    check.ExpectEqual(true, stage.tunnel->JoinMeeting(SomeMeeting()), "JoinMeeting");
+    stage.journal.Clear();
+    stage.Connection().JoinGroupResult(avcore::ZOL_PORT_SUCCESS);
+    check.ExpectEqual(1, stage.journal.Count("T.OnJoinMeetingResult(0)"), "results of the join");
+}
+
 } // namespace contract

@@ -1,4 +1,5 @@
 #include "onlinemanager/GwConnectionImp.h"
+#include "tests/contract/RecordingNotify.h"
 #include "tests/unit/module/RecordedTest.h"
 
 using contract::LogLine;
@@ -36,4 +37,21 @@ TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowed
     EXPECT_EQ(1, tunnel.OnReconnectStart());
     EXPECT_NO_THROW(tunnel.OnReconnectSucess());
     EXPECT_NO_THROW(tunnel.OnReconnectFail(avcore::ZOL_PORT_NOT_LOGGED_IN, nullptr));
+}
+
+TEST_F(GwConnectionImpTest, UninitModelKeepsTheReconnectionListenerUntilTheSessionIsForgotten)
+{
+    contract::RecordingConnection& recorded = m_platform.NewConnection();
+    avcore::IZolConnection* connection = &recorded;
+    contract::SessionNotify session(m_journal, "S");
+    GwConnectionImp tunnel(connection, &session);
+    tunnel.InitModel();
+    tunnel.UninitModel();
+    tunnel.InitModel();
+    m_journal.Clear();
+    tunnel.OnReconnectFail(avcore::ZOL_PORT_NOT_LOGGED_IN, nullptr);
+    EXPECT_EQ((Lines{"S.OnReconnectFail(2, 30)"}), Journal());
+    tunnel.ForgetSession();
+    tunnel.OnReconnectFail(avcore::ZOL_PORT_NOT_LOGGED_IN, nullptr);
+    EXPECT_EQ(Lines{}, Journal());
 }
