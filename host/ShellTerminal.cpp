@@ -124,7 +124,7 @@ void ShellTerminal::Take(char* line)
 {
     rl_callback_handler_remove();
     m_isOpen = false;
-    m_input.emplace();
+    m_input = Input{};
     if (line == nullptr)
     {
         m_input->isEnd = true;

@@ -33,3 +33,14 @@ extern "C"
 
 #pragma GCC visibility pop
 } // extern "C"
+
+/// The same functions under the name of the library that they are part of.
+namespace WBASELIB
+{
+using ::TovFree;
+using ::TovMalloc;
+using ::TovMemCpy;
+using ::TovMemMov;
+using ::TovStrCmp;
+using ::TovStrLen;
+} // namespace WBASELIB

@@ -1,6 +1,7 @@
 #include "common/wbaselib/wcharfunction.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -91,21 +92,12 @@ int Convert(const char* fromCode, const char* toCode, const From* source, To* de
     return StringConvert(fromCode, toCode, in, static_cast<int>(inBytes), out, outBytes) / kUnit;
 }
 
-char ToAsciiUpper(char letter)
-{
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
-char ToAsciiLower(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-char* ChangeCase(char* text, char (*change)(char))
+char* ChangeCase(char* text, int (*change)(int))
 {
     if (text != nullptr)
     {
-        std::transform(text, text + std::strlen(text), text, change);
+        std::transform(text, text + std::strlen(text), text,
+                       [change](unsigned char letter) { return static_cast<char>(change(letter)); });
     }
     return text;
 }
@@ -259,12 +251,12 @@ int ConvertUnicode16ToUnicode(const unsigned short* source, wchar_t* destination
 
 char* _strupr(char* text)
 {
-    return ChangeCase(text, ToAsciiUpper);
+    return ChangeCase(text, std::toupper);
 }
 
 char* _strlwr(char* text)
 {
-    return ChangeCase(text, ToAsciiLower);
+    return ChangeCase(text, std::tolower);
 }
 
 wchar_t* _wcsupr(wchar_t* text)

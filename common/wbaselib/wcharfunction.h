@@ -68,7 +68,8 @@ int ConvertUnicodeToUnicode16(const wchar_t* source, unsigned short* destination
 /// 16-bit text, with or without a byte-order mark, to UTF-32.
 int ConvertUnicode16ToUnicode(const unsigned short* source, wchar_t* destination, int size);
 
-/// Change the ASCII letters of `text` in place, whatever the process's locale. Return `text`; null gives null.
+/// Change each byte of `text` in place as `toupper` and `tolower` do: the ASCII letters, unless the process has set a locale of
+/// single bytes. Return `text`; null gives null.
 char* _strupr(char* text);
 char* _strlwr(char* text);
 

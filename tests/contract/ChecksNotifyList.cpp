@@ -55,6 +55,26 @@ public:
     std::atomic<int> calls{0};
 };
 
+/// A removes itself and B, has the list cleared by a delivery of its own, and appends C.
+void ExpectOnlyTheAppendedIsTold(Listeners& list)
+{
+    list.session->AddNotify(&list.a);
+    list.session->AddNotify(&list.b);
+    list.stage.Connection().sender.sendsInline = true;
+    list.a.hook = [&](const std::string& event)
+    {
+        if (event == "OnOffline(1)")
+        {
+            list.session->RemoveNotify(&list.a);
+            list.session->RemoveNotify(&list.b);
+            list.Deliver(2);
+            list.session->AddNotify(&list.c);
+        }
+    };
+    list.Deliver(1);
+    list.ExpectTold({"A.OnOffline(1)", "C.OnOffline(1)"});
+}
+
 } // namespace
 
 CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration, "Every listener is told once, the first added first.")
@@ -260,21 +280,15 @@ CONTRACT_CHECK(NotifyList, AnInnerDeliveryMayDropEverythingButTheEnd,
                "Only listeners that were appended afterwards are left for the outer walk.")
 {
     Listeners list(check);
-    list.session->AddNotify(&list.a);
-    list.session->AddNotify(&list.b);
-    list.stage.Connection().sender.sendsInline = true;
-    list.a.hook = [&](const std::string& event)
-    {
-        if (event == "OnOffline(1)")
-        {
-            list.session->RemoveNotify(&list.a);
-            list.session->RemoveNotify(&list.b);
-            list.Deliver(2);
-            list.session->AddNotify(&list.c);
-        }
-    };
-    list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "C.OnOffline(1)"});
+    ExpectOnlyTheAppendedIsTold(list);
+}
+
+CONTRACT_CHECK(NotifyList, ARemoveAllEndsOnlyTheWalksOfItsTime,
+               "A later walk whose listeners drop everything still reaches what they appended.")
+{
+    Listeners list(check);
+    list.session->RemoveAllNotify();
+    ExpectOnlyTheAppendedIsTold(list);
 }
 
 CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
