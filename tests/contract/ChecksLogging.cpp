@@ -402,6 +402,23 @@ CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerExistsOnce,
     check.ExpectEqual(S_OK, init(&stage.factory, "name", 5), "after the release");
 }
 
+CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerIsClosedOnce,
+               "Also while another logger keeps the center: what is released a second time has no logger any more.")
+{
+    Stage stage(check, Scene::Loaded);
+    const auto release = stage.module.Find<decltype(&FWReleaseKXLogger)>("FWReleaseKXLogger");
+    stage.module.Find<decltype(&FWInitKXLogger)>("FWInitKXLogger")(&stage.factory, "name", 5);
+    ILogMgr* manager = nullptr;
+    int64_t other = 0;
+    stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2")(&stage.factory, "other", 5, &manager, &other);
+    stage.factory.center.Hold();
+    stage.journal.Clear();
+    release();
+    release();
+    check.ExpectEqual(1, stage.journal.Count("center.CloseLogger("), "loggers closed");
+    check.ExpectEqual(1, stage.journal.Count("center.CloseLogger(1)"), "the default logger closed");
+}
+
 CONTRACT_CHECK(FrameworkLoggers, ARefusedDefaultKXLoggerLeavesRoomForAnother,
                "After a center that refused, FWInitKXLogger may be called again.")
 {
