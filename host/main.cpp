@@ -19,7 +19,7 @@ int Run(int count, char** arguments)
 
     CLI::App program("The reference host of the online-service module", "onlinehost");
     program.set_version_flag("--version", "onlinehost " ONLINEHOST_VERSION);
-    program.require_subcommand(1);
+    program.require_subcommand(0, 1); // one that is required would be missed before the wrong one is named
     program.footer(host::kExitCodeHelp);
     host::AddDemoCommand(program, exitCode);
     host::AddInspectCommand(program, exitCode);
@@ -29,6 +29,10 @@ int Run(int count, char** arguments)
     try
     {
         program.parse(count, arguments);
+        if (program.get_subcommands().empty())
+        {
+            throw CLI::RequiredError("A command");
+        }
     }
     catch (const CLI::ParseError& error)
     {
@@ -45,6 +49,7 @@ int Run(int count, char** arguments)
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what still comes out of telling an error may end the program.
 int main(int count, char** arguments)
 {
     const int exitCode = Run(count, arguments);

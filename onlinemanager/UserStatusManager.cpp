@@ -128,6 +128,7 @@ std::vector<unsigned> UserStatusManager::TakeMissing()
     return missing;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is fixed.
 bool UserStatusManager::Query(const std::vector<unsigned>& ids, std::function<void(const UserOnlineInfo&)> cb)
 {
     for (const unsigned userId : ids)

@@ -204,6 +204,7 @@ private:
         std::string inviterId;
         uint32_t inviteId;
 
+        // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy takes the 0 that is compared with for a pointer.
         auto operator<=>(const InviteKey&) const = default;
     };
 

@@ -33,7 +33,7 @@ struct PlatformOptions
     /// may count processor time only, of which a wait takes none.
     std::chrono::milliseconds httpTimeLimit{10'000};
     /// Longest answer to that request, in bytes; a longer one is refused unread.
-    size_t httpLongestAnswer = 64 * 1024;
+    size_t httpLongestAnswer = size_t{64} * 1024;
 
     /// How long no retained record may have arrived before a snapshot of the company counts as complete, counted from the
     /// moment its subscription stands. 0 fits a backplane that hands out everything retained before it acknowledges the

@@ -42,6 +42,12 @@ TEST(OnlineHost, AWrongCommandLineEndsWith2AndAWordAboutHelp)
     }
 }
 
+TEST(OnlineHost, AnUnknownCommandIsNamed)
+{
+    EXPECT_NE(RunHost({"nonsense"}).err.find("nonsense"), std::string::npos);
+    EXPECT_NE(RunHost({}).err.find("A command is required"), std::string::npos);
+}
+
 TEST(OnlineHost, OutputThatDoesNotArriveIsAFailure)
 {
     const ProgramResult result = RunHost({"inspect", ONLINEMANAGER_MODULE}, {}, "/dev/full");
