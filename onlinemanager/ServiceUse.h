@@ -46,7 +46,7 @@ public:
     {
         if (m_service != nullptr && m_service->m_use.Leave())
         {
-            m_service->Free();
+            m_service->Free(); // NOLINT(clang-analyzer-cplusplus.NewDelete): it does not follow the count
         }
     }
 
@@ -54,7 +54,7 @@ public:
 
     Service* operator->() const
     {
-        return m_service;
+        return m_service; // NOLINT(clang-analyzer-cplusplus.NewDelete): as above
     }
 
     Service& operator*() const
