@@ -161,7 +161,7 @@ TEST_F(CompanyTest, TheCompanyIsNotFollowedBeforeSomebodyListensOrAsks)
 {
     Crowd crowd(platform, People(1, 100));
     Device device(platform, journal, "A");
-    device.Login("9");
+    device.Login("4712");
     crowd.ComeOnline();
     Settled();
     // Without a subscription nothing is known, so nobody is known to be offline either.
