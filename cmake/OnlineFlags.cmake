@@ -55,10 +55,10 @@ else()
     target_compile_definitions(online_flags INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
 endif()
 
-# As target_precompile_headers, where it pays and harms nobody: the sanitized builds. In an optimised one g++ 12 takes the
-# standard library's own code, once it comes out of a precompiled header, for ours, and warns of copies that never happen.
+# As target_precompile_headers, in the builds without optimisation. In an optimised build g++ 12 takes the standard library's
+# code, once it comes out of a precompiled header, for ours, and warns of copies that never happen.
 function(precompile_headers target)
-    if(ONLINE_SANITIZE)
+    if(ONLINE_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL "Debug")
         target_precompile_headers(${ARGV})
     endif()
 endfunction()

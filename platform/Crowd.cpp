@@ -1,8 +1,8 @@
 #include "platform/Crowd.h"
 
-#include "platform/Records.h"
-#include "platform/ServiceClient.h"
-#include "platform/Topics.h"
+#include "platform/simulation/ServiceClient.h"
+#include "platform/wire/Records.h"
+#include "platform/wire/Topics.h"
 
 #include <algorithm>
 #include <map>

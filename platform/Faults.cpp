@@ -1,7 +1,7 @@
 #include "platform/Faults.h"
 
-#include "platform/Engine.h"
-#include "platform/Session.h"
+#include "platform/engine/Engine.h"
+#include "platform/session/Session.h"
 
 namespace platform
 {

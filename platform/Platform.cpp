@@ -1,9 +1,9 @@
 #include "platform/Platform.h"
 
-#include "platform/Connection.h"
-#include "platform/Engine.h"
-#include "platform/ServiceClient.h"
-#include "platform/Topics.h"
+#include "platform/engine/Engine.h"
+#include "platform/session/Connection.h"
+#include "platform/simulation/ServiceClient.h"
+#include "platform/wire/Topics.h"
 
 #include <algorithm>
 #include <array>

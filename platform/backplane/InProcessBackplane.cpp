@@ -1,6 +1,6 @@
 #include "platform/backplane/InProcessBackplane.h"
 
-#include "platform/EventLoop.h"
+#include "platform/base/EventLoop.h"
 
 #include <algorithm>
 #include <map>

@@ -1,4 +1,4 @@
-#include "tests/contract/Check.h"
+#include "checks/Check.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +11,14 @@ namespace
 class ContractTest : public testing::Test
 {
 public:
-    ContractTest(const contract::Check& check, const std::string& modulePath) : m_check(check), m_modulePath(modulePath)
+    ContractTest(const checks::Check& check, const std::string& modulePath) : m_check(check), m_modulePath(modulePath)
     {
     }
 
     void TestBody() override
     {
-        const contract::CheckResult result = contract::RunCheck(m_check, m_modulePath);
-        for (const contract::Failure& failure : result.failures)
+        const checks::CheckResult result = checks::RunCheck(m_check, m_modulePath);
+        for (const checks::Failure& failure : result.failures)
         {
             ADD_FAILURE_AT(failure.where.file, failure.where.line) << failure.text;
         }
@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    const contract::Check m_check;
+    const checks::Check m_check;
     const std::string m_modulePath;
 };
 
@@ -61,7 +61,7 @@ int main(int argc, char** argv)
 {
     const std::string modulePath = TakeModulePath(argc, argv);
     testing::InitGoogleTest(&argc, argv);
-    for (const contract::Check& check : contract::AllChecks())
+    for (const checks::Check& check : checks::AllChecks())
     {
         testing::RegisterTest(check.group.c_str(), check.claim.c_str(), nullptr, nullptr, check.where.file,
                               check.where.line,

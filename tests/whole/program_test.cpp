@@ -1,4 +1,4 @@
-#include "tests/whole/Program.h"
+#include "tests/support/Program.h"
 
 #include <gtest/gtest.h>
 

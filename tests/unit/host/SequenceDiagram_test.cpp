@@ -1,6 +1,6 @@
-#include "host/SequenceDiagram.h"
+#include "host/trace/SequenceDiagram.h"
 
-#include "tests/unit/host/TraceFile.h"
+#include "tests/support/TraceFile.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "host/Error.h"
-#include "host/Narrator.h"
-#include "host/ProgressBar.h"
-#include "host/Story.h"
+#include "host/console/ProgressBar.h"
+#include "host/story/Narrator.h"
+#include "host/story/Story.h"
+#include "onlinehost/Error.h"
 
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -82,7 +82,7 @@ TEST_F(TellingTest, AStepThatFailsEndsItsSceneAndNotTheStory)
 
 TEST_F(TellingTest, AnErrorOfTheHostIsAStepThatFailed)
 {
-    m_story.Scene("A scene", [] { throw host::Error("no connection"); });
+    m_story.Scene("A scene", [] { throw onlinehost::Error("no connection"); });
     EXPECT_NE(Told().find("FAILED  the host        no connection\n"), std::string::npos);
     EXPECT_EQ(m_story.GetTally().failed, 1u);
 }

@@ -1,8 +1,8 @@
-#include "host/Trace.h"
+#include "host/trace/Trace.h"
 
-#include "host/Error.h"
-#include "tests/unit/host/TemporaryFolder.h"
-#include "tests/unit/host/TraceFile.h"
+#include "onlinehost/Error.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TraceFile.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -295,14 +295,14 @@ TEST_F(TraceTest, TheDiagramLeavesRepetitionsOutWithEverythingInsideThem)
 TEST(Trace, AFileThatCannotBeWrittenIsAnError)
 {
     const TemporaryFolder folder;
-    EXPECT_THROW(Trace({folder / "none" / "trace", ""}), host::Error);
-    EXPECT_THROW(Trace({"", folder / "none" / "diagram"}), host::Error);
+    EXPECT_THROW(Trace({folder / "none" / "trace", ""}), onlinehost::Error);
+    EXPECT_THROW(Trace({"", folder / "none" / "diagram"}), onlinehost::Error);
 }
 
 TEST(Trace, AFullDiskIsAnError)
 {
     Trace trace({"/dev/full", ""});
-    EXPECT_THROW(trace.Close(), host::Error);
+    EXPECT_THROW(trace.Close(), onlinehost::Error);
 }
 
 TEST(Trace, TheDiagramAloneIsEnough)

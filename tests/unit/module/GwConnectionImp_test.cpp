@@ -1,8 +1,8 @@
+#include "checks/RecordingNotify.h"
 #include "onlinemanager/GwConnectionImp.h"
-#include "tests/contract/RecordingNotify.h"
 #include "tests/unit/module/RecordedTest.h"
 
-using contract::LogLine;
+using checks::LogLine;
 using onlinemanager::GwConnectionImp;
 
 using GwConnectionImpTest = RecordedTest;
@@ -28,7 +28,7 @@ TEST_F(GwConnectionImpTest, WithoutAConnectionOnlyTheModelCallsSucceed)
 
 TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowedInSilence)
 {
-    contract::RecordingConnection& recorded = m_platform.NewConnection();
+    checks::RecordingConnection& recorded = m_platform.NewConnection();
     avcore::IZolConnection* connection = &recorded;
     GwConnectionImp tunnel(connection, nullptr);
     tunnel.JoinMeeting({});
@@ -41,9 +41,9 @@ TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowed
 
 TEST_F(GwConnectionImpTest, UninitModelKeepsTheReconnectionListenerUntilTheSessionIsForgotten)
 {
-    contract::RecordingConnection& recorded = m_platform.NewConnection();
+    checks::RecordingConnection& recorded = m_platform.NewConnection();
     avcore::IZolConnection* connection = &recorded;
-    contract::SessionNotify session(m_journal, "S");
+    checks::SessionNotify session(m_journal, "S");
     GwConnectionImp tunnel(connection, &session);
     tunnel.InitModel();
     tunnel.UninitModel();

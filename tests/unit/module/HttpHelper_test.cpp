@@ -30,7 +30,7 @@ TEST_F(HttpHelperTest, WithoutAnObjectNothingIsSentAndTheAnswerIsEmpty)
     EXPECT_EQ("", helper.HttpGet("http://x"));
     EXPECT_EQ("", helper.HttpPost("http://x", "body"));
     EXPECT_EQ(0, helper.HttpClose("http://x"));
-    EXPECT_EQ((Lines{contract::LogLine("HttpHelper", "HttpGet, http://x"),
-                     contract::LogLine("HttpHelper", "HttpClose, http://x")}),
+    EXPECT_EQ((Lines{checks::LogLine("HttpHelper", "HttpGet, http://x"),
+                     checks::LogLine("HttpHelper", "HttpClose, http://x")}),
               Journal());
 }

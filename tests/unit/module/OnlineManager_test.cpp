@@ -5,7 +5,7 @@
 
 #include <memory>
 
-using contract::LogLine;
+using checks::LogLine;
 using onlinemanager::OnlineManager;
 
 using OnlineManagerTest = RecordedTest;

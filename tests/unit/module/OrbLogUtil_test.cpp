@@ -14,7 +14,7 @@ class OrbLogUtilTest : public RecordedTest
 protected:
     void SetUp() override
     {
-        contract::NameThread("host");
+        checks::NameThread("host");
     }
 };
 
@@ -90,13 +90,13 @@ using LogLineTest = RecordedTest;
 TEST_F(LogLineTest, ALineNamesItsUnitAndLine)
 {
     ORB_LOG("%s(), id=%u", "Name", 7u);
-    EXPECT_EQ(Lines{contract::LogLine("OrbLogUtil_test", "Name(), id=7")}, Journal());
+    EXPECT_EQ(Lines{checks::LogLine("OrbLogUtil_test", "Name(), id=7")}, Journal());
 }
 
 TEST_F(LogLineTest, TheWideFormTakesWideTexts)
 {
     ORB_LOG(L"list=%s, count=%d", L"Zo\u00eb,", 3);
-    EXPECT_EQ(Lines{contract::LogLine("OrbLogUtil_test", "list=Zo\u00eb,, count=3")}, Journal());
+    EXPECT_EQ(Lines{checks::LogLine("OrbLogUtil_test", "list=Zo\u00eb,, count=3")}, Journal());
 }
 
 TEST_F(LogLineTest, ASuppressedLineMakesNoArguments)

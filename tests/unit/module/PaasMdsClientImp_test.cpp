@@ -1,7 +1,7 @@
 #include "onlinemanager/PaasMdsClientImp.h"
 #include "tests/unit/module/RecordedTest.h"
 
-using contract::LogLine;
+using checks::LogLine;
 using onlinemanager::AVQualityInfo;
 using onlinemanager::PaasMdsClientImp;
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-using contract::LogLine;
+using checks::LogLine;
 using onlinemanager::LoginParam;
 using onlinemanager::PaasOnlineImp;
 
@@ -82,7 +82,7 @@ TEST_F(PaasOnlineImpTest, AConnectionThatItsOwnerSetsLaterIsSeen)
 TEST_F(PaasOnlineImpTest, AnOnlineComponentThatComesLaterIsFetchedByTheNextInitModel)
 {
     PaasOnlineImp session(m_connection, nullptr);
-    contract::RecordingConnection& connection = m_platform.NewConnection();
+    checks::RecordingConnection& connection = m_platform.NewConnection();
     connection.SetResult("GetComponent IZolOnline", E_NOINTERFACE);
     m_connection = &connection;
     EXPECT_FALSE(session.InitModel(nullptr));

@@ -1,7 +1,7 @@
 #include "onlinemanager/PaasTMsgImp.h"
 #include "tests/unit/module/RecordedTest.h"
 
-using contract::LogLine;
+using checks::LogLine;
 using onlinemanager::PaasTMsgImp;
 
 using PaasTMsgImpTest = RecordedTest;

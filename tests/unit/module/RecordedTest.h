@@ -1,8 +1,8 @@
 #pragma once
 
+#include "checks/RecordingHost.h"
+#include "checks/RecordingPlatform.h"
 #include "commonutil/OrbLogUtil.h"
-#include "tests/contract/RecordingHost.h"
-#include "tests/contract/RecordingPlatform.h"
 
 #include <gtest/gtest.h>
 
@@ -15,7 +15,7 @@ class RecordedTest : public testing::Test
 protected:
     void SetUp() override
     {
-        contract::NameThread("host");
+        checks::NameThread("host");
         commonutil::OrbLogUtil::Init(&m_factory, "OnlineManager", 1);
         m_journal.Clear();
     }
@@ -30,17 +30,17 @@ protected:
     std::vector<std::string> Journal()
     {
         std::vector<std::string> lines;
-        for (const contract::JournalEntry& entry : m_journal.Take())
+        for (const checks::JournalEntry& entry : m_journal.Take())
         {
             lines.push_back(entry.text);
         }
         return lines;
     }
 
-    contract::Journal m_journal;
-    contract::RecordingPlatform m_platform{m_journal};
-    contract::RecordingFactory m_factory{m_journal, m_platform};
-    contract::RecordingHttp m_http{m_journal};
+    checks::Journal m_journal;
+    checks::RecordingPlatform m_platform{m_journal};
+    checks::RecordingFactory m_factory{m_journal, m_platform};
+    checks::RecordingHttp m_http{m_journal};
 };
 
 using Lines = std::vector<std::string>;

@@ -25,14 +25,14 @@ protected:
         m_users.m_terminal_type = static_cast<quenda::TerminalType>(3);
     }
 
-    contract::RecordingConnection& m_connection;
+    checks::RecordingConnection& m_connection;
     avcore::IZolOnline* m_online = nullptr;
     UserOnlineImp m_users{m_online};
 };
 
 std::string Log(const std::string& text)
 {
-    return contract::LogLine("UserOnlineImp", text);
+    return checks::LogLine("UserOnlineImp", text);
 }
 
 } // namespace

@@ -24,7 +24,7 @@
 using Lines = std::vector<std::string>;
 
 /// Lines in the order in which they were written, by any thread.
-class Journal
+class EventLines
 {
 public:
     void Write(const std::string& line)
@@ -72,7 +72,7 @@ class Device : public avcore::IZolConnectionListener,
 {
 public:
     /// `name` begins each line. A device that does not follow the company registers no presence listener.
-    Device(platform::Platform& platform, Journal& journal, std::string name, bool followsCompany = false)
+    Device(platform::Platform& platform, EventLines& journal, std::string name, bool followsCompany = false)
         : m_journal(journal),
           m_name(std::move(name))
     {
@@ -285,7 +285,7 @@ private:
         }
     }
 
-    Journal& m_journal;
+    EventLines& m_journal;
     std::string m_name;
 };
 
@@ -310,5 +310,5 @@ protected:
     }
 
     platform::Platform platform{QuickOptions()};
-    Journal journal;
+    EventLines journal;
 };

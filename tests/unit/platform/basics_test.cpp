@@ -1,10 +1,10 @@
-#include "platform/CompanyDirectory.h"
-#include "platform/EventLoop.h"
-#include "platform/Invitations.h"
 #include "platform/Platform.h"
-#include "platform/Records.h"
-#include "platform/ServiceClient.h"
-#include "platform/Topics.h"
+#include "platform/base/EventLoop.h"
+#include "platform/session/CompanyDirectory.h"
+#include "platform/session/Invitations.h"
+#include "platform/simulation/ServiceClient.h"
+#include "platform/wire/Records.h"
+#include "platform/wire/Topics.h"
 
 #include <gtest/gtest.h>
 

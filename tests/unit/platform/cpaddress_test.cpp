@@ -1,4 +1,4 @@
-#include "platform/CpAddress.h"
+#include "platform/session/CpAddress.h"
 #include "tests/unit/platform/Device.h"
 
 #include <atomic>

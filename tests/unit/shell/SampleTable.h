@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ShellCommand.h"
+#include "host/shell/ShellCommand.h"
 
 /// A few commands that have every kind of parameter.
 inline host::ShellTable SampleTable()

@@ -1,4 +1,4 @@
-#include "host/Error.h"
+#include "onlinehost/Error.h"
 #include "tests/unit/shell/SampleTable.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ std::string Refusal(const std::string& command, const Words& words)
         Bind(command, words);
         return {};
     }
-    catch (const host::Error& error)
+    catch (const onlinehost::Error& error)
     {
         return error.what();
     }
@@ -99,7 +99,7 @@ TEST(ShellCommand, AnUnknownCommandNamesSimilarOnes)
             table.Get(name);
             return {};
         }
-        catch (const host::Error& error)
+        catch (const onlinehost::Error& error)
         {
             return error.what();
         }

@@ -1,4 +1,4 @@
-#include "host/ShellCompletion.h"
+#include "host/shell/ShellCompletion.h"
 #include "tests/unit/shell/SampleTable.h"
 
 #include <gtest/gtest.h>

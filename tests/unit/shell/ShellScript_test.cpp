@@ -1,6 +1,6 @@
-#include "host/Error.h"
-#include "host/ShellScript.h"
-#include "tests/unit/host/TemporaryFolder.h"
+#include "host/shell/ShellScript.h"
+#include "onlinehost/Error.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -104,7 +104,7 @@ TEST(ShellScript, ALineThatIsTooLongIsRefusedBeforeItsEnd)
     ShellScript script(file, "s");
     EXPECT_TRUE(script.Read());
     EXPECT_EQ(script.TakeLine(), "who");
-    EXPECT_THROW(ReadAll(script), host::Error);
+    EXPECT_THROW(ReadAll(script), onlinehost::Error);
     EXPECT_EQ(script.Place(), "s:2");
     close(file);
 }
@@ -126,6 +126,6 @@ TEST(ShellScript, AFileThatCannotBeReadIsAnError)
 {
     const int folder = open("/", O_RDONLY);
     ShellScript script(folder, "s");
-    EXPECT_THROW(script.Read(), host::Error);
+    EXPECT_THROW(script.Read(), onlinehost::Error);
     close(folder);
 }

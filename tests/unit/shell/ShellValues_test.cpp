@@ -1,6 +1,6 @@
-#include "host/Error.h"
-#include "host/ShellValues.h"
-#include "host/Text.h"
+#include "host/shell/ShellValues.h"
+#include "onlinehost/Error.h"
+#include "onlinehost/Text.h"
 
 #include <gtest/gtest.h>
 
@@ -22,7 +22,7 @@ std::string Refusal(Reader read, const std::string& text)
         read(text);
         return {};
     }
-    catch (const host::Error& error)
+    catch (const onlinehost::Error& error)
     {
         return error.what();
     }
@@ -73,11 +73,11 @@ TEST(ShellValues, Terminals)
 
 TEST(ShellValues, Meetings)
 {
-    EXPECT_EQ(host::GuidText(ParseMeeting("12345678-9abc-DEF0-1234-56789abcdef0")),
+    EXPECT_EQ(onlinehost::GuidText(ParseMeeting("12345678-9abc-DEF0-1234-56789abcdef0")),
               "{12345678-9ABC-DEF0-1234-56789ABCDEF0}");
-    EXPECT_EQ(host::GuidText(ParseMeeting("{12345678-9abc-DEF0-1234-56789abcdef0}")),
+    EXPECT_EQ(onlinehost::GuidText(ParseMeeting("{12345678-9abc-DEF0-1234-56789abcdef0}")),
               "{12345678-9ABC-DEF0-1234-56789ABCDEF0}");
-    EXPECT_EQ(host::GuidText(ParseMeeting("255")), "{000000FF-0000-0000-0000-000000000000}");
+    EXPECT_EQ(onlinehost::GuidText(ParseMeeting("255")), "{000000FF-0000-0000-0000-000000000000}");
     for (const char* text :
          {"", "x", "{}", "{255}", "-1", "12345678-9abc-DEF0-1234-56789abcdef", "12345678-9abc-DEF0-1234-56789abcdefg",
           "{12345678-9abc-DEF0-1234-56789abcdef0", "12345678_9abc_DEF0_1234_56789abcdef0"})

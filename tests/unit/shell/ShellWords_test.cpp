@@ -1,5 +1,5 @@
-#include "host/Error.h"
-#include "host/ShellWords.h"
+#include "host/shell/ShellWords.h"
+#include "onlinehost/Error.h"
 
 #include <gtest/gtest.h>
 
@@ -45,14 +45,14 @@ TEST(ShellWords, ALineThatEndsTooEarlyIsRefused)
 {
     for (const char* line : {"custom \"a", "custom 'a", "custom a\\", "custom \"a\\", "'"})
     {
-        EXPECT_THROW(SplitShellLine(line), host::Error) << line;
+        EXPECT_THROW(SplitShellLine(line), onlinehost::Error) << line;
     }
 }
 
 TEST(ShellWords, ANulByteIsRefusedHoweverItIsWritten)
 {
-    EXPECT_THROW(SplitShellLine(std::string("custom a\0b", 10)), host::Error);
-    EXPECT_THROW(SplitShellLine(R"(custom "\x00")"), host::Error);
+    EXPECT_THROW(SplitShellLine(std::string("custom a\0b", 10)), onlinehost::Error);
+    EXPECT_THROW(SplitShellLine(R"(custom "\x00")"), onlinehost::Error);
 }
 
 TEST(ShellWords, OtherBytesPass)

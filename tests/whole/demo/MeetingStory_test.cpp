@@ -1,11 +1,12 @@
-#include "host/MeetingStory.h"
+#include "host/story/MeetingStory.h"
 
-#include "host/ComponentFactory.h"
-#include "host/LogCenter.h"
-#include "host/Module.h"
+#include "onlinehost/ComponentFactory.h"
+#include "onlinehost/LogCenter.h"
+#include "onlinehost/Module.h"
 #include "platform/Platform.h"
 
 #include <cstdio>
+#include <functional>
 #include <gtest/gtest.h>
 
 using host::Story;
@@ -14,9 +15,9 @@ namespace
 {
 
 /// One for all tests: a module that is linked to stay loaded keeps the log center that it has met first.
-host::LogCenter& SharedLog()
+onlinehost::LogCenter& SharedLog()
 {
-    static host::LogCenter log{host::LogCenter::Options{}};
+    static onlinehost::LogCenter log{onlinehost::LogCenter::Options{}};
     return log;
 }
 
@@ -35,7 +36,8 @@ protected:
         options.users = host::MeetingOptions::kFewestUsers;
         options.limit = limit;
         return host::TellMeeting(
-            {m_out, m_platform, SharedLog(), m_factory, std::make_shared<host::Module>(ONLINEMANAGER_MODULE)}, options);
+            {m_out, m_platform, SharedLog(), m_factory, std::make_shared<onlinehost::Module>(ONLINEMANAGER_MODULE)},
+            options);
     }
 
     std::string Told()
@@ -49,7 +51,8 @@ protected:
     std::FILE* const m_file = std::tmpfile();
     const host::Console m_out{m_file};
     platform::Platform m_platform;
-    host::ComponentFactory m_factory{m_platform, SharedLog()};
+    onlinehost::ComponentFactory m_factory{std::bind_front(&platform::Platform::CreateComponent, &m_platform),
+                                           SharedLog()};
 };
 
 constexpr std::chrono::seconds kAmple{60};

@@ -1,7 +1,7 @@
-#include "tests/unit/host/HttpServer.h"
-#include "tests/unit/host/TemporaryFolder.h"
-#include "tests/unit/host/TraceFile.h"
-#include "tests/whole/Program.h"
+#include "tests/support/HttpServer.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TraceFile.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

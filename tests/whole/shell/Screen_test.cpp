@@ -1,4 +1,4 @@
-#include "tests/whole/shell/Screen.h"
+#include "tests/support/Screen.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
-#include "tests/unit/host/TemporaryFolder.h"
-#include "tests/whole/Program.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <filesystem>

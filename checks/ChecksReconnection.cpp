@@ -1,0 +1,393 @@
+#include "checks/Presence.h"
+#include "checks/Stage.h"
+
+namespace checks
+{
+
+namespace
+{
+
+using onlinemanager::CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE;
+using onlinemanager::CONNECT_PROPERTY_CONFLICT_DEVICE_ID;
+using onlinemanager::CONNECT_PROPERTY_ONLINE;
+using onlinemanager::TUNNEL_TYPE_PAAS;
+
+std::string Log(std::string_view text)
+{
+    return LogLine("PaasOnlineImp", text);
+}
+
+const std::string kStart = Log("OnReconnectStart()");
+const std::string kNoStrategy = Log("Reconnect can't work, strategy == nullptr.");
+const std::string kStopped = Log("Reconnect stoped.");
+
+/// What the session's listener and then the tunnel's answer to the platform.
+std::vector<int32_t> Answers(int32_t decision)
+{
+    return {0, decision};
+}
+
+/// The text held under a key; "(absent)" without one.
+std::string Property(onlinemanager::IPaasOnline& session, onlinemanager::ConnectProperty key)
+{
+    char value[64];
+    return session.GetConnectProperty(key, value, sizeof(value)).status == 1 ? value : "(absent)";
+}
+
+/// A logged-in stage with a listener A at the session and a user 7 who is known to be online.
+struct ReconnectingStage : Stage
+{
+    explicit ReconnectingStage(CheckContext& context)
+        : Stage(context, Scene::LoggedIn),
+          listener(journal, "A"),
+          strategy(journal)
+    {
+        session = Session();
+        session->AddNotify(&listener);
+        users = Users();
+        Refresh(Connection(), {UserOnPc("7", 1)});
+        journal.Clear();
+    }
+
+    bool Knows7() const
+    {
+        return Known(*users, {7}).at(0) != "7: status=0";
+    }
+
+    SessionNotify listener;
+    RecordingStrategy strategy;
+    onlinemanager::IPaasOnline* session = nullptr;
+    onlinemanager::IUserOnline* users = nullptr;
+};
+
+} // namespace
+
+CONTRACT_CHECK(Reconnection, WithoutAStrategyAStartIsReadyThenLoggedThenForgetsUsersThenFailsWith50010AndAnswers2,
+               "Ready, the line, the known users forgotten, the failure, and the platform is told to stop.")
+{
+    ReconnectingStage stage(check);
+    stage.listener.hook = [&stage](const std::string& event)
+    { stage.journal.Add(event.substr(0, event.find('(')), stage.Knows7() ? " with" : " without", " user 7"); };
+    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.ExpectJournal({
+        kStart,
+        "[platform] A.OnReadyReconnect(1)",
+        "OnReadyReconnect with user 7",
+        kNoStrategy,
+        "[platform] A.OnReconnectFail(1, 50010)",
+        "OnReconnectFail without user 7",
+    });
+    // The state is logged out: a relogin is a new login.
+    check.ExpectEqual(true, stage.session->Relogin(false), "Relogin");
+    check.ExpectEqual(1U, stage.journal.Count("connection1.Login("), "platform logins");
+}
+
+CONTRACT_CHECK(Reconnection, AStrategyThatAnswers1GoesOnAndThePlatformGets1,
+               "Ready, the question, the start; the session is logging in until the platform reports.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.ExpectJournal({
+        kStart,
+        "A.OnReadyReconnect(1)",
+        "[platform] strategy.CheckReconnect() -> 1",
+        "A.OnReconnectStart(1)",
+    });
+    check.ExpectEqual(false, stage.session->Relogin(false), "Relogin while reconnecting");
+    check.Expect(stage.Knows7(), "the users are still known");
+    stage.ExpectJournal({});
+}
+
+CONTRACT_CHECK(Reconnection, AStrategyThatAnswers2StopsWith50010AndThePlatformGets2,
+               "The misspelt line, the users forgotten, the failure.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.strategy.decision = 2;
+    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.ExpectJournal({
+        kStart,
+        "A.OnReadyReconnect(1)",
+        "strategy.CheckReconnect() -> 2",
+        kStopped,
+        "A.OnReconnectFail(1, 50010)",
+    });
+    check.Expect(!stage.Knows7(), "the users are forgotten");
+}
+
+CONTRACT_CHECK(Reconnection, AStrategyThatAnswers0LeavesTheStateAt1AndAnswers0WithoutAnotherNotification,
+               "Any other value decides nothing.")
+{
+    for (const int32_t decision : {0, 3, -1})
+    {
+        ReconnectingStage stage(check);
+        stage.session->SetReconnectionStrategy(&stage.strategy);
+        stage.strategy.decision = decision;
+        check.ExpectEqual(Answers(0), stage.Connection().ReconnectStart(), "answers to the platform");
+        stage.ExpectJournal(
+            {kStart, "A.OnReadyReconnect(1)", "strategy.CheckReconnect() -> " + std::to_string(decision)});
+        check.ExpectEqual(false, stage.session->Relogin(false), "Relogin: the session counts as logging in");
+        check.Expect(stage.Knows7(), "the users are still known");
+    }
+}
+
+CONTRACT_CHECK(Reconnection, AStartWhileNotLoggedInTellsNoReadinessButAsksTheStrategy,
+               "The state stays; a second start while reconnecting is such a one.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.Connection().ReconnectStart();
+    stage.journal.Clear();
+    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers while reconnecting");
+    stage.ExpectJournal({"strategy.CheckReconnect() -> 1", "A.OnReconnectStart(1)"});
+
+    stage.Connection().Logouted(5);
+    stage.journal.Clear();
+    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers while logged out");
+    stage.ExpectJournal({"strategy.CheckReconnect() -> 1", "A.OnReconnectStart(1)"});
+    check.ExpectEqual(true, stage.session->Relogin(false), "Relogin: the session is still logged out");
+}
+
+CONTRACT_CHECK(Reconnection, AStartWhileLoggedOutWithoutAStrategyIsStoppedAllTheSame,
+               "The line, the failure and the answer 2.")
+{
+    Stage stage(check);
+    SessionNotify listener(stage.journal, "A");
+    stage.Session()->AddNotify(&listener);
+    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.ExpectJournal({kNoStrategy, "A.OnReconnectFail(1, 50010)"});
+}
+
+CONTRACT_CHECK(Reconnection, AStopLeavesTheUserServiceLoggedIn,
+               "Only the known users are forgotten: whose service it is is taken back at a logout.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().ReconnectStart();
+    stage.journal.Clear();
+    check.ExpectEqual(true, stage.users->SetSelfCustomInfo("back"), "SetSelfCustomInfo after the stop");
+    stage.ExpectJournal(
+        {LogLine("UserOnlineImp", "SetSelfCustomInfo, info=back."), "online1.SetUserCustomInfo(\"back\")"});
+}
+
+CONTRACT_CHECK(Reconnection, AStopLeavesTheConnectionProperties, "Property 0 follows platform events only.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().ReconnectStart();
+    check.ExpectEqual("true", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0");
+}
+
+CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "The next start finds none.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.session->SetReconnectionStrategy(nullptr);
+    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.ExpectJournal({kStart, "A.OnReadyReconnect(1)", kNoStrategy, "A.OnReconnectFail(1, 50010)"});
+}
+
+CONTRACT_CHECK(Reconnection, AStartDuringAPendingJoinFirstReportsTheJoinAsFailedWith50001,
+               "Before anything else, once, to the listeners of the tunnel.")
+{
+    ReconnectingStage stage(check);
+    onlinemanager::IMeetingTunnel* const tunnel = stage.Tunnel(TUNNEL_TYPE_PAAS);
+    TunnelNotify meeting(stage.journal, "T");
+    tunnel->AddNotify(&meeting);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    check.ExpectEqual(true, tunnel->JoinMeeting({}), "JoinMeeting");
+    stage.journal.Clear();
+    stage.Connection().ReconnectStart();
+    stage.ExpectJournal({
+        Log("OnReconnectStart, join result notify"),
+        "[platform] T.OnJoinMeetingResult(50001)",
+        kStart,
+        "A.OnReadyReconnect(1)",
+        "strategy.CheckReconnect() -> 1",
+        "A.OnReconnectStart(1)",
+    });
+    stage.Connection().ReconnectStart();
+    stage.ExpectJournal({"strategy.CheckReconnect() -> 1", "A.OnReconnectStart(1)"});
+    tunnel->RemoveAllNotify();
+}
+
+CONTRACT_CHECK(Reconnection, ASuccessLogsInThenNotifiesThenRefreshesTheCompany,
+               "State 2 and property 0 are set before the listeners hear of it; the refresh comes last.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.Connection().ReconnectStart();
+    stage.Connection().ReconnectFail(9, nullptr);
+    check.ExpectEqual("false", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0 after the failure");
+    stage.listener.hook = [&stage](const std::string&)
+    {
+        stage.journal.Add("relogin ", stage.session->Relogin(false), ", online ",
+                          Property(*stage.session, CONNECT_PROPERTY_ONLINE));
+    };
+    stage.journal.Clear();
+    stage.Connection().ReconnectSucess();
+    stage.ExpectJournal({
+        Log("OnReconnectSucess()"),
+        "[platform] A.OnReconnectSucess(1)",
+        "relogin 1, online true",
+        "online1.RefreshAllUsersStatus() -> 102",
+    });
+}
+
+CONTRACT_CHECK(Reconnection, AFailedRefreshAfterASuccessIsOnlyLogged, "The line, and nothing else.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().online.SetResult("RefreshAllUsersStatus", E_FAIL);
+    stage.Connection().ReconnectSucess();
+    stage.ExpectJournal({
+        Log("OnReconnectSucess()"),
+        "A.OnReconnectSucess(1)",
+        "online1.RefreshAllUsersStatus() -> 102",
+        LogLine("UserOnlineImp", "Reconnected refresh company user status failed."),
+    });
+}
+
+CONTRACT_CHECK(Reconnection, TheRefreshAfterASuccessIsNotReportedAsFinished,
+               "Only refreshes that the host started are; the changes are told all the same.")
+{
+    ReconnectingStage stage(check);
+    UserNotify listener(stage.journal, "U");
+    stage.users->AddNotify(&listener);
+    stage.Connection().ReconnectSucess();
+    stage.journal.Clear();
+    Refresh(stage.Connection(), {UserOnPc("8", 1)}, 102);
+    stage.ExpectJournal({"U.OnUserStatusChanged([8,7])"});
+    stage.users->RemoveAllNotify();
+}
+
+CONTRACT_CHECK(Reconnection, AFailureWithCode36AndADeviceIdFillsProperty2AndPasses36Unchanged,
+               "A refused reconnection is told apart from a login that was taken over.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().ReconnectFail(36, "tablet-9");
+    stage.ExpectJournal({"[platform] A.OnReconnectFail(1, 36)"});
+    check.ExpectEqual("tablet-9", Property(*stage.session, CONNECT_PROPERTY_CONFLICT_DEVICE_ID), "property 2");
+    check.ExpectEqual("(absent)", Property(*stage.session, CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE), "property 1");
+    check.ExpectEqual("false", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0");
+}
+
+CONTRACT_CHECK(Reconnection, AFailureFillsProperty2OnlyWithCode36AndAText, "Without either it is left alone.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().ReconnectFail(36, nullptr);
+    stage.Connection().ReconnectFail(35, "tablet-9");
+    stage.ExpectJournal({"A.OnReconnectFail(1, 36)", "A.OnReconnectFail(1, 35)"});
+    check.ExpectEqual("(absent)", Property(*stage.session, CONNECT_PROPERTY_CONFLICT_DEVICE_ID), "property 2");
+}
+
+CONTRACT_CHECK(Reconnection, AFailureChangesNoStateAndIsNotTheUserServicesBusiness,
+               "The session stays as it was, and the known users too.")
+{
+    ReconnectingStage stage(check);
+    stage.Connection().ReconnectFail(9, "text");
+    check.ExpectEqual(true, stage.session->Relogin(false), "still logged in");
+    check.Expect(stage.Knows7(), "the users are still known");
+    stage.ExpectJournal({"A.OnReconnectFail(1, 9)"});
+}
+
+CONTRACT_CHECK(Reconnection, EventsReachAllListenersInOrderAndNotARemovedOne,
+               "The list of the session's listeners is the one that reconnections are told to.")
+{
+    ReconnectingStage stage(check);
+    SessionNotify second(stage.journal, "B");
+    SessionNotify third(stage.journal, "C");
+    stage.session->AddNotify(&second);
+    stage.session->AddNotify(&third);
+    stage.session->RemoveNotify(&second);
+    stage.Connection().ReconnectStart();
+    stage.ExpectJournal({
+        kStart,
+        "A.OnReadyReconnect(1)",
+        "C.OnReadyReconnect(1)",
+        kNoStrategy,
+        "A.OnReconnectFail(1, 50010)",
+        "C.OnReconnectFail(1, 50010)",
+    });
+    stage.session->RemoveAllNotify();
+    stage.Connection().ReconnectFail(9, nullptr);
+    stage.ExpectJournal({});
+}
+
+CONTRACT_CHECK(Reconnection, AListenerNeedsToOverrideNothingOfReconnections, "Every operation has an empty body.")
+{
+    class Silent final : public onlinemanager::IPaasOnlineNotify
+    {
+        void OnLoginSuccess() override {}
+        void OnOffline(onlinemanager::ErrCode) override {}
+    };
+    ReconnectingStage stage(check);
+    Silent silent;
+    stage.session->RemoveAllNotify();
+    stage.session->AddNotify(&silent);
+    stage.session->AddNotify(&stage.listener);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.Connection().ReconnectStart();
+    stage.Connection().ReconnectFail(9, nullptr);
+    stage.Connection().ReconnectSucess();
+    check.ExpectEqual(4U, stage.journal.Count("A.On"), "what the next listener heard");
+}
+
+CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedOutSends30ToEveryListenerOnAnotherThread,
+               "The fixed platform code for not logged in.")
+{
+    Stage stage(check);
+    onlinemanager::IPaasOnline* const session = stage.Session();
+    SessionNotify first(stage.journal, "A");
+    SessionNotify second(stage.journal, "B");
+    session->AddNotify(&first);
+    session->AddNotify(&second);
+    check.ExpectEqual(true, session->TriggerNotify(), "TriggerNotify");
+    check.Expect(stage.journal.Await("B.OnOffline(30)"), "the last listener is told");
+    stage.ExpectJournal({"[module] A.OnOffline(30)", "[module] B.OnOffline(30)"});
+    stage.AwaitModuleThreads();
+}
+
+CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedInSendsTheLoginAgain, "OnLoginSuccess, on another thread.")
+{
+    ReconnectingStage stage(check);
+    check.ExpectEqual(true, stage.session->TriggerNotify(), "TriggerNotify");
+    check.Expect(stage.journal.Await("A.OnLoginSuccess()"), "the listener is told");
+    stage.ExpectJournal({"[module] A.OnLoginSuccess()"});
+    stage.AwaitModuleThreads();
+}
+
+CONTRACT_CHECK(Reconnection, TriggerNotifyWhileReconnectingSends30, "Only the logged-in state counts as such.")
+{
+    ReconnectingStage stage(check);
+    stage.session->SetReconnectionStrategy(&stage.strategy);
+    stage.Connection().ReconnectStart();
+    stage.journal.Clear();
+    stage.session->TriggerNotify();
+    check.Expect(stage.journal.Await("A.OnOffline(30)"), "the listener is told");
+    stage.AwaitModuleThreads();
+}
+
+CONTRACT_CHECK(Reconnection, EveryTriggerNotifyHasAThreadOfItsOwn,
+               "A listener that does not return holds up nobody else's notification.")
+{
+    Stage stage(check);
+    onlinemanager::IPaasOnline* const session = stage.Session();
+    SessionNotify listener(stage.journal, "A");
+    std::atomic<int> inside{0};
+    std::atomic<bool> together{false};
+    listener.hook = [&](const std::string&)
+    {
+        // The first waits for the second, which can come only on another thread.
+        if (++inside == 1)
+        {
+            together = stage.journal.Await("A.OnOffline(30)", 2);
+        }
+    };
+    session->AddNotify(&listener);
+    session->TriggerNotify();
+    session->TriggerNotify();
+    stage.AwaitModuleThreads();
+    check.Expect(together, "the second notification came while the first was under way");
+    session->RemoveAllNotify();
+}
+
+} // namespace checks

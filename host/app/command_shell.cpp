@@ -1,0 +1,168 @@
+#include "host/app/command_shell.h"
+
+#include "host/app/LoginOptions.h"
+#include "host/app/OptionCheck.h"
+#include "host/app/TraceOptions.h"
+#include "host/console/ExitCode.h"
+#include "host/shell/Shell.h"
+#include "host/shell/ShellScript.h"
+#include "host/shell/ShellSignals.h"
+#include "host/shell/ShellValues.h"
+#include "onlinehost/Error.h"
+#include "onlinehost/LogCenter.h"
+#include "onlinehost/Text.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <memory>
+#include <optional>
+#include <unistd.h>
+
+namespace host
+{
+
+using namespace onlinehost;
+
+namespace
+{
+
+constexpr size_t kKeptLogLines = 1000;
+
+struct Options
+{
+    LoginOptions login;
+    std::string script;
+    std::string user;
+    std::string users;
+    std::optional<std::string> history;
+    TraceOptions trace;
+};
+
+/// Where programs keep what they have learnt of their user; empty when there is no such place.
+std::filesystem::path DefaultHistory()
+{
+    const char* const state = std::getenv("XDG_STATE_HOME");
+    const char* const home = std::getenv("HOME");
+    const std::filesystem::path base = state != nullptr && *state == '/' ? std::filesystem::path(state)
+                                       : home != nullptr && *home != '\0'
+                                           ? std::filesystem::path(home) / ".local" / "state"
+                                           : std::filesystem::path();
+    return base.empty() ? base : base / "onlinehost" / "history";
+}
+
+LogCenter::Options ToLogOptions(const Options& options)
+{
+    LogCenter::Options log = ToLogOptions(options.login);
+    log.keptLines = kKeptLogLines;
+    return log;
+}
+
+Shell::Options ToShellOptions(const Options& options)
+{
+    Shell::Options shell;
+    shell.world.module = options.login.module;
+    shell.world.caFile = options.login.caFile;
+    shell.world.timeLimit = options.login.TimeLimit();
+    shell.world.login = ToLoginParam(options.login);
+    if (!options.users.empty())
+    {
+        shell.first.push_back("company " + options.users);
+    }
+    if (!options.user.empty())
+    {
+        shell.first.push_back("login " + options.user);
+    }
+    shell.history = options.history ? std::filesystem::path(*options.history) : DefaultHistory();
+    return shell;
+}
+
+class File
+{
+public:
+    explicit File(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC))
+    {
+        if (m_descriptor < 0)
+        {
+            throw Error(Printable(path) + " cannot be read: " + std::strerror(errno));
+        }
+    }
+
+    ~File()
+    {
+        close(m_descriptor);
+    }
+
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    int Descriptor() const
+    {
+        return m_descriptor;
+    }
+
+private:
+    const int m_descriptor;
+};
+
+int Serve(Shell& shell, const std::string& scriptPath)
+{
+    if (!scriptPath.empty())
+    {
+        const File file(scriptPath);
+        ShellScript script(file.Descriptor(), scriptPath);
+        return shell.RunScript(script);
+    }
+    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1)
+    {
+        return shell.RunTerminal();
+    }
+    ShellScript script(STDIN_FILENO, "standard input");
+    return shell.RunScript(script);
+}
+
+int Run(const Options& options)
+{
+    // Before anything that has threads.
+    ShellSignals signals;
+    LogCenter log(ToLogOptions(options));
+    TraceFiles trace(options.trace, log);
+    int exitCode = EXIT_DONE;
+    {
+        Shell shell(ToShellOptions(options), signals, log, trace.Get());
+        exitCode = Serve(shell, options.script);
+    }
+    trace.Close();
+    return exitCode;
+}
+
+} // namespace
+
+void AddShellCommand(CLI::App& program, int& exitCode)
+{
+    CLI::App* const command =
+        program.add_subcommand("shell", "Work on the in-process platform at a prompt, or by a script");
+    const auto options = std::make_shared<Options>();
+
+    command->add_option("SCRIPT", options->script, "File with commands; without it they come from the standard input");
+    command->add_option("--user", options->user, "Log this terminal in first: USER or USER@DEVICE")
+        ->type_name("TERMINAL")
+        ->check(OptionCheck(ParseTerminal));
+    command->add_option("--users", options->users, "Size of a company of simulated colleagues to begin with")
+        ->type_name("NUMBER")
+        ->check(NumberCheck("number of users"));
+    AddLoginOptions(*command, options->login);
+    command->add_option("--history", options->history,
+                        "File that remembers what was typed at the prompt, or '' for none; by default "
+                        "onlinehost/history in the user's folder for state");
+    AddTraceOptions(*command, options->trace);
+    command->footer(std::string("\"help\" at the prompt lists the commands. A script ends at the first command that "
+                                "fails, with its exit code.\n") +
+                    kExitCodeHelp);
+
+    command->callback([options, &exitCode] { exitCode = Run(*options); });
+}
+
+} // namespace host

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "host/console/Console.h"
+
+#include <cstddef>
+#include <string>
+
+namespace host
+{
+
+/// Shows how far a long piece of work is: a bar that moves on a terminal, a few lines elsewhere, nothing for small work.
+class ProgressBar
+{
+public:
+    static constexpr size_t kSmallWork = 1000;
+
+    /// The console must outlive the bar. `what` says what is being done.
+    ProgressBar(const Console& out, std::string what);
+    /// Takes the bar off the terminal.
+    ~ProgressBar();
+    ProgressBar(const ProgressBar&) = delete;
+    ProgressBar& operator=(const ProgressBar&) = delete;
+
+    /// May be called as often as one likes.
+    void Show(size_t done, size_t total);
+
+private:
+    void Draw(size_t percent, size_t done, size_t total);
+
+    const Console& m_out;
+    const std::string m_what;
+    size_t m_shown = 0; ///< percent
+    bool m_isDrawn = false;
+};
+
+/// 1234567 as "1 234 567".
+std::string GroupDigits(size_t number);
+
+} // namespace host

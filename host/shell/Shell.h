@@ -1,0 +1,164 @@
+#pragma once
+
+#include "host/console/Console.h"
+#include "host/shell/ShellCommand.h"
+#include "host/shell/ShellEvent.h"
+#include "host/shell/ShellInbox.h"
+#include "host/shell/ShellSignals.h"
+#include "host/shell/ShellWorld.h"
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace host
+{
+
+class ShellScript;
+class LineEditor;
+
+/// A person's terminal on the service, or the same for a script: runs commands, and shows what happens meanwhile.
+///
+/// At a terminal an event is shown when it comes. In a script it is shown when a command waits for it, or for one behind it,
+/// or at the end, so that the same script writes the same output.
+class Shell
+{
+public:
+    struct Options
+    {
+        ShellWorld::Options world;
+        std::filesystem::path history;  ///< empty: none
+        std::vector<std::string> first; ///< lines to run before all others
+    };
+
+    /// What is handed over must outlive the shell; `trace` is null when nothing is recorded. `Error` when something that it
+    /// stands on cannot be made.
+    Shell(const Options& options, ShellSignals& signals, onlinehost::LogCenter& log, Trace* trace);
+    ~Shell();
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
+
+    /// Serves the terminal until the person leaves. The result is the program's exit code.
+    int RunTerminal();
+
+    /// Runs lines up to the first that fails.
+    int RunScript(ShellScript& script);
+
+    // For commands.
+
+    ShellTable& Table()
+    {
+        return m_table;
+    }
+
+    ShellWorld& World()
+    {
+        return m_world;
+    }
+
+    const Console& Out() const
+    {
+        return m_out;
+    }
+
+    /// The terminal that commands are for; `ShellFailure` when there is none yet.
+    ShellTerminal& Device();
+    void SetDevice(ShellTerminal* device);
+
+    /// Null when there is none yet.
+    const ShellTerminal* CurrentDevice() const
+    {
+        return m_device;
+    }
+
+    /// Shows a text of one or more lines.
+    void Say(std::string_view text);
+
+    /// What the command before this one has said, events included.
+    const std::string& SaidBefore() const
+    {
+        return m_saidBefore;
+    }
+
+    /// Lets the command after this one see the same.
+    void KeepSaid()
+    {
+        m_said = m_saidBefore;
+    }
+
+    using Wanted = std::function<bool(const ShellEvent&)>;
+
+    /// Waits for the first wanted event with at least this number, showing all up to it. Nothing when none came in time.
+    std::optional<ShellEvent> Await(uint64_t firstNumber, const Wanted& isWanted, std::chrono::milliseconds limit);
+
+    /// The same for an event that no call of this has taken yet, however old, which is taken.
+    std::optional<ShellEvent> AwaitAndTake(const Wanted& isWanted, std::chrono::milliseconds limit);
+
+    /// The number of the next event: what a command causes has at least this one.
+    uint64_t Mark() const
+    {
+        return m_inbox.NextNumber();
+    }
+
+    /// Shows everything that has come.
+    void ShowAll();
+
+    /// What has come so far cannot be taken any more.
+    void Forget();
+
+    /// Runs a command inside a command.
+    void Execute(const std::vector<std::string>& words);
+
+    void Quit()
+    {
+        m_isOver = true;
+    }
+
+private:
+    struct Entry
+    {
+        ShellEvent event;
+        bool isShown = false;
+        bool isTaken = false;
+    };
+
+    void Collect();
+    void Show(Entry& entry);
+    void ShowChanges(ShellTerminal& device, const std::vector<unsigned>& userIds);
+    void DropOld();
+    Entry* FindEntry(const std::function<bool(const Entry&)>& isWanted);
+    Entry* AwaitEntry(const std::function<bool(const Entry&)>& isWanted, std::chrono::milliseconds limit);
+    /// False when the time has come.
+    bool WaitForNews(std::chrono::steady_clock::time_point deadline);
+    void TakeSignals();
+
+    void ExecuteLine(const std::string& line);
+    int Report(const std::string& place, const std::string& line, const std::exception& error);
+    int RunFirstLines();
+    void HandleTerminalSignals();
+    std::string Prompt() const;
+    std::vector<std::string> Complete(std::string_view lineStart) const;
+    std::vector<std::string> LookUp(ShellKind kind, std::string_view start) const;
+
+    const Options m_options;
+    const Console m_out{stdout};
+    const Console m_errors{stderr};
+    ShellSignals& m_signals;
+    ShellInbox m_inbox;
+    ShellWorld m_world;
+    ShellTable m_table;
+    std::unique_ptr<LineEditor> m_terminal; ///< null in a script
+    ShellTerminal* m_device = nullptr;
+    std::deque<Entry> m_entries;
+    std::string m_said;
+    std::string m_saidBefore;
+    bool m_isOver = false;
+    int m_endingSignal = 0; ///< that asks the program to end
+};
+
+} // namespace host

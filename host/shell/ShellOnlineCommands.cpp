@@ -1,0 +1,583 @@
+#include "host/shell/ShellOnlineCommands.h"
+
+#include "host/shell/Shell.h"
+#include "host/shell/ShellFailure.h"
+#include "host/shell/ShellValues.h"
+#include "onlinehost/Text.h"
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace host
+{
+
+using namespace onlinehost;
+
+namespace
+{
+
+using namespace onlinemanager;
+
+constexpr char kGroup[] = "On the service";
+constexpr size_t kMostUsers = 20; ///< that `who` lists one by one unless asked for all
+
+std::string Because(const std::string& reason)
+{
+    return reason.empty() ? "" : " (" + reason + ")";
+}
+
+/// Ends the command for something that the module refused at once.
+[[noreturn]] void Refuse(Shell& shell, ShellTerminal& device)
+{
+    const std::string reason = shell.World().TakeFailure();
+    const std::string text = !device.isLoggedIn ? device.Name() + " is not logged in" : "the module refused it";
+    throw ShellFailure(EXIT_REFUSED, text + Because(reason));
+}
+
+class OnlineCommands
+{
+public:
+    explicit OnlineCommands(Shell& shell) : m_shell(shell) {}
+
+    void Login(const ShellArguments& arguments)
+    {
+        const std::string name = arguments.Text("TERMINAL");
+        const auto [user, deviceName] = name.empty() ? std::pair(uint32_t{0}, std::string()) : ParseTerminal(name);
+        ShellTerminal& device = name.empty() ? m_shell.Device() : m_shell.World().Device(user, deviceName);
+        m_shell.SetDevice(&device);
+
+        LoginParam& login = device.login;
+        login.server = arguments.Text("server", login.server);
+        login.token = arguments.Text("token", login.token);
+        login.mutex = arguments.Text("mutex", login.mutex);
+        login.companyid = arguments.Number("company", login.companyid);
+        login.terminal = static_cast<quenda::TerminalType>(arguments.Number("type", login.terminal));
+        login.registeruser = arguments.Has("register");
+
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        if (!device.Online().FetchAddress(login))
+        {
+            m_shell.ShowAll();
+            throw ShellFailure(EXIT_FAILED, "did not get the address behind " + Printable(login.server));
+        }
+        if (!device.Online().Login(login, arguments.Has("force")))
+        {
+            const std::string reason = m_shell.World().TakeFailure();
+            throw ShellFailure(EXIT_REFUSED, "the module refused the login at once" + Because(reason));
+        }
+        const Event result = Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        if (result.kind == EventKind::Offline)
+        {
+            throw ShellFailure(EXIT_REFUSED,
+                               "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
+        }
+        // The presence service is told after all listeners and refuses until then; its own refresh says that it was told.
+        Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
+    }
+
+    void Logout(const ShellArguments&)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        if (!device.isLoggedIn || !device.Online().Online().Logout())
+        {
+            Refuse(m_shell, device);
+        }
+        Result(device, mark, {EventKind::Offline}, TUNNEL_TYPE_NONE);
+    }
+
+    void As(const ShellArguments& arguments)
+    {
+        if (!arguments.Has("TERMINAL"))
+        {
+            ListTerminals();
+            return;
+        }
+        const auto [user, deviceName] = ParseTerminal(arguments.Text("TERMINAL"));
+        ShellTerminal& device = m_shell.World().Device(user, deviceName);
+        if (!arguments.Has("COMMAND"))
+        {
+            m_shell.SetDevice(&device);
+            return;
+        }
+        const ShellTerminal* const before = m_shell.CurrentDevice();
+        m_shell.SetDevice(&device);
+        try
+        {
+            m_shell.Execute(arguments.Words("COMMAND"));
+        }
+        catch (...)
+        {
+            GoBack(before);
+            throw;
+        }
+        GoBack(before);
+    }
+
+    void Who(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        std::vector<unsigned> ids = arguments.Users("USER");
+        const bool isAsked = !ids.empty();
+        if (!isAsked)
+        {
+            ids.assign(device.known.begin(), device.known.end());
+        }
+        std::vector<UserOnlineInfo> users = device.Query(ids);
+        if (!isAsked)
+        {
+            Forget(device, users);
+        }
+        const auto isOnline = [](const UserOnlineInfo& user) { return user.online_status == 1; };
+        const auto online = std::count_if(users.begin(), users.end(), isOnline);
+        const size_t known = users.size();
+        if (arguments.Has("online"))
+        {
+            std::erase_if(users, [&](const UserOnlineInfo& user) { return !isOnline(user); });
+        }
+        const size_t shown = isAsked || arguments.Has("all") ? users.size() : std::min(users.size(), kMostUsers);
+        for (size_t i = 0; i < shown; ++i)
+        {
+            m_shell.Say(DescribeUser(users[i]));
+        }
+        if (shown < users.size())
+        {
+            m_shell.Say("and " + std::to_string(users.size() - shown) + " more (\"who all\")");
+        }
+        if (!isAsked)
+        {
+            m_shell.Say(CountText(known, "user") + " known, " + std::to_string(online) + " online");
+        }
+    }
+
+    void Refresh(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        unsigned requestId = 0;
+        if (arguments.Has("USER"))
+        {
+            if (!device.Online().Users().RefreshUserStatus(arguments.Users("USER"), &requestId))
+            {
+                Refuse(m_shell, device);
+            }
+            Result(device, mark, {EventKind::UserStatusChanged}, TUNNEL_TYPE_NONE);
+            return;
+        }
+        if (!device.Online().Users().RefreshCompanyUserStatus(&requestId))
+        {
+            Refuse(m_shell, device);
+        }
+        const Event result = Result(device, mark, {EventKind::UserStatusRefreshed}, TUNNEL_TYPE_NONE);
+        Check("the refresh", result);
+    }
+
+    void Watch(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const std::vector<uint32_t> users = arguments.Users("USER");
+        device.watched.insert(users.begin(), users.end());
+        device.watchesAll = device.watchesAll || arguments.Has("all");
+        if (arguments.Has("off"))
+        {
+            device.watchesAll = false;
+            device.watched.clear();
+        }
+        m_shell.Say(device.watchesAll        ? std::string("watches everybody")
+                    : device.watched.empty() ? std::string("watches nobody")
+                                             : "watches " + ListIds(device.watched));
+    }
+
+    void Custom(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        IUserOnline& users = device.Online().Users();
+        if (!arguments.Has("TEXT"))
+        {
+            std::string text(kLongestCustom, '\0');
+            users.GetSelfCustomInfo(text.data(), static_cast<unsigned>(text.size()));
+            text.resize(std::min(text.find('\0'), text.size()));
+            m_shell.Say("custom text: \"" + Printable(text) + "\"");
+            return;
+        }
+        m_shell.World().TakeFailure();
+        if (!users.SetSelfCustomInfo(arguments.Text("TEXT")))
+        {
+            Refuse(m_shell, device);
+        }
+    }
+
+    void Invite(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const std::vector<unsigned> ids = arguments.Users("USER");
+        InviteData data;
+        data.inviteCode = arguments.Number("code");
+        data.roomCompanyId = device.login.companyid;
+        data.isForce = arguments.Has("force");
+        data.meetingId = arguments.Has("meeting") ? arguments.Meeting("meeting").Data1 : device.roomId;
+        data.userId = device.login.userid;
+        data.userName = arguments.Text("name", "user " + std::to_string(data.userId));
+        data.terminal = device.login.deviceid;
+
+        m_shell.World().TakeFailure();
+        unsigned inviteId = 0;
+        if (!device.Online().Users().InviteUsers(ids, data, &inviteId))
+        {
+            Refuse(m_shell, device);
+        }
+        if (inviteId == 0)
+        {
+            m_shell.Say("nobody else is invited");
+            return;
+        }
+        device.sent[inviteId] = ids;
+        m_shell.Say("sends invitation " + std::to_string(inviteId) + " to " + CountText(ids.size(), "user"));
+    }
+
+    void Invitations(const ShellArguments&)
+    {
+        const ShellTerminal& device = m_shell.Device();
+        for (const auto& [id, inviter] : device.received)
+        {
+            m_shell.Say("received: " + std::to_string(id) + " of user " + std::to_string(inviter));
+        }
+        for (const auto& [id, users] : device.sent)
+        {
+            m_shell.Say("sent: " + std::to_string(id) + " to " + ListIds(users));
+        }
+        m_shell.Say(std::to_string(device.received.size()) + " received and open, " +
+                    std::to_string(device.sent.size()) + " sent");
+    }
+
+    void Answer(const ShellArguments& arguments, bool isAccept)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const uint32_t id = arguments.Number("INVITATION");
+        const auto found = device.received.find(id);
+        if (found == device.received.end() && !arguments.Has("from"))
+        {
+            throw ShellFailure(EXIT_REFUSED, "there is no open invitation " + std::to_string(id) + Open(device) +
+                                                 "; with from=USER it is answered all the same");
+        }
+        const uint32_t inviter = arguments.Number("from", found == device.received.end() ? 0 : found->second);
+        m_shell.World().TakeFailure();
+        if (!device.Online().Users().AcceptInvite(inviter, id, isAccept))
+        {
+            Refuse(m_shell, device);
+        }
+        if (!isAccept)
+        {
+            device.received.erase(id);
+        }
+    }
+
+    void DeclineAll(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        std::vector<unsigned> spared;
+        for (const std::string& word : arguments.Words("SPARED"))
+        {
+            spared.push_back(ParseNumber(word, "invitation id"));
+        }
+        const auto reason = static_cast<RejectInvitationReason>(arguments.Number("reason", REJECT_INVITATION_DECLINED));
+        m_shell.World().TakeFailure();
+        if (!device.Online().Users().RejectAllInvite(reason, spared))
+        {
+            Refuse(m_shell, device);
+        }
+    }
+
+    void Abandon(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const uint32_t id = arguments.Number("INVITATION");
+        const auto found = device.sent.find(id);
+        std::vector<unsigned> ids = arguments.Users("USER");
+        if (ids.empty() && found == device.sent.end())
+        {
+            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) +
+                                                 " was not sent from here; name the users to withdraw it from");
+        }
+        if (ids.empty())
+        {
+            ids = found->second;
+        }
+        m_shell.World().TakeFailure();
+        if (!device.Online().Users().AbandonInvite(id, ids))
+        {
+            Refuse(m_shell, device);
+        }
+    }
+
+    void Join(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const TunnelType tunnel = arguments.Has("gateway") ? TUNNEL_TYPE_GW : TUNNEL_TYPE_PAAS;
+        JoinData data{};
+        data.guid = arguments.Meeting("MEETING");
+        data.user_id = device.login.userid;
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        if (!device.Online().Tunnel(tunnel).JoinMeeting(data))
+        {
+            Refuse(m_shell, device);
+        }
+        Check("the join", Result(device, mark, {EventKind::JoinMeetingResult}, tunnel));
+        device.roomId = data.guid.Data1;
+        device.groupId = platform::Platform::MeetingGroupId(data.guid);
+    }
+
+    void Leave(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const TunnelType tunnel = arguments.Has("gateway") ? TUNNEL_TYPE_GW : TUNNEL_TYPE_PAAS;
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        if (!device.Online().Tunnel(tunnel).LeaveMeeting())
+        {
+            Refuse(m_shell, device);
+        }
+        Check("the leave", Result(device, mark, {EventKind::LeaveMeetingResult}, tunnel));
+    }
+
+    void Quality(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const auto info = std::make_shared<AVQualityInfo>();
+        info->avQualityLevel = static_cast<int32_t>(arguments.Number("LEVEL"));
+        info->userId = device.login.userid;
+        info->roomId = device.roomId;
+        info->groupId = device.groupId;
+        info->appId = device.login.appid;
+        AddStreams(*info, device.login.userid, arguments);
+        m_shell.World().TakeFailure();
+        if (!device.Online().Mds().SendAVQualityInfo(info))
+        {
+            Refuse(m_shell, device);
+        }
+        m_shell.Say(device.isMeasured ? "the reports that were asked for are on their way"
+                                      : "nobody has asked for reports, so none was sent");
+    }
+
+    void Reconnect(const ShellArguments& arguments)
+    {
+        using Decision = Component::Reconnection;
+        const std::string word = arguments.Text("DECISION");
+        m_shell.Device().Online().SetReconnection(word == "yes"  ? Decision::GoOn
+                                                  : word == "no" ? Decision::Stop
+                                                                 : Decision::Undecided);
+    }
+
+    void LogLevel(const ShellArguments& arguments)
+    {
+        m_shell.World().Log().SetLevel(ParseLogLevel(arguments.Text("LEVEL")));
+    }
+
+    void Log(const ShellArguments& arguments)
+    {
+        constexpr uint32_t kUsual = 10;
+        const std::vector<std::string> lines = m_shell.World().Log().Lines();
+        const size_t count = std::min<size_t>(arguments.Number("COUNT", kUsual), lines.size());
+        for (size_t i = lines.size() - count; i < lines.size(); ++i)
+        {
+            m_shell.Say(Printable(lines[i]));
+        }
+    }
+
+private:
+    static constexpr size_t kLongestCustom = 4096;
+
+    Event Result(const ShellTerminal& device, uint64_t mark, std::initializer_list<EventKind> kinds, TunnelType tunnel)
+    {
+        const auto isResult = [&](const ShellEvent& event)
+        {
+            const bool isKind = std::find(kinds.begin(), kinds.end(), event.event.kind) != kinds.end();
+            return event.source == device.Name() && event.name == ShellEventName(event.event.kind) && isKind &&
+                   event.event.tunnel == tunnel;
+        };
+        const std::chrono::milliseconds limit = m_shell.World().Settings().timeLimit;
+        const std::optional<ShellEvent> result = m_shell.Await(mark, isResult, limit);
+        if (!result)
+        {
+            throw ShellFailure(EXIT_FAILED, "there was no answer in " + std::to_string(limit.count()) + " ms");
+        }
+        return result->event;
+    }
+
+    static void Check(const std::string& what, const Event& result)
+    {
+        if (result.code != ERR_SUCCESS)
+        {
+            throw ShellFailure(EXIT_REFUSED, what + " failed: " + CodeMeaning(result.code));
+        }
+    }
+
+    static std::string Conflict(ShellTerminal& device, const Event& result)
+    {
+        const auto other = device.Online().Property(CONNECT_PROPERTY_CONFLICT_DEVICE_ID);
+        const bool isConflict = result.code == avcore::ZOL_PORT_LOGIN_CONFLICT && other && !other->empty();
+        return isConflict ? "; the other device is \"" + Printable(*other) + "\", \"login force\" takes over" : "";
+    }
+
+    static std::string Open(const ShellTerminal& device)
+    {
+        std::vector<uint32_t> ids;
+        for (const auto& invitation : device.received)
+        {
+            ids.push_back(invitation.first);
+        }
+        return ids.empty() ? "; none is open" : "; open are " + ListIds(ids);
+    }
+
+    void GoBack(const ShellTerminal* device)
+    {
+        const auto& devices = m_shell.World().Devices();
+        const auto found =
+            std::find_if(devices.begin(), devices.end(), [device](const auto& known) { return known.get() == device; });
+        m_shell.SetDevice(found == devices.end() ? nullptr : found->get());
+    }
+
+    void ListTerminals()
+    {
+        for (const auto& device : m_shell.World().Devices())
+        {
+            m_shell.Say((device.get() == m_shell.CurrentDevice() ? "* " : "  ") + device->Name() +
+                        (device->isLoggedIn ? "" : " (offline)"));
+        }
+    }
+
+    /// Users that the module does not know any more, after a refresh of others for example, are not known here either.
+    static void Forget(ShellTerminal& device, std::vector<UserOnlineInfo>& users)
+    {
+        std::erase_if(users,
+                      [&device](const UserOnlineInfo& user)
+                      {
+                          const bool isUnknown = user.terminals.empty();
+                          if (isUnknown)
+                          {
+                              device.known.erase(user.user_id);
+                          }
+                          return isUnknown;
+                      });
+    }
+
+    static void AddStreams(AVQualityInfo& info, uint32_t userId, const ShellArguments& arguments)
+    {
+        const std::string loss = arguments.Text("loss", "0%");
+        const std::string rtt = arguments.Text("rtt", "20ms");
+        for (uint32_t i = 0; i < arguments.Number("audio"); ++i)
+        {
+            info.sendAudio.push_back(std::make_shared<AudioQualityData>(
+                AudioQualityData{userId, "user " + std::to_string(userId), "udp", "64kbps", loss, rtt, "2ms"}));
+        }
+        for (uint32_t i = 0; i < arguments.Number("video"); ++i)
+        {
+            info.sendVideo.push_back(std::make_shared<VideoQualityData>(
+                VideoQualityData{userId, i + 1, "user " + std::to_string(userId), "udp", "1500kbps", "1280x720", "25",
+                                 loss, rtt, "3ms"}));
+        }
+    }
+
+    Shell& m_shell;
+};
+
+} // namespace
+
+void AddOnlineCommands(Shell& shell)
+{
+    using Form = ShellForm;
+    using Kind = ShellKind;
+    constexpr uint32_t kMostStreams = 10'000;
+    const auto commands = std::make_shared<OnlineCommands>(shell);
+    const auto add = [&](std::string name, std::vector<ShellParameter> parameters, std::string summary,
+                         std::string details, auto run)
+    {
+        shell.Table().Add({kGroup, std::move(name), std::move(parameters), std::move(summary), std::move(details),
+                           [commands, run](const ShellArguments& arguments) { run(*commands, arguments); }});
+    };
+    const auto call = [](void (OnlineCommands::*member)(const ShellArguments&))
+    { return [member](OnlineCommands& self, const ShellArguments& arguments) { (self.*member)(arguments); }; };
+
+    add("login",
+        {{"TERMINAL", Form::Optional, Kind::Terminal},
+         {"force", Form::Flag},
+         {"register", Form::Flag},
+         {"server", Form::Option},
+         {"token", Form::Option},
+         {"mutex", Form::Option},
+         {"company", Form::Option, Kind::Number},
+         {"type", Form::Option, Kind::Number}},
+        "Log a terminal in, and go on as that one",
+        "TERMINAL is USER or USER@DEVICE; without it the present one logs in. What is given stays for its later "
+        "logins.\n"
+        "Two terminals of a user whose mutex texts are the same shut each other out, and force decides for the new "
+        "one;\n"
+        "at first the text is the device, so that terminals with different devices stand side by side.\n",
+        call(&OnlineCommands::Login));
+    add("logout", {}, "Log the present terminal out", "", call(&OnlineCommands::Logout));
+    add("as", {{"TERMINAL", Form::Optional, Kind::Terminal}, {"COMMAND", Form::Any, Kind::Line}},
+        "Go on as another terminal, or run one command as that one",
+        "Without arguments it lists the terminals. A terminal that does not exist yet is made, and is offline.\n",
+        call(&OnlineCommands::As));
+    add("who", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"online", Form::Flag}},
+        "Show what the module knows of users",
+        "Without users it shows the known ones, the first " + std::to_string(kMostUsers) +
+            " unless all are wanted. See also: refresh, watch.\n",
+        call(&OnlineCommands::Who));
+    add("refresh", {{"USER", Form::Any, Kind::Users}}, "Have the module ask for the status of the whole company again",
+        "With users only they are asked for, and on purpose they are all that the module then knows.\n",
+        call(&OnlineCommands::Refresh));
+    add("watch", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"off", Form::Flag}},
+        "Show in full how users change", "", call(&OnlineCommands::Watch));
+    add("custom", {{"TEXT", Form::Optional, Kind::Text}}, "Publish a text with the terminal, or show the present one",
+        "", call(&OnlineCommands::Custom));
+    add("invite",
+        {{"USER", Form::Some, Kind::Users},
+         {"meeting", Form::Option, Kind::Meeting},
+         {"code", Form::Option, Kind::Number},
+         {"name", Form::Option},
+         {"force", Form::Flag}},
+        "Invite users to a meeting",
+        "USER may be a range, such as 2..46. The meeting is the one that was joined last unless it is named.\n",
+        call(&OnlineCommands::Invite));
+    add("invitations", {}, "List the invitations that came in and are open, and those that went out", "",
+        call(&OnlineCommands::Invitations));
+    add("accept", {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
+        "Accept an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, true); });
+    add("decline", {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
+        "Decline an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, false); });
+    add("decline-all", {{"SPARED", Form::Any, Kind::Received}, {"reason", Form::Option, Kind::Number}},
+        "Decline all open invitations but the spared ones",
+        "The module forgets the spared ones: they can be accepted, but nobody is told any more when they are "
+        "withdrawn.\n",
+        call(&OnlineCommands::DeclineAll));
+    add("abandon", {{"INVITATION", Form::One, Kind::Sent}, {"USER", Form::Any, Kind::Users}},
+        "Withdraw an invitation that went out", "Without users it is withdrawn from all that were invited.\n",
+        call(&OnlineCommands::Abandon));
+    add("join", {{"MEETING", Form::One, Kind::Meeting}, {"gateway", Form::Flag}}, "Join a meeting",
+        "MEETING is a number or a GUID. The way over the gateway needs no login.\n", call(&OnlineCommands::Join));
+    add("leave", {{"gateway", Form::Flag}}, "Leave the meeting", "", call(&OnlineCommands::Leave));
+    add("quality",
+        {{"LEVEL", Form::One, Kind::Number, {}, INT32_MAX},
+         {"audio", Form::Option, Kind::Number, {}, kMostStreams},
+         {"video", Form::Option, Kind::Number, {}, kMostStreams},
+         {"loss", Form::Option},
+         {"rtt", Form::Option}},
+        "Give the module a measurement of the meeting's quality",
+        "audio and video are numbers of streams; loss and rtt are texts that each of them carries.\n"
+        "The module sends the reports that the monitoring service has asked for. See also: monitor.\n",
+        call(&OnlineCommands::Quality));
+    add("reconnect", {{"DECISION", Form::One, Kind::Word, {"yes", "no", "undecided"}}},
+        "Decide whether a lost connection is restored", "", call(&OnlineCommands::Reconnect));
+    add("log-level", {{"LEVEL", Form::One, Kind::Word, {"info", "trace", "warning", "error", "fatal", "off"}}},
+        "Set the level of the module's log", "", call(&OnlineCommands::LogLevel));
+    add("log", {{"COUNT", Form::Optional, Kind::Number}}, "Show the newest lines of the log", "",
+        call(&OnlineCommands::Log));
+}
+
+} // namespace host

@@ -1,0 +1,374 @@
+#include "host/shell/ShellPlatformCommands.h"
+
+#include "host/console/ProgressBar.h"
+#include "host/shell/Shell.h"
+#include "host/shell/ShellFailure.h"
+#include "host/shell/ShellValues.h"
+#include "onlinehost/Text.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace host
+{
+
+using namespace onlinehost;
+
+namespace
+{
+
+using platform::CrowdScript;
+using Answer = CrowdScript::Answer;
+
+constexpr char kGroup[] = "Around you, on the in-process platform";
+constexpr uint32_t kFirstColleague = 1001;
+
+[[noreturn]] void Refuse(const std::string& text)
+{
+    throw ShellFailure(EXIT_REFUSED, text);
+}
+
+std::string StateText(platform::SessionInfo::State state)
+{
+    using State = platform::SessionInfo::State;
+    return state == State::LoggedIn ? "logged in" : state == State::LoggingIn ? "logging in" : "reconnecting";
+}
+
+platform::ReportKind ToReportKind(const std::string& word)
+{
+    return word == "overview" ? platform::ReportKind::Overview
+           : word == "detail" ? platform::ReportKind::Detail
+                              : platform::ReportKind::All;
+}
+
+class PlatformCommands
+{
+public:
+    explicit PlatformCommands(Shell& shell) : m_shell(shell) {}
+
+    void Company(const ShellArguments& arguments)
+    {
+        const onlinemanager::LoginParam& login = m_shell.World().Settings().login;
+        platform::CrowdOptions options;
+        options.appId = login.appid;
+        options.companyId = std::to_string(login.companyid);
+        options.firstUserId = arguments.Has("first") ? arguments.Users("first").front() : kFirstColleague;
+        options.count = arguments.Number("COUNT");
+        options.deviceId = arguments.Text("device", options.deviceId);
+        options.ext = "{\"tt\":" + std::to_string(arguments.Number("type", 1)) + "}";
+        options.custom = arguments.Text("custom");
+        m_shell.World().SetCompany(options);
+
+        platform::Crowd* const company = m_shell.World().Company();
+        if (company == nullptr)
+        {
+            m_shell.Say("the company has gone home");
+            return;
+        }
+        SetAnswers(*company, options, arguments);
+        {
+            ProgressBar bar(m_shell.Out(), "colleagues come online");
+            company->ComeOnline([&bar](size_t done, size_t total) { bar.Show(done, total); });
+        }
+        m_shell.Say("users " + std::to_string(options.firstUserId) + " to " +
+                    std::to_string(options.firstUserId + (options.count - 1)) + " are online on " +
+                    Printable(options.deviceId));
+    }
+
+    void Colleague(const ShellArguments& arguments)
+    {
+        platform::Crowd* const company = m_shell.World().Company();
+        const std::vector<uint32_t> users = arguments.Users("USER");
+        for (const uint32_t user : users)
+        {
+            const platform::CrowdOptions& options = m_shell.World().CompanySettings();
+            if (company == nullptr || user < options.firstUserId || user - options.firstUserId >= options.count)
+            {
+                Refuse("user " + std::to_string(user) + " is not one of the company; \"company COUNT\" makes one");
+            }
+        }
+        const std::string action = arguments.Text("ACTION");
+        const std::string value = arguments.Text("VALUE");
+        if (NeedsValue(action) != arguments.Has("VALUE"))
+        {
+            throw ShellFailure(EXIT_USAGE,
+                               action + (NeedsValue(action) ? " needs a VALUE behind it" : " takes no VALUE"));
+        }
+        const std::string group = IsAboutMeeting(action) ? Group(value) : "";
+        for (const uint32_t user : users)
+        {
+            Act(*company, user, action, value, group);
+        }
+    }
+
+    void Message(const ShellArguments& arguments)
+    {
+        const onlinemanager::LoginParam& login = m_shell.World().Settings().login;
+        const uint32_t id = m_shell.World().Platform().SendUserMessage(
+            login.appid, std::to_string(login.companyid), Sender(arguments),
+            std::to_string(arguments.Users("USER").front()), arguments.Text("TEXT"));
+        m_shell.Say("message " + std::to_string(id) + " is on its way");
+    }
+
+    void Announce(const ShellArguments& arguments)
+    {
+        const uint32_t id = m_shell.World().Platform().SendGroupMessage(Group(arguments.Text("MEETING")),
+                                                                        Sender(arguments), arguments.Text("TEXT"));
+        m_shell.Say("message " + std::to_string(id) + " is on its way");
+    }
+
+    void Monitor(const ShellArguments& arguments)
+    {
+        platform::MonitoringService& monitoring = m_shell.World().Monitoring();
+        const std::string user = arguments.Text("USER");
+        const platform::ReportKind kind = ToReportKind(arguments.Text("REPORT"));
+        if (arguments.Has("off"))
+        {
+            monitoring.Unsubscribe(user, kind);
+        }
+        else
+        {
+            monitoring.Subscribe(user, kind);
+        }
+    }
+
+    void MonitorCommand(const ShellArguments& arguments)
+    {
+        m_shell.World().Monitoring().SendCommand(arguments.Text("USER"), arguments.Text("TEXT"));
+    }
+
+    void Drop(const ShellArguments& arguments)
+    {
+        using platform::Outage;
+        const std::string name = arguments.Text("TERMINAL");
+        const auto [user, device] = name.empty()
+                                        ? std::pair(m_shell.Device().login.userid, m_shell.Device().login.deviceid)
+                                        : ParseTerminal(name);
+        const Outage outage = arguments.Has("forever")
+                                  ? Outage::Forever()
+                                  : Outage::For(arguments.Duration("for", std::chrono::milliseconds(0)));
+        const size_t count =
+            m_shell.World().Platform().GetFaults().DropConnections(std::to_string(user), device, outage);
+        if (count == 0)
+        {
+            Refuse("no connection of that terminal stands");
+        }
+        m_shell.Say("connections cut: " + std::to_string(count));
+    }
+
+    void Restore(const ShellArguments&)
+    {
+        m_shell.World().Platform().GetFaults().EndOutages();
+    }
+
+    void RefuseLogins(const ShellArguments& arguments)
+    {
+        const auto code = static_cast<avcore::ZolPortErrCode>(arguments.Number("CODE"));
+        m_shell.World().Platform().GetFaults().RefuseLogins(code, arguments.Text("USER"));
+    }
+
+    void AllowLogins(const ShellArguments& arguments)
+    {
+        m_shell.World().Platform().GetFaults().AcceptLogins(arguments.Text("USER"));
+    }
+
+    void Sessions(const ShellArguments&)
+    {
+        const std::vector<platform::SessionInfo> sessions = m_shell.World().Platform().Sessions();
+        for (const platform::SessionInfo& session : sessions)
+        {
+            m_shell.Say(Printable(session.userId + "@" + session.deviceId) + " " + StateText(session.state) +
+                        (session.groupId.empty() ? "" : ", in " + Printable(session.groupId)) +
+                        (session.custom.empty() ? "" : ", \"" + Printable(session.custom) + "\""));
+        }
+        m_shell.Say(std::to_string(sessions.size()) + " logins");
+    }
+
+private:
+    static bool IsAboutMeeting(const std::string& action)
+    {
+        return action == "join" || action == "leave";
+    }
+
+    static bool NeedsValue(const std::string& action)
+    {
+        return IsAboutMeeting(action) || action == "custom" || action == "terminal" || action == "no-terminal";
+    }
+
+    static std::string Group(const std::string& meeting)
+    {
+        try
+        {
+            return platform::Platform::MeetingGroupId(ParseMeeting(meeting));
+        }
+        catch (const Error& error)
+        {
+            throw ShellFailure(EXIT_USAGE, error.what());
+        }
+    }
+
+    static CrowdScript MakeScript(Answer answer, const ShellArguments& arguments)
+    {
+        CrowdScript script;
+        script.answer = answer;
+        script.after = arguments.Duration("after", script.after);
+        script.joinGroupId = arguments.Has("joins") ? Group(arguments.Text("joins")) : "";
+        return script;
+    }
+
+    static void SetAnswers(platform::Crowd& company, const platform::CrowdOptions& options,
+                           const ShellArguments& arguments)
+    {
+        static constexpr Answer kInTurn[] = {Answer::Accept, Answer::Decline, Answer::Ignore};
+        const std::string word = arguments.Text("answer", "ignore");
+        if (word != "mixed")
+        {
+            company.SetScript(MakeScript(ToAnswer(word), arguments));
+            return;
+        }
+        for (uint32_t i = 0; i < options.count; ++i)
+        {
+            company.SetScript(options.firstUserId + i, MakeScript(kInTurn[i % std::size(kInTurn)], arguments));
+        }
+    }
+
+    static Answer ToAnswer(const std::string& word)
+    {
+        return word == "accept" ? Answer::Accept : word == "decline" ? Answer::Decline : Answer::Ignore;
+    }
+
+    static void Act(platform::Crowd& company, uint32_t user, const std::string& action, const std::string& value,
+                    const std::string& group)
+    {
+        if (action == "online")
+        {
+            company.ComeOnline(user);
+        }
+        else if (action == "offline")
+        {
+            company.GoOffline(user);
+        }
+        else if (action == "vanish")
+        {
+            company.Vanish(user);
+        }
+        else if (action == "join")
+        {
+            company.JoinGroup(user, group);
+        }
+        else if (action == "leave")
+        {
+            company.LeaveGroup(user, group);
+        }
+        else if (action == "custom")
+        {
+            company.SetCustomInfo(user, value);
+        }
+        else if (action == "terminal" || action == "no-terminal")
+        {
+            ChangeTerminal(company, user, value, action == "terminal");
+        }
+        else
+        {
+            company.SetScript(user, {.answer = ToAnswer(action), .message = {}, .joinGroupId = {}});
+        }
+    }
+
+    static void ChangeTerminal(platform::Crowd& company, uint32_t user, const std::string& device, bool isNew)
+    {
+        const bool isDone =
+            isNew ? company.AddTerminal(user, device, R"({"tt":2})") : company.RemoveTerminal(user, device);
+        if (!isDone)
+        {
+            Refuse("user " + std::to_string(user) + " is offline, or has " + (isNew ? "" : "not ") + "that terminal" +
+                   (isNew ? " already" : ""));
+        }
+    }
+
+    std::string Sender(const ShellArguments& arguments)
+    {
+        return arguments.Has("from") ? arguments.Text("from") : std::to_string(m_shell.Device().login.userid);
+    }
+
+    Shell& m_shell;
+};
+
+} // namespace
+
+void AddPlatformCommands(Shell& shell)
+{
+    using Form = ShellForm;
+    using Kind = ShellKind;
+    const auto commands = std::make_shared<PlatformCommands>(shell);
+    const auto add = [&](std::string name, std::vector<ShellParameter> parameters, std::string summary,
+                         std::string details, void (PlatformCommands::*member)(const ShellArguments&))
+    {
+        shell.Table().Add({kGroup, std::move(name), std::move(parameters), std::move(summary), std::move(details),
+                           [commands, member](const ShellArguments& arguments)
+                           { (commands.get()->*member)(arguments); }});
+    };
+
+    add("company",
+        {{"COUNT", Form::One, Kind::Number},
+         {"first", Form::Option, Kind::User},
+         {"device", Form::Option},
+         {"type", Form::Option, Kind::Number},
+         {"custom", Form::Option},
+         {"answer", Form::Option, Kind::Word, {"accept", "decline", "ignore", "mixed"}},
+         {"after", Form::Option, Kind::Duration},
+         {"joins", Form::Option, Kind::Meeting}},
+        "Bring simulated colleagues online",
+        "Their ids count up from " + std::to_string(kFirstColleague) +
+            " or from first. answer is what they do with an invitation, after is how long they think\n"
+            "about it, and those that accept join the meeting that joins names. A later company takes the place of "
+            "the\n"
+            "present one; company 0 sends it home.\n",
+        &PlatformCommands::Company);
+    add("colleague",
+        {{"USER", Form::One, Kind::Users},
+         {"ACTION",
+          Form::One,
+          Kind::Word,
+          {"online", "offline", "vanish", "accept", "decline", "ignore", "join", "leave", "custom", "terminal",
+           "no-terminal"}},
+         {"VALUE", Form::Optional}},
+        "Have members of the company do something",
+        "accept, decline and ignore are for invitations to come; vanish is the end without a word. VALUE is the "
+        "meeting to\n"
+        "join or leave, the custom text, or the device of another terminal.\n",
+        &PlatformCommands::Colleague);
+    add("message",
+        {{"USER", Form::One, Kind::User}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
+        "Send a message to all terminals of a user",
+        "It comes from the present user unless from names another. The module only logs messages in this version; the "
+        "shell\n"
+        "shows what arrives at the connection that it shares with the module.\n",
+        &PlatformCommands::Message);
+    add("announce",
+        {{"MEETING", Form::One, Kind::Meeting}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
+        "Send a message to everybody in a meeting", "", &PlatformCommands::Announce);
+    add("monitor",
+        {{"USER", Form::One, Kind::User},
+         {"REPORT", Form::One, Kind::Word, {"overview", "detail", "all"}},
+         {"off", Form::Flag}},
+        "Have the monitoring service ask a user's terminals for quality reports",
+        "With off it does not want them any more. See also: quality.\n", &PlatformCommands::Monitor);
+    add("monitor-command", {{"USER", Form::One, Kind::User}, {"TEXT", Form::One, Kind::Text}},
+        "Send any text to a user's terminals as a command of the monitoring service", "",
+        &PlatformCommands::MonitorCommand);
+    add("drop",
+        {{"TERMINAL", Form::Optional, Kind::Terminal}, {"for", Form::Option, Kind::Duration}, {"forever", Form::Flag}},
+        "Cut a terminal's connection",
+        "Without for or forever the network is there again at once. USER alone means all of the user's terminals; the\n"
+        "connection to the gateway is the device \"gateway\".\n",
+        &PlatformCommands::Drop);
+    add("restore", {}, "End all outages", "", &PlatformCommands::Restore);
+    add("refuse", {{"CODE", Form::One, Kind::Number, {}, INT32_MAX}, {"USER", Form::Optional, Kind::User}},
+        "Have the service refuse logins with a code", "Without USER it refuses everybody.\n",
+        &PlatformCommands::RefuseLogins);
+    add("allow", {{"USER", Form::Optional, Kind::User}}, "End what refuse began for the same USER", "",
+        &PlatformCommands::AllowLogins);
+    add("sessions", {}, "List the logins as the platform sees them", "", &PlatformCommands::Sessions);
+}
+
+} // namespace host

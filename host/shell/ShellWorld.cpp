@@ -1,0 +1,112 @@
+#include "host/shell/ShellWorld.h"
+#include "host/trace/RecordComponent.h"
+
+#include "host/console/ModulePath.h"
+#include "host/shell/ShellFailure.h"
+#include "host/shell/ShellInbox.h"
+#include "onlinehost/Text.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace host
+{
+
+using namespace onlinehost;
+
+namespace
+{
+
+ShellEvent Notice(std::string_view text)
+{
+    return {.source = "platform", .name = kNoticeEvent, .text = Printable(text)};
+}
+
+} // namespace
+
+ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log, Trace* trace)
+    : m_options(options),
+      m_inbox(inbox),
+      m_log(log),
+      m_trace(trace),
+      m_module(std::make_shared<Module>(FindModule(options.module))),
+      m_logWatch(m_log, kModuleLogger, [this](std::string_view line) { NoteLogLine(line); })
+{
+    m_platform.SetDiagnostic([&inbox](std::string_view text) { inbox.Push(Notice(text)); });
+}
+
+ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
+{
+    const auto found =
+        std::find_if(m_devices.begin(), m_devices.end(),
+                     [&](const auto& known)
+                     { return known->login.userid == userId && (device.empty() || known->login.deviceid == device); });
+    if (found != m_devices.end())
+    {
+        return **found;
+    }
+    onlinemanager::LoginParam login = m_options.login;
+    login.userid = userId;
+    login.deviceid = device.empty() ? login.deviceid : device;
+    login.mutex = login.mutex.empty() ? login.deviceid : login.mutex;
+
+    HttpClient::Options http;
+    http.caFile = m_options.caFile;
+    http.timeLimit = m_options.timeLimit;
+    http.onFailure = [&inbox = m_inbox](const std::string& text) { inbox.Push(Notice(text)); };
+    const std::string name = std::to_string(userId) + "@" + Printable(login.deviceid);
+    auto session = std::make_unique<Component>(m_module, m_factory, std::move(http), RecordComponent(m_trace, name));
+    return *m_devices.emplace_back(std::make_unique<ShellTerminal>(login, std::move(session), m_inbox));
+}
+
+void ShellWorld::SetCompany(const platform::CrowdOptions& options)
+{
+    if (options.count > 0 && options.count - 1 > UINT32_MAX - options.firstUserId)
+    {
+        throw ShellFailure(EXIT_USAGE,
+                           "the user ids end before the company does: the largest is " + std::to_string(UINT32_MAX));
+    }
+    m_company.reset();
+    m_companySettings = options;
+    if (options.count > 0)
+    {
+        m_company = std::make_unique<platform::Crowd>(m_platform, options);
+    }
+}
+
+platform::MonitoringService& ShellWorld::Monitoring()
+{
+    if (m_monitoring == nullptr)
+    {
+        m_monitoring = std::make_unique<platform::MonitoringService>(
+            m_platform, m_options.login.appid, std::to_string(m_options.login.companyid),
+            [&inbox = m_inbox](const platform::MonitoringReport& report)
+            {
+                ShellEvent event{.source = "monitoring",
+                                 .name = kReportEvent,
+                                 .text = "gets a report of " + Printable(report.userId + "@" + report.deviceId) + ": " +
+                                         Printable(report.json)};
+                std::from_chars(report.userId.data(), report.userId.data() + report.userId.size(), event.event.userId);
+                inbox.Push(std::move(event));
+            });
+    }
+    return *m_monitoring;
+}
+
+std::string ShellWorld::TakeFailure()
+{
+    const std::lock_guard lock(m_failureMutex);
+    return std::exchange(m_failure, {});
+}
+
+void ShellWorld::NoteLogLine(std::string_view line)
+{
+    if (line.find("ailed") != line.npos)
+    {
+        const std::lock_guard lock(m_failureMutex);
+        m_failure = Printable(line);
+    }
+}
+
+} // namespace host

@@ -1,0 +1,376 @@
+#include "onlinehost/HttpClient.h"
+
+#include "onlinehost/Error.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <curl/curl.h>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <string_view>
+#include <strings.h>
+#include <thread>
+#include <vector>
+
+namespace onlinehost
+{
+
+namespace
+{
+
+constexpr std::chrono::milliseconds kConnectLimit{10000};
+
+using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
+using MultiHandle = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
+using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
+
+unsigned int EventLength(size_t length)
+{
+    return static_cast<unsigned int>(length);
+}
+
+bool IsHttps(const std::string& url)
+{
+    return strncasecmp(url.c_str(), "https:", 6) == 0;
+}
+
+/// One request on its way, and what has come of it so far.
+struct Transfer
+{
+    uint32_t id = 0;
+    uint32_t method = 0;
+    std::string url;
+    std::string body;
+    IHttpResponseNotify* notify = nullptr;
+    size_t largestBody = 0;
+
+    EasyHandle easy{nullptr, curl_easy_cleanup};
+    HeaderList requestHeaders{nullptr, curl_slist_free_all};
+    std::vector<std::string> head; ///< of the latest answer
+    bool headTold = false;
+    std::string answer;
+    bool tooLarge = false;
+    char reason[CURL_ERROR_SIZE] = "";
+
+    /// The head waits until it is certain that no redirection follows.
+    void TellHead()
+    {
+        if (headTold)
+        {
+            return; // what has come since are trailers
+        }
+        headTold = true;
+        for (std::string& line : head)
+        {
+            notify->OnHeaderRespond(id, line.data(), EventLength(line.size()));
+        }
+    }
+
+    void TakeHeadLine(std::string_view line)
+    {
+        while (!line.empty() && (line.back() == '\r' || line.back() == '\n'))
+        {
+            line.remove_suffix(1);
+        }
+        if (line.starts_with("HTTP/"))
+        {
+            head.clear();
+        }
+        if (!line.empty())
+        {
+            head.emplace_back(line);
+        }
+    }
+
+    bool TakeData(char* data, size_t length)
+    {
+        if (length > largestBody - answer.size())
+        {
+            tooLarge = true;
+            return false;
+        }
+        TellHead();
+        answer.append(data, length);
+        notify->OnDataRespond(id, data, EventLength(length));
+        return true;
+    }
+
+    std::string Reason(CURLcode result) const
+    {
+        if (tooLarge || result == CURLE_FILESIZE_EXCEEDED)
+        {
+            return "the answer is larger than " + std::to_string(largestBody) + " bytes";
+        }
+        return reason[0] != '\0' ? reason : curl_easy_strerror(result);
+    }
+};
+
+/// The library calls these from C, where no exception may pass.
+template <typename Action>
+size_t Guarded(size_t length, Action action) noexcept
+{
+    try
+    {
+        return action() ? length : 0;
+    }
+    catch (...)
+    {
+        return 0;
+    }
+}
+
+size_t OnHeadLine(char* data, size_t, size_t length, void* context) noexcept
+{
+    auto* const transfer = static_cast<Transfer*>(context);
+    return Guarded(length,
+                   [&]
+                   {
+                       transfer->TakeHeadLine({data, length});
+                       return true;
+                   });
+}
+
+size_t OnData(char* data, size_t, size_t length, void* context) noexcept
+{
+    auto* const transfer = static_cast<Transfer*>(context);
+    return Guarded(length, [&] { return transfer->TakeData(data, length); });
+}
+
+void InitLibraryOnce()
+{
+    static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (result != CURLE_OK)
+    {
+        throw Error(std::string("the HTTP library does not start: ") + curl_easy_strerror(result));
+    }
+}
+
+} // namespace
+
+struct HttpClient::State
+{
+    explicit State(Options given)
+        : options(std::move(given)),
+          multi((InitLibraryOnce(), curl_multi_init()), curl_multi_cleanup)
+    {
+        if (multi == nullptr)
+        {
+            throw Error("the HTTP library does not start");
+        }
+    }
+
+    uint32_t Add(std::unique_ptr<Transfer> transfer)
+    {
+        const std::lock_guard lock(mutex);
+        if (++lastId == 0)
+        {
+            ++lastId;
+        }
+        const uint32_t id = lastId;
+        transfer->id = id;
+        if (transfer->notify != nullptr)
+        {
+            added.push_back(std::move(transfer));
+            ++unfinished;
+            if (!thread.joinable())
+            {
+                thread = std::thread([this] { Run(); });
+            }
+            curl_multi_wakeup(multi.get());
+        }
+        return id;
+    }
+
+    void Close()
+    {
+        std::unique_lock lock(mutex);
+        closed = true;
+        curl_multi_wakeup(multi.get());
+        if (thread.get_id() != std::this_thread::get_id())
+        {
+            finished.wait(lock, [this] { return unfinished == 0; });
+        }
+    }
+
+    void Stop()
+    {
+        {
+            const std::lock_guard lock(mutex);
+            closed = true;
+            stopping = true;
+            curl_multi_wakeup(multi.get());
+        }
+        if (thread.joinable())
+        {
+            thread.join();
+        }
+    }
+
+    void Run()
+    {
+        while (TakeAdded())
+        {
+            int running = 0;
+            curl_multi_perform(multi.get(), &running);
+            FinishDone();
+            // Wakes for what is added from now on, and from the library's own time limits.
+            curl_multi_poll(multi.get(), nullptr, 0, 60000, nullptr);
+        }
+    }
+
+    /// Starts what was added, or ends everything once the client is closed. False when the thread is to end.
+    bool TakeAdded()
+    {
+        std::vector<std::unique_ptr<Transfer>> fresh;
+        bool refuse = false;
+        {
+            const std::lock_guard lock(mutex);
+            fresh.swap(added);
+            refuse = closed;
+        }
+        for (std::unique_ptr<Transfer>& transfer : fresh)
+        {
+            Transfer& started = *transfer;
+            active.emplace(started.id, std::move(transfer));
+            const CURLcode result = refuse ? CURLE_ABORTED_BY_CALLBACK : Start(started);
+            if (result != CURLE_OK)
+            {
+                Finish(started, result);
+            }
+        }
+        while (refuse && !active.empty())
+        {
+            Finish(*active.begin()->second, CURLE_ABORTED_BY_CALLBACK);
+        }
+        const std::lock_guard lock(mutex);
+        return !stopping || unfinished != 0;
+    }
+
+    CURLcode Start(Transfer& transfer)
+    {
+        if (transfer.url.empty() || (transfer.method != kHttpMethodGet && transfer.method != kHttpMethodPost))
+        {
+            return CURLE_URL_MALFORMAT;
+        }
+        transfer.easy.reset(curl_easy_init());
+        CURL* const easy = transfer.easy.get();
+        if (easy == nullptr)
+        {
+            return CURLE_OUT_OF_MEMORY;
+        }
+        curl_easy_setopt(easy, CURLOPT_PRIVATE, &transfer);
+        curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer.reason);
+        curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+        curl_easy_setopt(easy, CURLOPT_URL, transfer.url.c_str());
+        curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
+        curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, IsHttps(transfer.url) ? "https" : "http,https");
+        curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
+        curl_easy_setopt(easy, CURLOPT_MAXREDIRS, options.redirections);
+        curl_easy_setopt(easy, CURLOPT_PROXY, "");
+        curl_easy_setopt(easy, CURLOPT_USERAGENT, "onlinehost");
+        curl_easy_setopt(easy, CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+        curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(options.timeLimit.count()));
+        curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(kConnectLimit.count()));
+        curl_easy_setopt(easy, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(options.largestBody));
+        curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, OnHeadLine);
+        curl_easy_setopt(easy, CURLOPT_HEADERDATA, &transfer);
+        curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, OnData);
+        curl_easy_setopt(easy, CURLOPT_WRITEDATA, &transfer);
+        if (!options.caFile.empty())
+        {
+            curl_easy_setopt(easy, CURLOPT_CAINFO, options.caFile.c_str());
+            curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+        }
+        if (transfer.method == kHttpMethodPost)
+        {
+            transfer.requestHeaders.reset(curl_slist_append(nullptr, "Content-Type: application/json"));
+            curl_easy_setopt(easy, CURLOPT_HTTPHEADER, transfer.requestHeaders.get());
+            curl_easy_setopt(easy, CURLOPT_POSTFIELDS, transfer.body.c_str());
+            curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(transfer.body.size()));
+        }
+        return curl_multi_add_handle(multi.get(), easy) == CURLM_OK ? CURLE_OK : CURLE_FAILED_INIT;
+    }
+
+    void FinishDone()
+    {
+        int left = 0;
+        while (const CURLMsg* message = curl_multi_info_read(multi.get(), &left))
+        {
+            void* transfer = nullptr;
+            curl_easy_getinfo(message->easy_handle, CURLINFO_PRIVATE, &transfer);
+            Finish(*static_cast<Transfer*>(transfer), message->data.result);
+        }
+    }
+
+    void Finish(Transfer& transfer, CURLcode result)
+    {
+        const std::unique_ptr<Transfer> owner = std::move(active.extract(transfer.id).mapped());
+        long status = 0;
+        if (transfer.easy != nullptr)
+        {
+            curl_easy_getinfo(transfer.easy.get(), CURLINFO_RESPONSE_CODE, &status);
+            curl_multi_remove_handle(multi.get(), transfer.easy.get());
+        }
+        if (result == CURLE_OK)
+        {
+            transfer.TellHead();
+            transfer.notify->OnCompleteRespond(transfer.id, static_cast<unsigned int>(status), transfer.answer.data(),
+                                               EventLength(transfer.answer.size()));
+        }
+        else
+        {
+            if (options.onFailure)
+            {
+                // Without the query, which may hold what is nobody's business.
+                options.onFailure(transfer.url.substr(0, transfer.url.find('?')) + ": " + transfer.Reason(result));
+            }
+            transfer.notify->OnCompleteRespond(transfer.id, 0, nullptr, 0);
+        }
+        const std::lock_guard lock(mutex);
+        --unfinished;
+        finished.notify_all();
+    }
+
+    const Options options;
+
+    std::mutex mutex;
+    std::condition_variable finished; ///< `unfinished` became smaller
+    std::vector<std::unique_ptr<Transfer>> added;
+    size_t unfinished = 0;
+    uint32_t lastId = 0;
+    bool closed = false;
+    bool stopping = false;
+
+    const MultiHandle multi;                              ///< the thread's, apart from waking it
+    std::map<uint32_t, std::unique_ptr<Transfer>> active; ///< the thread's
+    std::thread thread;
+};
+
+HttpClient::HttpClient(Options options) : m_state(std::make_unique<State>(std::move(options))) {}
+
+HttpClient::~HttpClient()
+{
+    m_state->Stop();
+}
+
+void HttpClient::Close()
+{
+    m_state->Close();
+}
+
+uint32_t HttpClient::Request(const HttpRequest* request, IHttpResponseNotify* notify, WBASELIB::TStringBase<char>*)
+{
+    auto transfer = std::make_unique<Transfer>();
+    transfer->notify = notify;
+    transfer->largestBody = std::min<size_t>(m_state->options.largestBody, std::numeric_limits<unsigned int>::max());
+    if (request != nullptr)
+    {
+        transfer->method = request->method;
+        transfer->url = request->url != nullptr ? request->url : "";
+        transfer->body = request->body != nullptr ? request->body : "";
+    }
+    return m_state->Add(std::move(transfer));
+}
+
+} // namespace onlinehost

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "tests/support/TemporaryFolder.h"
+
+#include <string>
+#include <sys/types.h>
+
+/// An HTTPS server on 127.0.0.1 with a certificate of its own making, run by the openssl program. It answers every request
+/// with the file of that name in its folder, taken as a whole answer.
+class HttpsServer
+{
+public:
+    /// The certificate is made out to `name`, and to the address 127.0.0.1 when `name` is "127.0.0.1".
+    explicit HttpsServer(const std::string& name);
+    ~HttpsServer();
+    HttpsServer(const HttpsServer&) = delete;
+    HttpsServer& operator=(const HttpsServer&) = delete;
+
+    /// What is sent for "/`file`".
+    void SetAnswer(const std::string& file, const std::string& answer) const
+    {
+        m_folder.Write(file, answer);
+    }
+
+    std::string Url(const std::string& file) const
+    {
+        return "https://127.0.0.1:" + m_port + "/" + file;
+    }
+
+    std::string Certificate() const
+    {
+        return m_folder / "certificate.pem";
+    }
+
+private:
+    const TemporaryFolder m_folder;
+    pid_t m_process = -1;
+    int m_output = -1;
+    std::string m_port;
+};

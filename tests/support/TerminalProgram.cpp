@@ -1,0 +1,165 @@
+#include "tests/support/TerminalProgram.h"
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <poll.h>
+#include <pty.h>
+#include <stdexcept>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+
+constexpr auto kPatience = std::chrono::seconds(30);
+
+winsize Size(size_t rows, size_t columns)
+{
+    winsize size{};
+    size.ws_row = static_cast<unsigned short>(rows);
+    size.ws_col = static_cast<unsigned short>(columns);
+    return size;
+}
+
+} // namespace
+
+TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, size_t rows, size_t columns)
+    : m_screen(rows, columns)
+{
+    std::string program = ONLINEHOST_PROGRAM;
+    std::vector<std::string> copies = arguments;
+    std::vector<char*> pointers{program.data()};
+    for (std::string& copy : copies)
+    {
+        pointers.push_back(copy.data());
+    }
+    pointers.push_back(nullptr);
+
+    const winsize size = Size(rows, columns);
+    m_process = forkpty(&m_terminal, nullptr, nullptr, &size);
+    if (m_process == 0)
+    {
+        setenv("TERM", "xterm", 1);
+        setenv("LC_ALL", "C.UTF-8", 1);
+        setenv("INPUTRC", "/dev/null", 1);
+        execv(program.c_str(), pointers.data());
+        _exit(127);
+    }
+    if (m_process < 0)
+    {
+        throw std::runtime_error("there is no terminal");
+    }
+}
+
+TerminalProgram::~TerminalProgram()
+{
+    close(m_terminal);
+    if (m_process > 0)
+    {
+        kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+    }
+}
+
+void TerminalProgram::Type(std::string_view keys)
+{
+    while (!keys.empty())
+    {
+        // The terminal takes a few thousand keys that nobody has read; what is shown has to be read meanwhile.
+        pollfd ready{m_terminal, POLLIN | POLLOUT, 0};
+        if (poll(&ready, 1, -1) < 0)
+        {
+            return;
+        }
+        if ((ready.revents & POLLIN) != 0 && !ReadSome())
+        {
+            return;
+        }
+        if ((ready.revents & POLLOUT) != 0)
+        {
+            const ssize_t count = write(m_terminal, keys.data(), std::min<size_t>(keys.size(), 256));
+            keys.remove_prefix(count > 0 ? static_cast<size_t>(count) : 0);
+        }
+    }
+}
+
+bool TerminalProgram::ReadSome()
+{
+    char block[4096];
+    const ssize_t count = read(m_terminal, block, sizeof(block));
+    if (count <= 0)
+    {
+        return false;
+    }
+    m_screen.Feed({block, static_cast<size_t>(count)});
+    return true;
+}
+
+bool TerminalProgram::See(const std::function<bool(const Screen&)>& isWanted)
+{
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (!isWanted(m_screen))
+    {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+        pollfd readable{m_terminal, POLLIN, 0};
+        if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) <= 0 || !ReadSome())
+        {
+            return isWanted(m_screen);
+        }
+    }
+    return true;
+}
+
+bool TerminalProgram::See(const std::string& text)
+{
+    return See([&text](const Screen& screen) { return screen.Text().find(text) != std::string::npos; });
+}
+
+bool TerminalProgram::SeeLastLine(const std::string& line)
+{
+    return See(
+        [&line](const Screen& screen)
+        {
+            const std::vector<std::string> lines = screen.Lines();
+            return !lines.empty() && lines.back() == line;
+        });
+}
+
+void TerminalProgram::Resize(size_t rows, size_t columns)
+{
+    const winsize size = Size(rows, columns);
+    m_screen.Resize(rows, columns);
+    ioctl(m_terminal, TIOCSWINSZ, &size);
+}
+
+void TerminalProgram::Signal(int signal)
+{
+    kill(m_process, signal);
+}
+
+bool TerminalProgram::WaitForStop()
+{
+    int status = 0;
+    return waitpid(m_process, &status, WUNTRACED) == m_process && WIFSTOPPED(status);
+}
+
+int TerminalProgram::WaitForEnd()
+{
+    while (ReadSome())
+    {
+    }
+    int status = 0;
+    const pid_t ended = waitpid(m_process, &status, 0);
+    m_process = -1;
+    return ended > 0 && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+termios TerminalProgram::Modes() const
+{
+    termios modes{};
+    tcgetattr(m_terminal, &modes);
+    return modes;
+}

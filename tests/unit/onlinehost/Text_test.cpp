@@ -1,0 +1,72 @@
+#include "onlinehost/Text.h"
+
+#include "onlinehost/Error.h"
+
+#include <gtest/gtest.h>
+
+using onlinehost::CutLength;
+using onlinehost::ParseNumber;
+using onlinehost::ParseUserId;
+using onlinehost::Printable;
+using onlinehost::ToUtf8;
+
+TEST(Text, CutsBetweenCharacters)
+{
+    EXPECT_EQ(CutLength("abc", 3), 3u);
+    EXPECT_EQ(CutLength("abcd", 3), 3u);
+    EXPECT_EQ(CutLength("ab\u20ac", 5), 5u);
+    EXPECT_EQ(CutLength("ab\u20ac", 4), 2u);
+    EXPECT_EQ(CutLength("ab\u20ac", 3), 2u);
+    EXPECT_EQ(CutLength("ab\u20ac", 2), 2u);
+    EXPECT_EQ(CutLength("\U0001F600\U0001F600", 7), 4u);
+    EXPECT_EQ(CutLength("\u20ac", 0), 0u);
+}
+
+TEST(Text, CutsAnywhereWhatIsNotUtf8)
+{
+    EXPECT_EQ(CutLength("\x80\x80\x80\x80\x80\x80\x80\x80", 6), 6u);
+    EXPECT_EQ(CutLength("\x80\x80", 1), 1u);
+}
+
+TEST(Text, WideTextBecomesUtf8)
+{
+    EXPECT_EQ(ToUtf8(L"a\u00e9\u20ac\U0001F600"), "a\u00e9\u20ac\U0001F600");
+    const wchar_t bad[] = {L'a', wchar_t{0xD800}, wchar_t{0x110000}, wchar_t{-1}, L'b', 0};
+    EXPECT_EQ(ToUtf8(bad), "a\uFFFD\uFFFD\uFFFDb");
+}
+
+TEST(Text, WhatIsShownHasNoControlCharactersAndIsUtf8)
+{
+    EXPECT_EQ(Printable("plain \u00e9\u20ac\U0001F600"), "plain \u00e9\u20ac\U0001F600");
+    EXPECT_EQ(Printable("\x1b[31m\n\x7f"), "\\x1B[31m\\x0A\\x7F");
+    EXPECT_EQ(Printable("\u009b"), "\\xC2\\x9B");
+    EXPECT_EQ(Printable("a\xff\xc3"), "a\\xFF\\xC3");
+    EXPECT_EQ(Printable("\xc0\xaf"), "\\xC0\\xAF") << "longer than it needs to be";
+    EXPECT_EQ(Printable("\xed\xa0\x80"), "\\xED\\xA0\\x80") << "a surrogate";
+    EXPECT_EQ(Printable("\xf4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80") << "above the last character";
+    EXPECT_EQ(Printable(std::string_view("a\0b", 3)), "a\\x00b");
+}
+
+TEST(Text, GuidsHaveBracesAndCapitals)
+{
+    EXPECT_EQ(onlinehost::GuidText({0x4022BD11, 0xA92F, 0x4F6D, {0x90, 0x31, 0xEE, 0xB9, 0x2E, 0x99, 0x88, 0x06}}),
+              "{4022BD11-A92F-4F6D-9031-EEB92E998806}");
+}
+
+TEST(Text, NumbersAreDecimalAndFit32Bits)
+{
+    EXPECT_EQ(ParseNumber("0", "number"), 0u);
+    EXPECT_EQ(ParseNumber("4294967295", "number"), 4294967295u);
+    EXPECT_EQ(ParseNumber("007", "number"), 7u);
+    for (const char* bad : {"", " 1", "1 ", "-1", "+1", "0x10", "1.5", "12ab", "4294967296", "99999999999999999999"})
+    {
+        EXPECT_THROW(ParseNumber(bad, "number"), onlinehost::Error) << bad;
+    }
+}
+
+TEST(Text, AUserIdIsNotZero)
+{
+    EXPECT_EQ(ParseUserId("1001"), 1001u);
+    EXPECT_THROW(ParseUserId("0"), onlinehost::Error);
+    EXPECT_THROW(ParseUserId("-1"), onlinehost::Error);
+}

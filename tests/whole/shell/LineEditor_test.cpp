@@ -1,0 +1,294 @@
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TerminalProgram.h"
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+constexpr char kGreeting[] = "\"help\" lists the commands";
+
+/// The shell without a history, at its first prompt.
+class LineEditor : public testing::Test
+{
+protected:
+    static std::vector<std::string> Arguments(std::vector<std::string> more = {})
+    {
+        std::vector<std::string> arguments{"shell", "--module", ONLINEMANAGER_MODULE, "--history", ""};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return arguments;
+    }
+
+    /// The line of the screen that holds the text; beyond the last when there is none.
+    static size_t LineOf(const Screen& screen, const std::string& text)
+    {
+        const std::vector<std::string> lines = screen.Lines();
+        const auto found =
+            std::find_if(lines.begin(), lines.end(),
+                         [&text](const std::string& line) { return line.find(text) != std::string::npos; });
+        return static_cast<size_t>(found - lines.begin());
+    }
+};
+
+} // namespace
+
+TEST_F(LineEditor, GreetsAndLeavesAtCtrlD)
+{
+    TerminalProgram shell(Arguments());
+    EXPECT_TRUE(shell.See(kGreeting));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type(kCtrlD);
+    EXPECT_EQ(shell.WaitForEnd(), 0);
+}
+
+TEST_F(LineEditor, AnEventStandsAboveTheLineThatIsBeingTyped)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("company 1 answer=accept after=3s\r");
+    ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
+    shell.Type("invite 1001\r");
+    ASSERT_TRUE(shell.See("sends invitation"));
+    shell.Type("echo half a li");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> echo half a li"));
+
+    ASSERT_TRUE(shell.See("learns that user 1001 accepted"));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> echo half a li"));
+    const Screen& screen = shell.Now();
+    EXPECT_LT(LineOf(screen, "learns that user 1001 accepted"), LineOf(screen, "echo half a li"));
+    EXPECT_EQ(screen.CursorColumn(), std::string("7@pc> echo half a li").size());
+
+    shell.Type("ne\r");
+    EXPECT_TRUE(shell.See("\nhalf a line\n")) << screen.Text();
+}
+
+TEST_F(LineEditor, ATypedLineOfSeveralRowsSurvivesAnEventToo)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}), 24, 40);
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("company 1 answer=decline after=3s\r");
+    ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
+    shell.Type("invite 1001\r");
+    ASSERT_TRUE(shell.See("sends invitation"));
+    const std::string typed = "echo " + std::string(50, 'a') + std::string(50, 'b');
+    shell.Type(typed + kCtrlA);
+    ASSERT_TRUE(shell.See("7@pc> " + typed));
+
+    ASSERT_TRUE(shell.See("learns that user 1001 declined"));
+    ASSERT_TRUE(shell.See(
+        [&typed](const Screen& screen)
+        {
+            const std::string text = screen.Text();
+            const size_t event = text.find("learns that user 1001 declined");
+            const size_t line = text.find("7@pc> " + typed);
+            return event < line && line == text.rfind("7@pc> echo") && line != std::string::npos;
+        }))
+        << shell.Now().Text();
+    shell.Type(kEnter);
+    EXPECT_TRUE(shell.See("\n" + std::string(50, 'a') + std::string(50, 'b'))) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, ThePromptFollowsTheStateUnderATypedLine)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("reconnect no\rdrop\rechoing");
+    ASSERT_TRUE(shell.See("reconnection given up"));
+    EXPECT_TRUE(shell.SeeLastLine("7@pc (offline)> echoing")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, TabCompletesCommandsUsersAndInvitations)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("invita\t");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> invitations"));
+    shell.Type(kCtrlC);
+    shell.Type("login 2147483647\r");
+    ASSERT_TRUE(shell.SeeLastLine("2147483647@pc>"));
+    ASSERT_TRUE(shell.See("sees the status of 2 users change"));
+    shell.Type("invite 21\t");
+    ASSERT_TRUE(shell.SeeLastLine("2147483647@pc> invite 2147483647")) << shell.Now().Text();
+    shell.Type(kCtrlC);
+    shell.Type("invite 7 code=5\r");
+    ASSERT_TRUE(shell.See("sends invitation 1 "));
+    shell.Type("as 7\r");
+    ASSERT_TRUE(shell.See("is invited by user 2147483647"));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("acc\t");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> accept"));
+    shell.Type("\t");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> accept 1")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, TabListsWhatFitsWhenSeveralDo)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("lo\t");
+    ASSERT_TRUE(shell.See("log-level"));
+    EXPECT_TRUE(shell.See("logout"));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> log")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, ManyCandidatesAreCutAndAskNothing)
+{
+    TerminalProgram shell(Arguments({"--users", "300", "--user", "7"}), 60, 100);
+    ASSERT_TRUE(shell.See("sees the status of 301 users change")) << shell.Now().Text();
+    shell.Type("invite 1\t");
+    EXPECT_TRUE(shell.See("more")) << shell.Now().Text();
+    EXPECT_TRUE(shell.SeeLastLine("7@pc> invite 1")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, TheArrowUpBringsLinesBack)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo first\recho second\r");
+    ASSERT_TRUE(shell.See("\nsecond\n"));
+    shell.Type(kUp);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> echo second"));
+    shell.Type(kUp);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> echo first"));
+}
+
+TEST_F(LineEditor, TheHistoryIsKeptInItsFileForTheOwnerOnly)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder / "state" / "history";
+    const std::vector<std::string> arguments{"shell", "--module", ONLINEMANAGER_MODULE, "--history", file};
+    {
+        TerminalProgram shell(arguments);
+        ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+        shell.Type("echo kept\recho kept\r echo secret\rquit\r");
+        EXPECT_EQ(shell.WaitForEnd(), 0);
+    }
+    EXPECT_EQ(ReadFile(file), "echo kept\nquit\n") << "once in a row, and nothing that begins with a space";
+    struct stat status
+    {
+    };
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+
+    TerminalProgram shell(arguments);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type(std::string(kUp) + kUp);
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> echo kept"));
+}
+
+TEST_F(LineEditor, AHistoryThatCannotBeKeptIsSaidAndNothingElse)
+{
+    TerminalProgram shell({"shell", "--module", ONLINEMANAGER_MODULE, "--history", "/proc/nowhere/history"});
+    EXPECT_TRUE(shell.See("the history /proc/nowhere/history cannot be used"));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("quit\r");
+    EXPECT_EQ(shell.WaitForEnd(), 0);
+}
+
+TEST_F(LineEditor, CtrlCThrowsTheLineAway)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("quit");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> quit"));
+    shell.Type(kCtrlC);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo here\r");
+    EXPECT_TRUE(shell.See("\nhere\n"));
+}
+
+TEST_F(LineEditor, CtrlCEndsACommandAndNotTheShell)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo now\rsleep 1000s\r");
+    ASSERT_TRUE(shell.See("\nnow\n"));
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> sleep 1000s"));
+    shell.Type(kCtrlC);
+    ASSERT_TRUE(shell.See("interrupted"));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
+}
+
+TEST_F(LineEditor, AFailingCommandIsToldAndTheShellGoesOn)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("logn 7\rlogin x\rcustom \"a\rwho\recho still here\r");
+    EXPECT_TRUE(shell.See("there is no command \"logn\"; similar are: log"));
+    EXPECT_TRUE(shell.See("user id \"x\" is not a decimal number"));
+    EXPECT_TRUE(shell.See("the line ends inside quotes"));
+    EXPECT_TRUE(shell.See("there is no terminal yet"));
+    EXPECT_TRUE(shell.See("\nstill here\n"));
+}
+
+TEST_F(LineEditor, TextsOfOthersDoNotReachTheTerminalAsControls)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("echo before\rmessage 7 from=8 \"\\x1b[2Jgone\\xff\\n\"\r");
+    ASSERT_TRUE(shell.See("of user 8: \\x1B[2Jgone\\xFF\\x0A"));
+    EXPECT_TRUE(shell.See("\nbefore\n"));
+}
+
+TEST_F(LineEditor, AVeryLongLineIsTakenWhole)
+{
+    TerminalProgram shell(Arguments(), 24, 80);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    const std::string text = std::string(1000, 'x') + "END";
+    shell.Type("echo " + text + kEnter);
+    EXPECT_TRUE(shell.See("\n" + text + "\n"));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
+}
+
+TEST_F(LineEditor, TheLineOutlivesAChangeOfTheTerminalsSize)
+{
+    TerminalProgram shell(Arguments(), 24, 80);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo " + std::string(40, 'a'));
+    ASSERT_TRUE(shell.See(std::string(40, 'a')));
+    shell.Resize(20, 30);
+    shell.Type(std::string(40, 'b'));
+    ASSERT_TRUE(shell.See("bbb"));
+    shell.Resize(24, 200);
+    shell.Type("\r");
+    EXPECT_TRUE(shell.See("\n" + std::string(40, 'a') + std::string(40, 'b') + "\n")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, TheTerminalIsAsBeforeWhenASignalEndsIt)
+{
+    TerminalProgram shell(Arguments());
+    const termios before = shell.Modes();
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    ASSERT_TRUE(shell.See([&shell](const Screen&) { return (shell.Modes().c_lflag & ICANON) == 0; }));
+    shell.Type("half");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> half"));
+    shell.Signal(SIGTERM);
+    EXPECT_TRUE(shell.See([&](const Screen&) { return shell.Modes().c_lflag == before.c_lflag; }));
+    EXPECT_EQ(shell.WaitForEnd(), 128 + SIGTERM);
+}
+
+TEST_F(LineEditor, ItStopsAndGoesOnAsAJob)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo half");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> echo half"));
+    shell.Type(kCtrlZ);
+    ASSERT_TRUE(shell.WaitForStop());
+    EXPECT_NE(shell.Modes().c_lflag & ICANON, 0u) << "the terminal is lent to others";
+    shell.Signal(SIGCONT);
+    shell.Type(" a line\r");
+    EXPECT_TRUE(shell.See("\nhalf a line\n")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, AQuitWordEndsItWhateverFailedBefore)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("nonsense\rquit\r");
+    EXPECT_EQ(shell.WaitForEnd(), 0);
+}
