@@ -32,12 +32,19 @@ std::string IsComplete(uint32_t id, int code)
     return Http("OnCompleteRespond(), id=" + std::to_string(id) + ", code=" + std::to_string(code));
 }
 
+onlinemanager::LoginParam HttpParam()
+{
+    onlinemanager::LoginParam param = Stage::Param();
+    param.server = "https://online.example";
+    return param;
+}
+
 /// The HTTP transport that the platform got with a login, and requests on threads of their own.
 struct Transport
 {
     explicit Transport(CheckContext& check) : stage(check)
     {
-        stage.Session()->Login(Stage::Param(), false);
+        stage.Session()->Login(HttpParam(), false);
         stage.journal.Clear();
         helper = stage.Connection().http;
         check.Require(helper != nullptr, "the platform gets the HTTP helper");
@@ -337,7 +344,7 @@ CONTRACT_CHECK(Http, TheHelperServesFromInsideThePlatformsLogin,
     stage.http.Answer("https://x/cp", 200, "address");
     std::string answer;
     stage.Connection().SetHook("Login", [&] { answer = stage.Connection().http.load()->HttpGet("https://x/cp"); });
-    check.ExpectEqual(true, stage.Session()->Login(Stage::Param(), false), "Login");
+    check.ExpectEqual(true, stage.Session()->Login(HttpParam(), false), "Login");
     check.ExpectEqual("address", answer, "answer inside the login");
 }
 

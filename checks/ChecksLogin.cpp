@@ -19,9 +19,9 @@ std::string Session(const std::string& text)
     return LogLine("PaasOnlineImp", text);
 }
 
-/// The lines of a login with the usual parameters, up to the platform's call.
-std::vector<std::string> LoginLines(const std::string& server = "tcp:online.example:1883", bool withHttp = true,
-                                    bool force = false)
+/// The lines of a login with the usual parameters, up to the platform's call, which gets `http` ("http" or "null").
+std::vector<std::string> LoginLines(const std::string& server = "tcp:online.example:1883",
+                                    const std::string& http = "null", bool force = false)
 {
     const std::string forced = force ? "1" : "0";
     return {
@@ -30,7 +30,7 @@ std::vector<std::string> LoginLines(const std::string& server = "tcp:online.exam
         Session("Paas login param: deviceid=device-1, companyid=1001, userid=52011."),
         Session("Paas login param: mutex=pc, ext={\"tt\":3}."),
         Session("Paas login param: force=" + forced + ", registeruser=1."),
-        "connection1.Login(\"" + server + "\", " + (withHttp ? "http" : "null") +
+        "connection1.Login(\"" + server + "\", " + http +
             ", appid=\"app-1\", token=\"token-1\", deviceid=\"device-1\", companyid=\"1001\", userid=\"52011\", "
             "mutex=\"pc\", ext=\"{\"tt\":3}\", force=" +
             forced + ", registeruser=1)",
@@ -83,7 +83,7 @@ CONTRACT_CHECK(Login, LoginPassesEveryParameterToThePlatform,
     check.ExpectEqual(true, online.session->Login(Stage::Param(), false), "Login");
     online.stage.ExpectJournal(LoginLines());
     check.ExpectEqual(true, online.session->Login(Stage::Param(), true), "Login with force");
-    online.stage.ExpectJournal(LoginLines("tcp:online.example:1883", true, true));
+    online.stage.ExpectJournal(LoginLines("tcp:online.example:1883", "null", true));
 }
 
 CONTRACT_CHECK(Login, NumbersTravelAsUnsignedDecimalText, "The largest user and company ids keep their value.")
@@ -110,7 +110,7 @@ CONTRACT_CHECK(Login, EmptyTextsArePassedAsEmptyTexts, "Only user and server are
     check.ExpectEqual(true, online.session->Login(param, false), "Login");
     check.ExpectEqual(1,
                       online.stage.journal.Count(
-                          "connection1.Login(\"server\", http, appid=\"\", token=\"\", deviceid=\"\", companyid=\"0\", "
+                          "connection1.Login(\"server\", null, appid=\"\", token=\"\", deviceid=\"\", companyid=\"0\", "
                           "userid=\"1\", mutex=\"\", ext=\"{\"tt\":0}\", force=0, registeruser=0)"),
                       "calls of the platform");
 }
@@ -151,14 +151,27 @@ CONTRACT_CHECK(Login, ATcpServerIsAcceptedWithoutAHelper,
          {"tcp:online.example:1883", "online.example", "http:/x", "https:", "xhttp://x", "tcp:http://x", " https://x"})
     {
         check.ExpectEqual(true, session->Login(ParamFor(server), false), server);
-        stage.ExpectJournal(LoginLines(server, false));
+        stage.ExpectJournal(LoginLines(server));
     }
 }
 
-CONTRACT_CHECK(Login, AnHttpServerIsAcceptedWithAHelper, "The platform gets the helper for any server.")
+CONTRACT_CHECK(Login, AnHttpServerIsPassedWithTheHelper,
+               "The platform gets the HTTP helper with an HTTP or HTTPS address in any letter case.")
 {
     Online online(check);
-    for (const char* const server : {"https://online.example", "HTTP://online.example", "online.example"})
+    for (const char* const server : {"https://online.example", "HTTP://online.example", "hTtPs://", "http://"})
+    {
+        check.ExpectEqual(true, online.session->Login(ParamFor(server), false), server);
+        online.stage.ExpectJournal(LoginLines(server, "http"));
+    }
+}
+
+CONTRACT_CHECK(Login, AnyOtherServerIsPassedWithoutTheHelper,
+               "The platform gets null with every other server text, although the session has a helper.")
+{
+    Online online(check);
+    for (const char* const server : {"tcp:online.example:1883", "TCP:http://x", "online.example", "http:/x",
+                                     "https:", "xhttp://x", " https://x", "tls:online.example"})
     {
         check.ExpectEqual(true, online.session->Login(ParamFor(server), false), server);
         online.stage.ExpectJournal(LoginLines(server));
@@ -440,7 +453,7 @@ CONTRACT_CHECK(Login, ReloginLogsInWithTheCopiedParameters,
     online.connection.LoginResult(7);
     online.stage.journal.Clear();
     check.ExpectEqual(true, online.session->Relogin(true), "Relogin");
-    online.stage.ExpectJournal(LoginLines("tcp:online.example:1883", true, true));
+    online.stage.ExpectJournal(LoginLines("tcp:online.example:1883", "null", true));
 }
 
 CONTRACT_CHECK(Login, ReloginWhileLoggingInIsFalseAndWhileLoggedInTrue, "Neither starts a login.")

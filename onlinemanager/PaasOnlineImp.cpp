@@ -184,9 +184,11 @@ bool PaasOnlineImp::Login(const LoginParam& param, bool force)
             userid.c_str());
     ORB_LOG("Paas login param: mutex=%s, ext=%s.", param.mutex.c_str(), ext.c_str());
     ORB_LOG("Paas login param: force=%d, registeruser=%d.", force ? 1 : 0, param.registeruser ? 1 : 0);
-    const HRESULT hr = m_zol_connection->Login(
-        param.server.c_str(), m_http_helper.get(), param.appid.c_str(), param.token.c_str(), param.deviceid.c_str(),
-        companyid.c_str(), userid.c_str(), param.mutex.c_str(), ext.c_str(), force, param.registeruser);
+    // The request of a connection point always passes the helper; a login does so only for a server that is asked over HTTP.
+    avcore::IZolHttp* const http = IsHttpAddress(param.server) ? m_http_helper.get() : nullptr;
+    const HRESULT hr = m_zol_connection->Login(param.server.c_str(), http, param.appid.c_str(), param.token.c_str(),
+                                               param.deviceid.c_str(), companyid.c_str(), userid.c_str(),
+                                               param.mutex.c_str(), ext.c_str(), force, param.registeruser);
     if (hr < 0)
     {
         ORB_LOG("Login PaaS failed, ret(0x%x).", static_cast<unsigned>(hr));
