@@ -51,6 +51,15 @@ enum ZolInviteCancelReason : int32_t
     ZOL_INVITE_CANCEL_ANSWERED_ELSEWHERE = 2, ///< another terminal of the local user has answered it
 };
 
+/// What becomes of a lost connection. The host's strategy answers so, and `IZolConnectionListener::OnReconnectStart` passes
+/// the answer to the platform. Any other value counts as undecided.
+enum ZolReconnectDecision : int32_t
+{
+    ZOL_RECONNECT_UNDECIDED = 0, ///< the platform goes on as it does without an answer
+    ZOL_RECONNECT_GO_ON = 1,     ///< the platform reconnects
+    ZOL_RECONNECT_STOP = 2,      ///< the platform must not reconnect
+};
+
 template <typename A, typename B>
 struct TovPair
 {

@@ -77,7 +77,8 @@ CONTRACT_CHECK(Gateway, ARefusedLoginIsLoggedAndChangesNothing,
     stage.Gateway().SetResult("LoginOldGw", E_FAIL);
     check.ExpectEqual(false, stage.tunnel->JoinMeeting(SomeMeeting()), "JoinMeeting");
     stage.ExpectJournal({kJoin, kLogin, Log("GwConnectionImp::JoinMeeting LoginOldGw failed.")});
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer: not in a meeting");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer: not in a meeting");
     stage.ExpectJournal({});
 
     stage.Gateway().SetResult("LoginOldGw", 1);
@@ -114,7 +115,8 @@ CONTRACT_CHECK(Gateway, AFailedLoginLeavesTheTunnelOutOfTheMeeting, "A lost conn
     stage.tunnel->JoinMeeting(SomeMeeting());
     stage.Gateway().LoginResult(4);
     stage.journal.Clear();
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer to the platform");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer to the platform");
     stage.ExpectJournal({});
 }
 
@@ -143,7 +145,8 @@ CONTRACT_CHECK(Gateway, LeaveMeetingLogsOutAtTheGateway, "And takes a pending jo
     stage.journal.Clear();
     check.ExpectEqual(true, stage.tunnel->LeaveMeeting(), "LeaveMeeting");
     stage.ExpectJournal({kLeave, "connection2.Logout()"});
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer: not in a meeting");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer: not in a meeting");
     stage.ExpectJournal({});
 
     stage.Gateway().SetResult("Logout", 1);
@@ -159,13 +162,15 @@ CONTRACT_CHECK(Gateway, LeaveMeetingWithAFailingLogoutReturnsFalseAndIsOutOfTheM
     stage.Gateway().SetResult("Logout", E_FAIL);
     check.ExpectEqual(false, stage.tunnel->LeaveMeeting(), "LeaveMeeting");
     stage.ExpectJournal({kLeave, "connection2.Logout()", Log("GwConnectionImp::LeaveMeeting Logout failed.")});
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer: not in a meeting");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer: not in a meeting");
     stage.ExpectJournal({});
 
     stage.tunnel->JoinMeeting(SomeMeeting());
     stage.tunnel->LeaveMeeting();
     stage.journal.Clear();
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer: not in a meeting");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer: not in a meeting");
     stage.ExpectJournal({Log("OnReconnectStart, join result notify"), "G.OnJoinMeetingResult(50001)"});
 }
 
@@ -177,14 +182,16 @@ CONTRACT_CHECK(Gateway, AStartBeforeTheLoginResultReportsTheJoinWith50001ThenSta
     stage.tunnel->AddNotify(&second);
     stage.tunnel->JoinMeeting(SomeMeeting());
     stage.journal.Clear();
-    check.ExpectEqual(std::vector<int32_t>{1}, stage.Gateway().ReconnectStart(), "answer to the platform");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_GO_ON}, stage.Gateway().ReconnectStart(),
+                      "answer to the platform");
     stage.ExpectJournal({
         Log("OnReconnectStart, join result notify"),
         "[platform] G.OnJoinMeetingResult(50001)",
         "[platform] H.OnJoinMeetingResult(50001)",
         kStart,
     });
-    check.ExpectEqual(std::vector<int32_t>{1}, stage.Gateway().ReconnectStart(), "answer to the second start");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_GO_ON}, stage.Gateway().ReconnectStart(),
+                      "answer to the second start");
     stage.ExpectJournal({kStart});
     stage.Gateway().LoginResult(0);
     check.ExpectEqual(1U, stage.journal.Count("G.OnJoinMeetingResult(0)"), "late results");
@@ -196,16 +203,19 @@ CONTRACT_CHECK(Gateway, AfterASuccessfulJoinAStartIsReadyThenStartsAndASecondOne
 {
     GatewayStage stage(check);
     stage.Join();
-    check.ExpectEqual(std::vector<int32_t>{1}, stage.Gateway().ReconnectStart(), "answer to the platform");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_GO_ON}, stage.Gateway().ReconnectStart(),
+                      "answer to the platform");
     stage.ExpectJournal({Log("OnReconnectStart()"), kReady, kStart});
-    check.ExpectEqual(std::vector<int32_t>{1}, stage.Gateway().ReconnectStart(), "answer to the second start");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_GO_ON}, stage.Gateway().ReconnectStart(),
+                      "answer to the second start");
     stage.ExpectJournal({kStart});
 }
 
 CONTRACT_CHECK(Gateway, AStartOutsideAMeetingWithNoPendingJoinDoesNothing, "The platform is told 2.")
 {
     GatewayStage stage(check);
-    check.ExpectEqual(std::vector<int32_t>{2}, stage.Gateway().ReconnectStart(), "answer to the platform");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
+                      "answer to the platform");
     stage.ExpectJournal({});
 }
 
@@ -213,10 +223,11 @@ CONTRACT_CHECK(Gateway, TheStrategyOfTheSessionIsNotAsked, "The gateway reconnec
 {
     GatewayStage stage(check);
     RecordingStrategy strategy(stage.journal);
-    strategy.decision = 2;
+    strategy.decision = avcore::ZOL_RECONNECT_STOP;
     stage.Session()->SetReconnectionStrategy(&strategy);
     stage.Join();
-    check.ExpectEqual(std::vector<int32_t>{1}, stage.Gateway().ReconnectStart(), "answer to the platform");
+    check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_GO_ON}, stage.Gateway().ReconnectStart(),
+                      "answer to the platform");
     stage.ExpectJournal({Log("OnReconnectStart()"), kReady, kStart});
 }
 

@@ -21,10 +21,10 @@ const std::string kStart = Log("OnReconnectStart()");
 const std::string kNoStrategy = Log("Reconnect can't work, strategy == nullptr.");
 const std::string kStopped = Log("Reconnect stoped.");
 
-/// What the session's listener and then the tunnel's answer to the platform.
+/// The answers that the platform gets: the session decides nothing, the tunnel answers `decision`.
 std::vector<int32_t> Answers(int32_t decision)
 {
-    return {0, decision};
+    return {avcore::ZOL_RECONNECT_UNDECIDED, decision};
 }
 
 /// The text held under a key; "(absent)" without one.
@@ -68,7 +68,8 @@ CONTRACT_CHECK(Reconnection, WithoutAStrategyAStartIsReadyThenLoggedThenForgetsU
     ReconnectingStage stage(check);
     stage.listener.hook = [&stage](const std::string& event)
     { stage.journal.Add(event.substr(0, event.find('(')), stage.Knows7() ? " with" : " without", " user 7"); };
-    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_STOP), stage.Connection().ReconnectStart(),
+                      "answers to the platform");
     stage.ExpectJournal({
         kStart,
         "[platform] A.OnReadyReconnect(1)",
@@ -87,7 +88,8 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers1GoesOnAndThePlatformGets1,
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
-    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers to the platform");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_GO_ON), stage.Connection().ReconnectStart(),
+                      "answers to the platform");
     stage.ExpectJournal({
         kStart,
         "A.OnReadyReconnect(1)",
@@ -104,8 +106,9 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers2StopsWith50010AndThePlatformGe
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
-    stage.strategy.decision = 2;
-    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    stage.strategy.decision = avcore::ZOL_RECONNECT_STOP;
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_STOP), stage.Connection().ReconnectStart(),
+                      "answers to the platform");
     stage.ExpectJournal({
         kStart,
         "A.OnReadyReconnect(1)",
@@ -119,12 +122,13 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers2StopsWith50010AndThePlatformGe
 CONTRACT_CHECK(Reconnection, AStrategyThatAnswers0LeavesTheStateAt1AndAnswers0WithoutAnotherNotification,
                "Any other value decides nothing.")
 {
-    for (const int32_t decision : {0, 3, -1})
+    for (const int32_t decision : {int32_t{avcore::ZOL_RECONNECT_UNDECIDED}, 3, -1})
     {
         ReconnectingStage stage(check);
         stage.session->SetReconnectionStrategy(&stage.strategy);
         stage.strategy.decision = decision;
-        check.ExpectEqual(Answers(0), stage.Connection().ReconnectStart(), "answers to the platform");
+        check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_UNDECIDED), stage.Connection().ReconnectStart(),
+                          "answers to the platform");
         stage.ExpectJournal(
             {kStart, "A.OnReadyReconnect(1)", "strategy.CheckReconnect() -> " + std::to_string(decision)});
         check.ExpectEqual(false, stage.session->Relogin(false), "Relogin: the session counts as logging in");
@@ -139,12 +143,14 @@ CONTRACT_CHECK(Reconnection, AStartWhileNotLoggedInTellsNoReadinessButAsksTheStr
     stage.session->SetReconnectionStrategy(&stage.strategy);
     stage.Connection().ReconnectStart();
     stage.journal.Clear();
-    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers while reconnecting");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_GO_ON), stage.Connection().ReconnectStart(),
+                      "answers while reconnecting");
     stage.ExpectJournal({"strategy.CheckReconnect() -> 1", "A.OnReconnectStart(1)"});
 
     stage.Connection().Logouted(5);
     stage.journal.Clear();
-    check.ExpectEqual(Answers(1), stage.Connection().ReconnectStart(), "answers while logged out");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_GO_ON), stage.Connection().ReconnectStart(),
+                      "answers while logged out");
     stage.ExpectJournal({"strategy.CheckReconnect() -> 1", "A.OnReconnectStart(1)"});
     check.ExpectEqual(true, stage.session->Relogin(false), "Relogin: the session is still logged out");
 }
@@ -155,7 +161,8 @@ CONTRACT_CHECK(Reconnection, AStartWhileLoggedOutWithoutAStrategyIsStoppedAllThe
     Stage stage(check);
     SessionNotify listener(stage.journal, "A");
     stage.Session()->AddNotify(&listener);
-    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_STOP), stage.Connection().ReconnectStart(),
+                      "answers to the platform");
     stage.ExpectJournal({kNoStrategy, "A.OnReconnectFail(1, 50010)"});
 }
 
@@ -182,7 +189,8 @@ CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "The next start 
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
     stage.session->SetReconnectionStrategy(nullptr);
-    check.ExpectEqual(Answers(2), stage.Connection().ReconnectStart(), "answers to the platform");
+    check.ExpectEqual(Answers(avcore::ZOL_RECONNECT_STOP), stage.Connection().ReconnectStart(),
+                      "answers to the platform");
     stage.ExpectJournal({kStart, "A.OnReadyReconnect(1)", kNoStrategy, "A.OnReconnectFail(1, 50010)"});
 }
 

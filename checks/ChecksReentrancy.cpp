@@ -143,7 +143,7 @@ const Notification kNotifications[] = {
     {"OnReconnectFail(1, 50010)", Service::Session,
      [](ReentrantStage& stage)
      {
-         stage.strategy.decision = 2;
+         stage.strategy.decision = avcore::ZOL_RECONNECT_STOP;
          stage.Connection().ReconnectStart();
      }},
     {"OnReconnectSucess(1)", Service::Session, [](ReentrantStage& stage) { stage.Connection().ReconnectSucess(); }},
@@ -475,7 +475,7 @@ CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideTheStrategy,
         int32_t CheckReconnect() override
         {
             m_stage.Enter("strategy");
-            return 1;
+            return avcore::ZOL_RECONNECT_GO_ON;
         }
 
     private:
@@ -489,7 +489,8 @@ CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideTheStrategy,
         stage.Arm("strategy", operation.call);
         const std::vector<int32_t> answers = stage.Connection().ReconnectStart();
         check.ExpectEqual(1, stage.journal.Count("operation done"), std::string("returns of ") + operation.name);
-        check.Expect(!answers.empty() && answers.back() == 1, std::string("answer after ") + operation.name);
+        check.Expect(!answers.empty() && answers.back() == avcore::ZOL_RECONNECT_GO_ON,
+                     std::string("answer after ") + operation.name);
     }
 }
 

@@ -201,7 +201,7 @@ public:
         return decision;
     }
 
-    std::atomic<int32_t> decision{1};
+    std::atomic<int32_t> decision{avcore::ZOL_RECONNECT_GO_ON};
 
 private:
     Journal& m_journal;

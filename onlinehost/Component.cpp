@@ -146,7 +146,7 @@ public:
 
     int32_t CheckReconnect() override
     {
-        return static_cast<int32_t>(reconnection.load());
+        return reconnection.load();
     }
 
     TunnelListener& Tunnel(TunnelType type)
@@ -155,7 +155,7 @@ public:
     }
 
     EventQueue<Event> events;
-    std::atomic<Reconnection> reconnection{Reconnection::GoOn};
+    std::atomic<avcore::ZolReconnectDecision> reconnection{avcore::ZOL_RECONNECT_GO_ON};
 
 private:
     TunnelListener m_paasTunnel{events, TUNNEL_TYPE_PAAS};
@@ -263,7 +263,7 @@ std::optional<std::string> Component::Property(ConnectProperty key)
     }
 }
 
-void Component::SetReconnection(Reconnection decision)
+void Component::SetReconnection(avcore::ZolReconnectDecision decision)
 {
     m_listeners->reconnection = decision;
 }

@@ -39,14 +39,6 @@ using Interposer =
 class Component
 {
 public:
-    /// What the reconnection strategy of the session answers.
-    enum class Reconnection : int32_t
-    {
-        Undecided = 0,
-        GoOn = 1,
-        Stop = 2,
-    };
-
     /// `Error` when the component cannot be created or initialised. Without an `interposer` nothing stands between
     /// the component and the host.
     Component(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {},
@@ -67,7 +59,8 @@ public:
     /// The text of a connection property; absent before the module first wrote it.
     std::optional<std::string> Property(onlinemanager::ConnectProperty key);
 
-    void SetReconnection(Reconnection decision);
+    /// What the component's reconnection strategy answers from now on; `ZOL_RECONNECT_GO_ON` at first.
+    void SetReconnection(avcore::ZolReconnectDecision decision);
 
     /// The component and its services; `Error` for a service that the component does not have.
     onlinemanager::IOnlineManager& Manager();

@@ -366,11 +366,10 @@ public:
 
     void Reconnect(const ShellArguments& arguments)
     {
-        using Decision = Component::Reconnection;
         const std::string word = arguments.Text("DECISION");
-        m_shell.Device().Online().SetReconnection(word == "yes"  ? Decision::GoOn
-                                                  : word == "no" ? Decision::Stop
-                                                                 : Decision::Undecided);
+        m_shell.Device().Online().SetReconnection(word == "yes"  ? avcore::ZOL_RECONNECT_GO_ON
+                                                  : word == "no" ? avcore::ZOL_RECONNECT_STOP
+                                                                 : avcore::ZOL_RECONNECT_UNDECIDED);
     }
 
     void LogLevel(const ShellArguments& arguments)

@@ -9,14 +9,6 @@ namespace platform
 
 using avcore::IZolConnectionListener;
 
-namespace
-{
-
-/// The answer of `OnReconnectStart` that forbids to reconnect.
-constexpr int32_t kDoNotReconnect = 2;
-
-} // namespace
-
 /// Takes the backplane's events to the platform thread.
 class Session::Sink : public BackplaneListener
 {
@@ -461,14 +453,15 @@ void Session::StartReconnect()
     m_giveUp = EventLoop::Clock::now() + options.reconnectGiveUp;
 
     bool isForbidden = false;
-    Emit<IZolConnectionListener>([&isForbidden](auto& listener)
-                                 { isForbidden = listener.OnReconnectStart() == kDoNotReconnect || isForbidden; });
+    Emit<IZolConnectionListener>(
+        [&isForbidden](auto& listener)
+        { isForbidden = listener.OnReconnectStart() == avcore::ZOL_RECONNECT_STOP || isForbidden; });
     if (!isForbidden)
     {
         ScheduleReconnect();
         return;
     }
-    // Whoever forbade it knows, so nothing more is told.
+    // The listener that forbade the reconnection has told its host; no further event follows.
     Leave();
     Deactivate(m_login);
 }

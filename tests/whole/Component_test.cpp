@@ -116,7 +116,7 @@ TEST_F(SessionTest, ALostConnectionComesBackUnlessTheSessionSaysStop)
     WaitFor(*session, EventKind::ReconnectStart);
     WaitFor(*session, EventKind::ReconnectSucess);
 
-    session->SetReconnection(Component::Reconnection::Stop);
+    session->SetReconnection(avcore::ZOL_RECONNECT_STOP);
     ASSERT_EQ(m_platform.GetFaults().DropConnections("1001"), 1u);
     EXPECT_EQ(WaitFor(*session, EventKind::ReconnectFail).code, onlinemanager::ERR_RECONNECT_STOPPED);
 }

@@ -33,8 +33,8 @@ TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowed
     GwConnectionImp tunnel(connection, nullptr);
     tunnel.JoinMeeting({});
     tunnel.OnLoginResult(avcore::ZOL_PORT_SUCCESS, nullptr, nullptr, nullptr);
-    EXPECT_EQ(1, tunnel.OnReconnectStart());
-    EXPECT_EQ(1, tunnel.OnReconnectStart());
+    EXPECT_EQ(avcore::ZOL_RECONNECT_GO_ON, tunnel.OnReconnectStart());
+    EXPECT_EQ(avcore::ZOL_RECONNECT_GO_ON, tunnel.OnReconnectStart());
     EXPECT_NO_THROW(tunnel.OnReconnectSucess());
     EXPECT_NO_THROW(tunnel.OnReconnectFail(avcore::ZOL_PORT_NOT_LOGGED_IN, nullptr));
 }

@@ -150,7 +150,7 @@ public:
     avcore::IZolMdsClient* mds = nullptr;
 
     /// What `OnReconnectStart` answers.
-    std::atomic<int32_t> reconnectAnswer{1};
+    std::atomic<int32_t> reconnectAnswer{avcore::ZOL_RECONNECT_GO_ON};
 
     /// Runs inside every event with that name.
     std::map<std::string, std::function<void()>> inside;

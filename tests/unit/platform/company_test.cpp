@@ -131,7 +131,7 @@ TEST_F(CompanyTest, ATerminalThatVanishesIsReportedOffline)
     Device device(platform, journal, "A");
     device.Login("1");
     Settled();
-    device.reconnectAnswer = 2;
+    device.reconnectAnswer = avcore::ZOL_RECONNECT_STOP;
     platform.GetFaults().DropConnections("1");
     EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "W Terminal 1 pc 0  ext of pc"}));
 }

@@ -107,7 +107,7 @@ TEST_F(GroupTest, MembersMayBeOfDifferentCompanies)
     second.connection->JoinGroup("g");
     EXPECT_EQ(Sorted(Settled()), (Lines{"A GroupUserJoined 2", "B GroupUserJoined 1", "B GroupUserSync complete 2 1",
                                         "B JoinGroupResult 0"}));
-    second.reconnectAnswer = 2;
+    second.reconnectAnswer = avcore::ZOL_RECONNECT_STOP;
     platform.GetFaults().DropConnections("2");
     EXPECT_EQ(Sorted(Settled()), (Lines{"A GroupUserLeaved 2", "B ReconnectStart"}));
 }
@@ -144,7 +144,7 @@ TEST_F(GroupTest, OneGoneWithoutAWordHasLeftAndIsNotThereForLaterOnes)
     Join(first, "1");
     Join(second, "2");
     Settled();
-    second.reconnectAnswer = 2;
+    second.reconnectAnswer = avcore::ZOL_RECONNECT_STOP;
     platform.GetFaults().DropConnections("2");
     EXPECT_EQ(Sorted(Settled()), (Lines{"A GroupUserLeaved 2", "B ReconnectStart"}));
     Join(third, "3");
@@ -301,7 +301,7 @@ TEST_F(GroupTest, AGatewayLoginJoinsTheMeetingOfItsId)
     EXPECT_EQ(sessions[0].deviceId, "gateway");
     EXPECT_EQ(first.connection->Logout(), S_OK);
     EXPECT_EQ(Sorted(Settled()), (Lines{"A Logouted 0", "B GroupUserLeaved 1", "C GroupUserLeaved 1"}));
-    third.reconnectAnswer = 2;
+    third.reconnectAnswer = avcore::ZOL_RECONNECT_STOP;
     platform.GetFaults().DropConnections("3", "gateway");
     EXPECT_EQ(Sorted(Settled()), (Lines{"B GroupUserLeaved 3", "C ReconnectStart"}));
 }

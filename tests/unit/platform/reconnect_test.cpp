@@ -89,8 +89,8 @@ TEST_F(ReconnectTest, EveryListenerIsAskedAndOneThatForbidsIsEnough)
     Device second(platform, journal, "B");
     device.connection->AddListener(&second);
     LogIn(device, "1");
-    device.reconnectAnswer = 2;
-    second.reconnectAnswer = 1;
+    device.reconnectAnswer = avcore::ZOL_RECONNECT_STOP;
+    second.reconnectAnswer = avcore::ZOL_RECONNECT_GO_ON;
     platform.GetFaults().DropConnections("1");
     EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "B ReconnectStart"}));
     EXPECT_TRUE(platform.Sessions().empty());
@@ -106,7 +106,7 @@ TEST_F(ReconnectTest, UndecidedListenersLetItReconnect)
 {
     Device device(platform, journal, "A");
     LogIn(device, "1");
-    device.reconnectAnswer = 0;
+    device.reconnectAnswer = avcore::ZOL_RECONNECT_UNDECIDED;
     platform.GetFaults().DropConnections("1");
     EXPECT_TRUE(journal.WaitFor("A ReconnectSucess"));
 }
