@@ -8,7 +8,7 @@ build_packages=(
     g++
     libcli11-dev
     libcurl4-openssl-dev
-    libreadline-dev
+    libedit-dev
     libspdlog-dev
     ninja-build
     rapidjson-dev

@@ -8,9 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <cwchar>
 #include <fcntl.h>
-#include <readline/history.h>
-#include <readline/readline.h>
+#include <fstream>
+#include <poll.h>
 #include <unistd.h>
 #include <utility>
 
@@ -23,9 +24,7 @@ namespace
 {
 
 constexpr int kHistoryLines = 1000;
-
-/// The library calls back without an argument.
-LineEditor* g_terminal = nullptr;
+constexpr wchar_t kReplacementCharacter = 0xFFFD;
 
 /// Has to exist before lines can be appended to it; only its owner may read it, since lines may hold tokens.
 bool MakeHistoryFile(const std::filesystem::path& path, std::string& problem)
@@ -45,35 +44,101 @@ bool MakeHistoryFile(const std::filesystem::path& path, std::string& problem)
     return true;
 }
 
+std::vector<std::string> ReadLines(const std::filesystem::path& path)
+{
+    std::vector<std::string> lines;
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);)
+    {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+/// Keeps the newest lines only. Other shells may have appended to the file meanwhile.
+void TruncateFile(const std::filesystem::path& path)
+{
+    const std::vector<std::string> lines = ReadLines(path);
+    if (lines.size() <= kHistoryLines)
+    {
+        return;
+    }
+    std::ofstream file(path, std::ios::trunc);
+    std::for_each(lines.end() - kHistoryLines, lines.end(), [&file](const std::string& line) { file << line << '\n'; });
+}
+
+std::wstring Widen(const std::string& text)
+{
+    std::wstring wide(text.size(), L'\0');
+    const size_t length = std::mbstowcs(wide.data(), text.c_str(), wide.size());
+    wide.resize(length == static_cast<size_t>(-1) ? 0 : length);
+    return wide;
+}
+
+/// Moves `column` and `row` over a character as the library lays it out in rows of `columns`.
+void Advance(wchar_t character, size_t columns, size_t& column, size_t& row)
+{
+    constexpr size_t kTab = 8;
+    constexpr size_t kControl = 2; // "^A"
+    constexpr size_t kCode = 8;    // "\U+ABCDE"
+    if (character == L'\n')
+    {
+        column = 0;
+        ++row;
+        return;
+    }
+    const int printed = wcwidth(character);
+    const size_t width = character == L'\t'                         ? kTab - column % kTab
+                         : printed >= 0                             ? static_cast<size_t>(printed)
+                         : character < L' ' || character == L'\x7f' ? kControl
+                                                                    : kCode;
+    const bool staysWhole = printed > 1 && column + width > columns;
+    column = (staysWhole ? columns : column) + width;
+    row += column / columns;
+    column = staysWhole ? width : column % columns;
+}
+
+/// What all candidates begin with.
+std::string CommonStart(const std::vector<std::string>& candidates)
+{
+    const std::string& first = candidates.front();
+    size_t length = first.size();
+    for (const std::string& candidate : candidates)
+    {
+        const auto end = std::mismatch(first.begin(), first.end(), candidate.begin(), candidate.end()).first;
+        length = std::min(length, static_cast<size_t>(end - first.begin()));
+    }
+    return first.substr(0, CutLength(first, length));
+}
+
 } // namespace
 
-LineEditor::LineEditor(Options options) : m_options(std::move(options))
+LineEditor::LineEditor(Options options)
+    : m_options(std::move(options)),
+      m_history(history_init(), &history_end),
+      m_editor(nullptr, &el_end)
 {
-    g_terminal = this;
-    std::setlocale(LC_CTYPE, "");
-    rl_readline_name = "onlinehost";
-    rl_catch_signals = 0;
-    rl_catch_sigwinch = 0;
-    rl_change_environment = 0;
-    rl_initialize();
-    // Pasted lines are commands like typed ones.
-    rl_variable_bind("enable-bracketed-paste", "off");
-    // Its questions would wait for a key, and events would wait with them.
-    rl_variable_bind("page-completions", "off");
-    rl_completion_query_items = 0;
-    rl_variable_bind("show-all-if-ambiguous", "on");
-    rl_basic_word_break_characters = " \t";
-    rl_completer_word_break_characters = rl_basic_word_break_characters;
-    rl_completer_quote_characters = nullptr;
-    rl_attempted_completion_function = [](const char* word, int begin, int)
-    { return g_terminal->Complete(word, begin); };
-    rl_completion_display_matches_hook = &LineEditor::ShowCandidates;
+    // The program's texts are UTF-8 in every locale, and the library takes its encoding from here.
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+    m_editor.reset(el_init("onlinehost", stdin, stdout, stderr));
+    el_set(m_editor.get(), EL_CLIENTDATA, this);
+    el_wset(
+        m_editor.get(), EL_PROMPT, +[](EditLine* editor) { return Of(editor).m_shownPrompt.data(); });
+    el_wset(
+        m_editor.get(), EL_GETCFN, +[](EditLine* editor, wchar_t* key) { return Of(editor).NextKey(key); });
+    BindKeys();
+    el_source(m_editor.get(), nullptr);
 
-    using_history();
-    stifle_history(kHistoryLines);
+    HistEvent event{};
+    history(m_history.get(), &event, H_SETSIZE, kHistoryLines);
+    el_set(m_editor.get(), EL_HIST, &history, m_history.get());
     if (!m_options.history.empty() && MakeHistoryFile(m_options.history, m_historyProblem))
     {
-        read_history(m_options.history.c_str());
+        for (const std::string& line : ReadLines(m_options.history))
+        {
+            history(m_history.get(), &event, H_ENTER, line.c_str());
+            m_lastLine = line;
+        }
     }
     else
     {
@@ -83,108 +148,156 @@ LineEditor::LineEditor(Options options) : m_options(std::move(options))
 
 LineEditor::~LineEditor()
 {
-    if (m_isOpen)
-    {
-        rl_callback_handler_remove();
-    }
     if (!m_options.history.empty())
     {
-        history_truncate_file(m_options.history.c_str(), kHistoryLines);
+        TruncateFile(m_options.history);
     }
-    clear_history();
-    g_terminal = nullptr;
 }
 
-void LineEditor::Begin(const std::string& prompt)
+LineEditor& LineEditor::Of(EditLine* editor)
 {
-    m_prompt = prompt;
-    m_isOpen = true;
-    rl_resize_terminal();
-    rl_callback_handler_install(m_prompt.c_str(), [](char* line) { g_terminal->Take(line); });
+    void* terminal = nullptr;
+    el_get(editor, EL_CLIENTDATA, &terminal);
+    return *static_cast<LineEditor*>(terminal);
+}
+
+void LineEditor::BindKeys()
+{
+    EditLine* const editor = m_editor.get();
+    el_set(editor, EL_EDITOR, "emacs");
+    el_wset(
+        editor, EL_ADDFN, L"onlinehost-complete", L"Complete the word before the cursor",
+        +[](EditLine* self, wint_t) { return Of(self).Complete(); });
+    el_wset(
+        editor, EL_ADDFN, L"onlinehost-delete-or-leave", L"Delete the next character, or leave on an empty line",
+        +[](EditLine* self, wint_t) { return Of(self).DeleteOrLeave(); });
+
+    // The library has others on these keys than shells usually have, or none.
+    constexpr const char* kBindings[][2] = {
+        {"^I", "onlinehost-complete"},     {"^D", "onlinehost-delete-or-leave"}, {"^R", "em-inc-search-prev"},
+        {"^U", "vi-kill-line-prev"},       {"^W", "ed-delete-prev-word"},        {"\\e[1~", "ed-move-to-beg"},
+        {"\\e[4~", "ed-move-to-end"},      {"\\e[7~", "ed-move-to-beg"},         {"\\e[8~", "ed-move-to-end"},
+        {"\\e[3~", "ed-delete-next-char"}, {"\\e[1;3C", "em-next-word"},         {"\\e[1;3D", "ed-prev-word"},
+        {"\\e[1;5C", "em-next-word"},      {"\\e[1;5D", "ed-prev-word"},
+    };
+    for (const auto& [key, function] : kBindings)
+    {
+        el_set(editor, EL_BIND, key, function, nullptr);
+    }
+}
+
+std::optional<std::string> LineEditor::ReadLine(const std::string& prompt)
+{
+    m_prompt = Widen(prompt);
+    const char* text = nullptr;
+    int length = 0;
+    do
+    {
+        m_ending = Ending::None;
+        m_shownPrompt = m_prompt;
+        m_isOpen = true;
+        text = el_gets(m_editor.get(), &length);
+        m_isOpen = false;
+        if (m_failure)
+        {
+            std::rethrow_exception(std::exchange(m_failure, nullptr));
+        }
+    } while (m_ending == Ending::Interrupted);
+
+    if (text == nullptr || m_ending == Ending::Left)
+    {
+        return std::nullopt;
+    }
+    std::string line(text);
+    while (line.ends_with('\n') || line.ends_with('\r'))
+    {
+        line.pop_back();
+    }
+    Remember(line);
+    return line;
+}
+
+int LineEditor::NextKey(wchar_t* key)
+{
+    std::mbstate_t state{};
+    for (;;)
+    {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        try
+        {
+            // Before each key, so that a signal takes effect on the keys typed after it.
+            do
+            {
+                m_options.wait();
+            } while (m_ending == Ending::None && poll(&input, 1, 0) == 0);
+        }
+        catch (...)
+        {
+            m_failure = std::current_exception();
+            return -1;
+        }
+        // One at a time: what a command shall find unread, and Ctrl-C throw away, stays with the terminal.
+        char byte = 0;
+        if (m_ending != Ending::None || read(STDIN_FILENO, &byte, 1) != 1)
+        {
+            return -1;
+        }
+        const size_t length = std::mbrtowc(key, &byte, 1, &state);
+        if (length == static_cast<size_t>(-2))
+        {
+            continue;
+        }
+        if (length == static_cast<size_t>(-1))
+        {
+            *key = kReplacementCharacter;
+        }
+        return 1;
+    }
 }
 
 void LineEditor::SetPrompt(const std::string& prompt)
 {
-    if (m_isOpen && prompt != m_prompt)
-    {
-        // The old line is taken off with the length that it has on the screen.
-        rl_clear_visible_line();
-        m_prompt = prompt;
-        rl_set_prompt(m_prompt.c_str());
-        rl_on_new_line();
-    }
-}
-
-std::optional<LineEditor::Input> LineEditor::Read()
-{
-    m_input.reset();
-    rl_callback_read_char();
-    return std::exchange(m_input, std::nullopt);
-}
-
-void LineEditor::Take(char* line)
-{
-    rl_callback_handler_remove();
-    m_isOpen = false;
-    m_input = Input{};
-    if (line == nullptr)
-    {
-        m_input->isEnd = true;
-        return;
-    }
-    m_input->line = line;
-    std::free(line);
-    Remember(m_input->line);
-}
-
-void LineEditor::Remember(const std::string& line)
-{
-    const HIST_ENTRY* const last = history_length > 0 ? history_get(history_base + history_length - 1) : nullptr;
-    const bool isRepeated = last != nullptr && line == last->line;
-    if (line.find_first_not_of(" \t") == line.npos || line.front() == ' ' || isRepeated)
-    {
-        return;
-    }
-    add_history(line.c_str());
-    if (!m_options.history.empty())
-    {
-        append_history(1, m_options.history.c_str());
-    }
+    m_prompt = Widen(prompt);
 }
 
 void LineEditor::PrintAbove(std::string_view text)
 {
     if (m_isOpen)
     {
-        rl_clear_visible_line();
+        Erase(CountRows().above);
     }
     std::fwrite(text.data(), 1, text.size(), stdout);
-    if (m_isOpen)
-    {
-        rl_on_new_line();
-        rl_redisplay();
-    }
+    Redraw();
     std::fflush(stdout);
 }
 
 void LineEditor::Interrupt()
 {
-    if (!m_isOpen)
+    if (m_isOpen)
     {
-        return;
+        const std::string end = "^C" + std::string(CountRows().below + 1, '\n');
+        std::fputs(end.c_str(), stdout);
+        m_ending = Ending::Interrupted;
     }
-    rl_callback_sigcleanup();
-    rl_free_line_state();
-    std::fputs("^C", stdout);
-    rl_crlf();
-    rl_callback_handler_remove();
-    rl_replace_line("", 1);
-    Begin(std::string(m_prompt));
+}
+
+void LineEditor::Leave()
+{
+    m_ending = Ending::Left;
 }
 
 void LineEditor::FollowSize()
 {
-    rl_resize_terminal();
+    if (!m_isOpen)
+    {
+        el_resize(m_editor.get());
+        return;
+    }
+    // Some terminals wrap the rows anew and some do not. What is erased is part of the line in both cases.
+    const size_t before = CountRows().above;
+    el_resize(m_editor.get());
+    Erase(std::min(before, CountRows().above));
+    Redraw();
 }
 
 void LineEditor::Suspend(const std::function<void()>& pause)
@@ -194,43 +307,155 @@ void LineEditor::Suspend(const std::function<void()>& pause)
         pause();
         return;
     }
-    rl_deprep_terminal();
+    el_set(m_editor.get(), EL_PREP_TERM, 0);
     pause();
-    rl_prep_terminal(1);
-    rl_resize_terminal();
-    rl_on_new_line();
-    rl_redisplay();
+    el_set(m_editor.get(), EL_PREP_TERM, 1);
+    el_resize(m_editor.get());
+    Redraw();
 }
 
-char** LineEditor::Complete(const char*, int begin)
+LineEditor::Rows LineEditor::CountRows() const
 {
-    rl_attempted_completion_over = 1;
-    static std::vector<std::string> candidates;
-    static size_t next = 0;
-    const std::string lineStart(rl_line_buffer, static_cast<size_t>(rl_point));
-    candidates = m_options.complete(lineStart);
-    next = 0;
-    const bool wantsValue = candidates.size() == 1 && candidates.front().ends_with('=');
-    rl_completion_suppress_append = wantsValue ? 1 : 0;
-    return rl_completion_matches(rl_line_buffer + begin,
-                                 [](const char*, int) -> char*
-                                 { return next < candidates.size() ? strdup(candidates[next++].c_str()) : nullptr; });
-}
+    int columns = 0;
+    int height = 0;
+    el_get(m_editor.get(), EL_GETTC, "co", &columns);
+    el_get(m_editor.get(), EL_GETTC, "li", &height);
+    const auto width = static_cast<size_t>(std::max(columns, 1));
 
-void LineEditor::ShowCandidates(char** candidates, int count, int longest)
-{
-    constexpr int kMost = 60;
-    const int shown = std::min(count, kMost);
-    // The first entry is what all candidates begin with, the others follow, and a null ends the list.
-    char* const cut = candidates[shown + 1];
-    candidates[shown + 1] = nullptr;
-    rl_display_match_list(candidates, shown, longest);
-    candidates[shown + 1] = cut;
-    if (shown < count)
+    size_t column = 0;
+    size_t row = 0;
+    for (const wchar_t character : m_shownPrompt)
     {
-        std::fprintf(rl_outstream, "... and %d more\n", count - shown);
+        Advance(character, width, column, row);
     }
-    rl_forced_update_display();
+    const LineInfoW* const line = el_wline(m_editor.get());
+    size_t cursorRow = row;
+    for (const wchar_t* at = line->buffer; at != line->lastchar; ++at)
+    {
+        Advance(*at, width, column, row);
+        cursorRow = at < line->cursor ? row : cursorRow;
+    }
+    // A line taller than the screen shows its end.
+    const size_t highest = static_cast<size_t>(std::max(height, 1)) - 1;
+    return {std::min(cursorRow, highest), row - cursorRow};
+}
+
+void LineEditor::Erase(size_t rowsAbove) const
+{
+    std::fputc('\r', stdout);
+    for (size_t i = 0; i < rowsAbove; ++i)
+    {
+        el_set(m_editor.get(), EL_ECHOTC, "-s", "up", nullptr);
+    }
+    el_set(m_editor.get(), EL_ECHOTC, "-s", "cd", nullptr);
+}
+
+void LineEditor::Redraw()
+{
+    if (m_isOpen)
+    {
+        m_shownPrompt = m_prompt;
+        el_set(m_editor.get(), EL_REFRESH);
+    }
+}
+
+unsigned char LineEditor::DeleteOrLeave()
+{
+    const LineInfoW* const line = el_wline(m_editor.get());
+    if (line->buffer == line->lastchar)
+    {
+        return CC_EOF;
+    }
+    if (line->cursor == line->lastchar)
+    {
+        return CC_ERROR;
+    }
+    el_cursor(m_editor.get(), 1);
+    el_deletestr(m_editor.get(), 1);
+    return CC_REFRESH;
+}
+
+unsigned char LineEditor::Complete()
+{
+    const LineInfo* const info = el_line(m_editor.get());
+    const std::string lineStart(info->buffer, info->cursor);
+    std::vector<std::string> candidates;
+    try
+    {
+        candidates = m_options.complete(lineStart);
+    }
+    catch (...)
+    {
+        m_failure = std::current_exception();
+        return CC_EOF;
+    }
+    if (candidates.empty())
+    {
+        return CC_ERROR;
+    }
+
+    const size_t rowsBelow = CountRows().below;
+    const std::string word = lineStart.substr(lineStart.find_last_of(" \t") + 1);
+    std::string start = CommonStart(candidates);
+    // An option goes on with its value.
+    start += candidates.size() == 1 && !start.ends_with('=') ? " " : "";
+    el_deletestr(m_editor.get(), static_cast<int>(Widen(word).size()));
+    el_insertstr(m_editor.get(), start.c_str());
+    if (candidates.size() == 1)
+    {
+        return CC_REFRESH;
+    }
+    std::fputs(std::string(rowsBelow + 1, '\n').c_str(), stdout);
+    ShowCandidates(candidates);
+    Redraw();
+    return CC_NORM;
+}
+
+void LineEditor::ShowCandidates(const std::vector<std::string>& candidates) const
+{
+    constexpr size_t kMost = 60;
+    constexpr size_t kGap = 2;
+    std::vector<std::string> shown(
+        candidates.begin(), candidates.begin() + static_cast<std::ptrdiff_t>(std::min(candidates.size(), kMost)));
+    std::transform(shown.begin(), shown.end(), shown.begin(), Printable);
+    size_t width = 0;
+    for (const std::string& candidate : shown)
+    {
+        width = std::max(width, candidate.size() + kGap);
+    }
+    int columns = 0;
+    el_get(m_editor.get(), EL_GETTC, "co", &columns);
+    const size_t inRow = std::max<size_t>(static_cast<size_t>(std::max(columns, 1)) / width, 1);
+    const size_t rows = (shown.size() + inRow - 1) / inRow;
+    std::string text;
+    for (size_t row = 0; row < rows; ++row)
+    {
+        for (size_t i = row; i < shown.size(); i += rows)
+        {
+            const bool isLast = i + rows >= shown.size();
+            text += shown[i] + (isLast ? "\n" : std::string(width - shown[i].size(), ' '));
+        }
+    }
+    if (candidates.size() > kMost)
+    {
+        text += "... and " + std::to_string(candidates.size() - kMost) + " more\n";
+    }
+    std::fputs(text.c_str(), stdout);
+}
+
+void LineEditor::Remember(const std::string& line)
+{
+    if (line.find_first_not_of(" \t") == line.npos || line.front() == ' ' || line == m_lastLine)
+    {
+        return;
+    }
+    m_lastLine = line;
+    HistEvent event{};
+    history(m_history.get(), &event, H_ENTER, line.c_str());
+    if (!m_options.history.empty())
+    {
+        std::ofstream(m_options.history, std::ios::app) << line << '\n';
+    }
 }
 
 } // namespace host

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstddef>
+#include <exception>
 #include <filesystem>
 #include <functional>
+#include <histedit.h>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,8 +16,8 @@ namespace host
 
 /// The line that a person types at the terminal: editing, history, completion, and lines of others that appear above it.
 ///
-/// It never waits: the owner waits for the standard input among other descriptors and then calls `Read`. All operations
-/// belong to one thread, and there can be one object at a time.
+/// All operations belong to one thread. `ReadLine` calls `Options::wait` and `Options::complete` on it; `wait` may call every
+/// operation except `ReadLine`.
 class LineEditor
 {
 public:
@@ -22,6 +26,8 @@ public:
         std::filesystem::path history; ///< empty: lines are remembered until the end only
         /// What the last word of a text may become.
         std::function<std::vector<std::string>(std::string_view lineStart)> complete;
+        /// Blocks until the standard input is readable. It may return earlier, and is then called again.
+        std::function<void()> wait;
     };
 
     explicit LineEditor(Options options);
@@ -35,25 +41,21 @@ public:
         return m_historyProblem;
     }
 
-    /// Begins a new line. The prompt holds no control characters.
-    void Begin(const std::string& prompt);
+    /// Shows the prompt and lets the person type one line. Nothing after Ctrl-D on an empty line, after `Leave`, and when the
+    /// terminal is gone. The prompt holds no control characters. Throws what `wait` and `complete` throw.
+    std::optional<std::string> ReadLine(const std::string& prompt);
 
     /// Changes the prompt of the line that is being typed; shown with the next `PrintAbove`.
     void SetPrompt(const std::string& prompt);
 
-    struct Input
-    {
-        std::string line;
-        bool isEnd = false; ///< the person has nothing more to say
-    };
-    /// Takes what was typed. A result ends the line: nothing is shown until `Begin`.
-    std::optional<Input> Read();
-
     /// Shows whole lines above the one that is being typed, or just so when none is.
     void PrintAbove(std::string_view text);
 
-    /// Throws away what has been typed.
+    /// Throws away what has been typed, and begins a new line.
     void Interrupt();
+
+    /// Lets `ReadLine` return without a line.
+    void Leave();
 
     void FollowSize();
 
@@ -61,16 +63,40 @@ public:
     void Suspend(const std::function<void()>& pause);
 
 private:
-    void Take(char* line);
+    enum class Ending
+    {
+        None,
+        Interrupted,
+        Left
+    };
+
+    struct Rows
+    {
+        size_t above; ///< from the first row of the prompt to the cursor
+        size_t below; ///< from the cursor to the last row of the line
+    };
+
+    static LineEditor& Of(EditLine* editor);
+    void BindKeys();
+    int NextKey(wchar_t* key);
+    unsigned char DeleteOrLeave();
+    unsigned char Complete();
+    void ShowCandidates(const std::vector<std::string>& candidates) const;
+    Rows CountRows() const;
+    void Erase(size_t rowsAbove) const;
+    void Redraw();
     void Remember(const std::string& line);
-    char** Complete(const char* word, int begin);
-    static void ShowCandidates(char** candidates, int count, int longest);
 
     Options m_options;
     std::string m_historyProblem;
-    std::string m_prompt;
-    bool m_isOpen = false; ///< a line is being typed
-    std::optional<Input> m_input;
+    std::unique_ptr<History, decltype(&history_end)> m_history;
+    std::unique_ptr<EditLine, decltype(&el_end)> m_editor;
+    std::string m_lastLine; ///< of the history
+    std::wstring m_prompt;
+    std::wstring m_shownPrompt; ///< the one on the screen, until the line is drawn again
+    bool m_isOpen = false;      ///< a line is being typed
+    Ending m_ending = Ending::None;
+    std::exception_ptr m_failure; ///< thrown by a callback, on its way around the library's own code
 };
 
 } // namespace host

@@ -361,6 +361,7 @@ int Shell::RunTerminal()
     LineEditor::Options options;
     options.history = m_options.history;
     options.complete = [this](std::string_view lineStart) { return Complete(lineStart); };
+    options.wait = [this] { AwaitKey(); };
     m_terminal = std::make_unique<LineEditor>(std::move(options));
     if (!m_terminal->HistoryProblem().empty())
     {
@@ -371,31 +372,15 @@ int Shell::RunTerminal()
 
     while (!m_isOver && m_endingSignal == 0)
     {
-        m_terminal->Begin(Prompt());
-        std::optional<LineEditor::Input> input;
-        while (!input && m_endingSignal == 0)
-        {
-            pollfd wanted[] = {
-                {STDIN_FILENO, POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
-            poll(wanted, std::size(wanted), -1);
-            HandleTerminalSignals();
-            if (wanted[1].revents != 0)
-            {
-                ShowAll();
-            }
-            if (wanted[0].revents != 0)
-            {
-                input = m_terminal->Read();
-            }
-        }
-        if (!input || input->isEnd)
+        const std::optional<std::string> line = m_terminal->ReadLine(Prompt());
+        if (!line)
         {
             m_out.Line("");
             break;
         }
         try
         {
-            ExecuteLine(input->line);
+            ExecuteLine(*line);
         }
         catch (const Error& error)
         {
@@ -404,6 +389,18 @@ int Shell::RunTerminal()
     }
     m_terminal.reset();
     return m_endingSignal == 0 ? int{EXIT_DONE} : ShellFailure::kSignalBase + m_endingSignal;
+}
+
+void Shell::AwaitKey()
+{
+    pollfd wanted[] = {
+        {STDIN_FILENO, POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
+    poll(wanted, std::size(wanted), -1);
+    HandleTerminalSignals();
+    if (wanted[1].revents != 0)
+    {
+        ShowAll();
+    }
 }
 
 void Shell::HandleTerminalSignals()
@@ -423,6 +420,7 @@ void Shell::HandleTerminalSignals()
             break;
         default:
             m_endingSignal = signal;
+            m_terminal->Leave();
             break;
         }
     }

@@ -140,6 +140,7 @@ private:
     void ExecuteLine(const std::string& line);
     int Report(const std::string& place, const std::string& line, const std::exception& error);
     int RunFirstLines();
+    void AwaitKey();
     void HandleTerminalSignals();
     std::string Prompt() const;
     std::vector<std::string> Complete(std::string_view lineStart) const;

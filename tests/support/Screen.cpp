@@ -116,6 +116,9 @@ void Screen::Escape(std::string_view parameters, char command)
     case 'D':
         m_column -= std::min(m_column, count);
         break;
+    case 'G':
+        m_column = std::min(count, m_columns) - 1;
+        break;
     case 'H':
         m_row = 0;
         m_column = 0;

@@ -44,7 +44,7 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, size
     {
         setenv("TERM", "xterm", 1);
         setenv("LC_ALL", "C.UTF-8", 1);
-        setenv("INPUTRC", "/dev/null", 1);
+        setenv("EDITRC", "/dev/null", 1);
         execv(program.c_str(), pointers.data());
         _exit(127);
     }

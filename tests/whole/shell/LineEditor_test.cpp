@@ -156,6 +156,77 @@ TEST_F(LineEditor, TheArrowUpBringsLinesBack)
     ASSERT_TRUE(shell.SeeLastLine("onlinehost> echo first"));
 }
 
+TEST_F(LineEditor, CtrlRSearchesTheLinesTypedBeforeAndEventsAppearMeanwhile)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("company 1 answer=accept after=3s\r");
+    ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
+    shell.Type("echo first\recho second\rinvite 1001\r");
+    ASSERT_TRUE(shell.See("sends invitation"));
+    shell.Type(std::string(kCtrlR) + "fir");
+    ASSERT_TRUE(shell.See("7@pc> echo first\nbck:fir")) << shell.Now().Text();
+
+    ASSERT_TRUE(shell.See("learns that user 1001 accepted"));
+    ASSERT_TRUE(shell.See("7@pc> echo first\nbck:fir")) << shell.Now().Text();
+    EXPECT_EQ(shell.Now().Text().find("bck:"), shell.Now().Text().rfind("bck:")) << shell.Now().Text();
+    shell.Type(kCtrlA);
+    EXPECT_TRUE(shell.SeeLastLine("7@pc> echo first")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, TheEditingKeysOfShellsWork)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("echo one two" + std::string(kCtrlW));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> echo one")) << shell.Now().Text();
+    shell.Type("x\x1b[1;5D" + std::string(kCtrlU));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> x")) << shell.Now().Text();
+    shell.Type("\x1b[4~yz\x1b[1~a" + std::string(kCtrlB) + "\x1b[3~");
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> xyz")) << shell.Now().Text();
+    shell.Type(kCtrlD);
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> yz")) << shell.Now().Text();
+    shell.Type(std::string(kCtrlB) + kCtrlD + kCtrlD + kCtrlD);
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>")) << shell.Now().Text();
+    shell.Type(kCtrlD);
+    EXPECT_EQ(shell.WaitForEnd(), 0);
+}
+
+TEST_F(LineEditor, ACharacterOfSeveralBytesIsEditedAsOne)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}), 24, 30);
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("company 1 answer=accept after=3s\r");
+    ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
+    shell.Type("invite 1001\r");
+    ASSERT_TRUE(shell.See("sends invitation"));
+    std::string typed = "echo ";
+    for (int i = 0; i < 40; ++i)
+    {
+        typed += "\xc3\xa4";
+    }
+    shell.Type(typed + "\xe2\x82\xac" + kBackspace);
+    ASSERT_TRUE(shell.See("7@pc> " + typed + "\n")) << shell.Now().Text();
+    ASSERT_TRUE(shell.See("learns that user 1001 accepted"));
+    ASSERT_TRUE(shell.See("7@pc> " + typed + "\n")) << shell.Now().Text();
+    EXPECT_EQ(shell.Now().Text().find("7@pc> echo \xc3"), shell.Now().Text().rfind("7@pc> echo \xc3"))
+        << shell.Now().Text();
+    shell.Type("\xff" + std::string(kEnter));
+    EXPECT_TRUE(shell.See("\n" + typed.substr(5) + "\xef\xbf\xbd\n")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, CtrlCInALineOfSeveralRowsLeavesItWhole)
+{
+    TerminalProgram shell(Arguments(), 24, 30);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    const std::string typed = "echo " + std::string(60, 'a');
+    shell.Type(typed + kCtrlA);
+    ASSERT_TRUE(shell.See("onlinehost> " + typed));
+    shell.Type(kCtrlC);
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    EXPECT_TRUE(shell.See(std::string(30, 'a') + std::string(17, 'a') + "\nonlinehost>")) << shell.Now().Text();
+}
+
 TEST_F(LineEditor, TheHistoryIsKeptInItsFileForTheOwnerOnly)
 {
     const TemporaryFolder folder;

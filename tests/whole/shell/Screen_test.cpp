@@ -12,6 +12,13 @@ TEST(Screen, WritesOverWhatStandsThere)
     EXPECT_EQ(screen.CursorColumn(), 2u);
 }
 
+TEST(Screen, MovesToAColumnOfTheLine)
+{
+    Screen screen(2, 8);
+    screen.Feed("abcd\x1b[2GX\x1b[99GY\x1b[GZ");
+    EXPECT_EQ(screen.Lines(), Lines{"ZXcd   Y"});
+}
+
 TEST(Screen, AFullLineGoesOnInTheNext)
 {
     Screen screen(3, 4);
