@@ -4,6 +4,7 @@
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"
 
+#include <algorithm>
 #include <dlfcn.h>
 
 namespace onlinehost
@@ -22,9 +23,13 @@ std::optional<GUID> Copy(const GUID* id)
     return id != nullptr ? std::optional(*id) : std::nullopt;
 }
 
-FMDllTable AskForTable(void* library)
+/// `functions` are those that the file exports: `dlsym` finds data too, which must not be called.
+FMDllTable AskForTable(void* library, const std::vector<std::string>& functions)
 {
-    const auto entry = reinterpret_cast<LPFNFMDll>(dlsym(library, "FMDll"));
+    static constexpr char kEntry[] = "FMDll";
+
+    const bool isFunction = std::binary_search(functions.begin(), functions.end(), kEntry);
+    const auto entry = isFunction ? reinterpret_cast<LPFNFMDll>(dlsym(library, kEntry)) : nullptr;
     if (entry == nullptr)
     {
         throw Error("is not a module: it has no function FMDll");
@@ -62,7 +67,7 @@ Module::Module(const std::filesystem::path& path)
     }
     try
     {
-        m_table = AskForTable(m_library.get());
+        m_table = AskForTable(m_library.get(), m_exportedFunctions);
     }
     catch (const Error& error)
     {

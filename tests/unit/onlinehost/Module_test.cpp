@@ -82,6 +82,11 @@ TEST(Module, FilesThatAreNoModuleAreRefusedWithTheReason)
     EXPECT_NE(LoadFailure(TestModule("leaves_out")).find("FMDll left a function out"), std::string::npos);
 }
 
+TEST(Module, AnEntryPointThatIsDataIsRefusedAndNotCalled)
+{
+    EXPECT_NE(LoadFailure(TestModule("entry_is_data")).find("it has no function FMDll"), std::string::npos);
+}
+
 TEST(Module, WhatTheSystemCannotLoadIsToldInItsWords)
 {
     // A program has the form of a shared object, and all of it is there.

@@ -9,7 +9,12 @@ int SomeFunction()
     return 1;
 }
 
-#ifndef TEST_MODULE_NO_ENTRY
+#ifdef TEST_MODULE_ENTRY_IS_DATA
+
+EXPORT int FMDll;
+int FMDll = 1;
+
+#elif !defined(TEST_MODULE_NO_ENTRY)
 
 namespace
 {
