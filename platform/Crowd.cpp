@@ -21,7 +21,7 @@ namespace
 
 constexpr std::chrono::milliseconds kOpenLimit{5000};
 
-/// What users of the module send with their answers.
+/// The answer texts of the module.
 constexpr const char* kAcceptMessage = R"({"version":"1.0","method":"AcceptInvite","params":{"terminal":"1"}})";
 constexpr const char* kDeclineMessage =
     R"({"version":"1.0","method":"RejectInvite","params":{"terminal":"1","mode":17}})";
@@ -42,7 +42,7 @@ public:
 
     void Start()
     {
-        // Weakly, because the client lives as long as this.
+        // A weak reference, because this object owns the client.
         m_client = std::make_shared<ServiceClient>(*m_engine, "crowd", std::vector{m_topics.AllUsers()},
                                                    [weak = weak_from_this()](const BackplaneMessage& message)
                                                    {
@@ -189,7 +189,7 @@ public:
     }
 
 private:
-    /// What only few members have.
+    /// State that only a few members have.
     struct Extra
     {
         std::optional<CrowdScript> script;
@@ -342,7 +342,7 @@ private:
         }
     }
 
-    /// The number of a member that is online.
+    /// The index of an online member.
     std::optional<uint32_t> ReadUserId(std::string_view level) const
     {
         uint64_t number = 0;

@@ -12,19 +12,19 @@
 namespace platform
 {
 
-/// Who makes up a crowd.
+/// The members of a crowd.
 struct CrowdOptions
 {
     std::string appId{};
     std::string companyId{};
-    uint32_t firstUserId = 1;        ///< the members' ids count up from here
-    uint32_t count = 0;              ///< how many there are
-    std::string deviceId = "pc";     ///< the terminal of each
-    std::string ext = R"({"tt":1})"; ///< its extension text
-    std::string custom{};            ///< its custom information
+    uint32_t firstUserId = 1;        ///< id of the first member; the others count up from it
+    uint32_t count = 0;              ///< number of members
+    std::string deviceId = "pc";     ///< device id of each member's terminal
+    std::string ext = R"({"tt":1})"; ///< extension text of that terminal
+    std::string custom{};            ///< custom information of that terminal
 };
 
-/// What a member does with an invitation.
+/// How a member answers an invitation.
 struct CrowdScript
 {
     enum class Answer
@@ -35,23 +35,23 @@ struct CrowdScript
     };
 
     Answer answer = Answer::Ignore;
-    std::chrono::milliseconds after{0}; ///< how long it thinks about it
-    std::string message;                ///< the JSON text that goes with the answer; empty = the usual one for it
-    std::string joinGroupId;            ///< having accepted, it joins this group; empty = none
+    std::chrono::milliseconds after{0}; ///< delay of the answer
+    std::string message;                ///< JSON text of the answer; empty = the text that the module sends
+    std::string joinGroupId;            ///< group that the member joins after it has accepted; empty = none
 };
 
-/// Many simulated colleagues at little cost: a member is a presence record in the backplane and a few bytes here, and has no
-/// connection of its own. Connections cannot tell it from a real user: it is in their refreshes and terminal events, gets
-/// invitations, answers, is in groups, and can vanish without a word.
+/// Simulated users at little cost: a member is a presence record in the backplane and a few bytes here, and has no
+/// connection of its own. Connections see members as they see real users: in refreshes and terminal events, as invitees
+/// that answer, and as members of groups.
 ///
-/// Every operation may be called on any thread. User ids outside the crowd are ignored. Operations on members work whether
-/// they are online or not unless said otherwise.
+/// [any] Every operation may be called on any thread. Operations ignore user ids outside the crowd. Unless an operation
+/// says otherwise, it works for online and offline members.
 class Crowd
 {
 public:
-    /// Everybody is offline at first. The platform has to outlive the crowd.
+    /// All members are offline at first. The platform must outlive the crowd.
     Crowd(Platform& platform, const CrowdOptions& options);
-    /// Everybody online goes offline. Waits for a callback under way unless called from inside it.
+    /// All members go offline. Waits for a callback under way unless called from inside that callback.
     ~Crowd();
 
     Crowd(const Crowd&) = delete;
@@ -59,31 +59,32 @@ public:
 
     using Progress = std::function<void(size_t done, size_t total)>;
 
-    /// Everybody comes online before the call returns; `progress` is told now and then, on the calling thread, and at the
-    /// end.
+    /// All members come online before the call returns. The call runs `progress` on the calling thread at intervals and
+    /// at the end.
     void ComeOnline(const Progress& progress = {});
     void ComeOnline(uint32_t userId);
     void GoOffline(const Progress& progress = {});
     void GoOffline(uint32_t userId);
-    /// Gone without a word, as the platform learns it: terminal and group membership end, nothing is said about leaving.
+    /// Takes a member away as a lost connection does: its terminals go offline and its group memberships end, without a
+    /// leave.
     void Vanish(uint32_t userId);
 
-    /// A further terminal of an online member; false when the member is offline or has it already.
+    /// Adds a terminal to an online member. False when the member is offline or has this terminal already.
     bool AddTerminal(uint32_t userId, const std::string& deviceId, const std::string& ext);
     bool RemoveTerminal(uint32_t userId, const std::string& deviceId);
 
-    /// The custom information of an online member's first terminal.
+    /// Sets the custom information of the first terminal of an online member.
     void SetCustomInfo(uint32_t userId, const std::string& text);
 
-    /// For everybody without a script of its own.
+    /// Sets the script of all members without a script of their own.
     void SetScript(const CrowdScript& script);
     void SetScript(uint32_t userId, const CrowdScript& script);
 
-    /// Members that are online join and leave a group; each can be in several.
+    /// Online members join and leave a group. A member may be in several groups.
     void JoinGroup(uint32_t userId, const std::string& groupId);
     void LeaveGroup(uint32_t userId, const std::string& groupId);
 
-    /// An invitation that reached an online member, told before it is answered.
+    /// An invitation that reached an online member. The callback runs before the member answers.
     struct Invitation
     {
         uint32_t userId = 0; ///< the member
@@ -92,9 +93,9 @@ public:
         std::string code;
         std::string message;
     };
-    /// Called on the platform thread for each invitation, and for each that is withdrawn; an empty function ends it.
+    /// [platform] Runs for each invitation, and for each withdrawn one. An empty function ends the calls.
     void SetOnInvited(std::function<void(const Invitation&)> callback);
-    void SetOnCanceled(std::function<void(const Invitation&)> callback); ///< code and message are empty
+    void SetOnCanceled(std::function<void(const Invitation&)> callback); ///< `code` and `message` are empty
 
     size_t CountOnline() const;
 

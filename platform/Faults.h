@@ -12,7 +12,7 @@ namespace platform
 
 class Engine;
 
-/// How long a dropped connection stays away.
+/// The duration of an ordered outage.
 struct Outage
 {
     static Outage For(std::chrono::milliseconds time)
@@ -25,11 +25,14 @@ struct Outage
         return Outage{std::nullopt};
     }
 
-    std::optional<std::chrono::milliseconds> time; ///< absent = for ever
+    std::optional<std::chrono::milliseconds> time; ///< absent = until `Faults::EndOutages`
 };
 
-/// Faults to order, for tests and demonstrations. Got from `Platform::GetFaults`. Every operation may be called on any
-/// thread, also from inside an event, and returns at once; what comes of it reaches the listeners as events.
+/// Orders faults of the platform, for tests and demonstrations. `Platform::GetFaults` returns the object, which lives
+/// as long as its platform.
+///
+/// [any] Every operation may be called on any thread, also from inside an event, and returns at once. Its consequences
+/// reach the listeners as events.
 class Faults
 {
 public:
@@ -37,40 +40,41 @@ public:
     Faults(const Faults&) = delete;
     Faults& operator=(const Faults&) = delete;
 
-    /// Logins of `userId` (of everybody when it is empty) end with `code` until `AcceptLogins`. Gateway logins included.
-    /// A login refused with 36 this way names no other device.
+    /// Logins of `userId`, or of all users when it is empty, end with `code` until `AcceptLogins`; gateway logins as
+    /// well. A login that this order refuses with 36 names no other device.
     void RefuseLogins(avcore::ZolPortErrCode code, const std::string& userId = {});
-    /// Ends the order given for the same `userId`.
+    /// Takes back the order for the same `userId`.
     void AcceptLogins(const std::string& userId = {});
 
-    /// Logins with this token end with `ZOL_PORT_TOKEN_REFUSED`. A login that stands already stays; it will not come back
-    /// from a lost connection.
+    /// Logins with this token end with `ZOL_PORT_TOKEN_REFUSED`. An established login stays, and fails to reconnect
+    /// when its connection is lost.
     void RefuseToken(const std::string& token);
     void AcceptToken(const std::string& token);
 
-    /// Cuts the connections of a user, on one device or (empty) on all of them, as when the network is gone: no logout, the
-    /// last will is sent, and no attempt to come back succeeds before the outage is over. Gateway connections of the user
-    /// count as device "gateway". Result: how many connections were cut.
+    /// Cuts the connections of a user as a network failure does: without a logout, the last will is sent, and every
+    /// attempt to reconnect fails until the outage ends. An empty `deviceId` means all devices of the user; a gateway
+    /// connection has the device id "gateway". Returns the number of connections that it cut.
     size_t DropConnections(const std::string& userId, const std::string& deviceId = {},
                            Outage outage = Outage::For(std::chrono::milliseconds(0)));
-    /// The same for one client of the backplane; `SessionInfo::clientId` tells the ids. False when nobody has that id.
+    /// Does the same for one client of the backplane, by the id in `SessionInfo::clientId`. False for an unknown id.
     bool DropClient(const std::string& clientId, Outage outage = Outage::For(std::chrono::milliseconds(0)));
-    /// Every outage is over now.
+    /// Ends all outages.
     void EndOutages();
 
-    /// A connection point that cannot be reached: logins end with `ZOL_PORT_UNREACHABLE`, lost connections to it do not come
-    /// back. `connectionPoint` is compared as a whole: the server text of a login that is not an HTTP(S) address, or the
-    /// address that the HTTP(S) server answered.
+    /// Makes a connection point unreachable: logins to it end with `ZOL_PORT_UNREACHABLE`, and lost connections to it
+    /// fail to reconnect. `connectionPoint` is compared as a whole with the server text of a login, or, for an HTTP(S)
+    /// server, with the address in its answer.
     void SetUnreachable(const std::string& connectionPoint, bool unreachable);
 
-    /// Everything that the backplane delivers arrives that much later; 0 ends it. The order stays as it is.
+    /// Delays every delivery of the backplane by `time`; 0 ends the delay. Deliveries keep their order.
     void DelayDeliveries(std::chrono::milliseconds time);
-    /// A last will is sent that much after the loss of its connection, hence possibly after the client is back; 0 ends it.
+    /// Sends a last will only `time` after the loss of its connection, which may be after the client has reconnected; 0
+    /// ends the delay.
     void DelayWills(std::chrono::milliseconds time);
-    /// Messages with acknowledged delivery arrive twice, as they may after a lost acknowledgement.
+    /// Delivers every acknowledged message twice, as a broker may after a lost acknowledgement.
     void DuplicateDeliveries(bool duplicate);
 
-    /// Takes every order back, outages included.
+    /// Takes back all orders and ends all outages.
     void Clear();
 
 private:

@@ -46,7 +46,8 @@ public:
 
     void Start()
     {
-        // Weakly, because the client lives as long as this; what runs keeps this alive, since it may end the service.
+        // A weak reference, because this object owns the client. A running call keeps the object alive, since the
+        // callback may destroy the service.
         m_client = std::make_shared<ServiceClient>(*m_engine, "monitoring", std::vector{m_topics.AllReports()},
                                                    [weak = weak_from_this()](const BackplaneMessage& message)
                                                    {

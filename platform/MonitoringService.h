@@ -9,7 +9,7 @@
 namespace platform
 {
 
-/// Which quality reports are meant.
+/// The kind of a quality report.
 enum class ReportKind
 {
     Overview,
@@ -17,7 +17,7 @@ enum class ReportKind
     All,
 };
 
-/// A report as it came from a terminal.
+/// A report as a terminal sent it.
 struct MonitoringReport
 {
     std::string userId;
@@ -25,28 +25,29 @@ struct MonitoringReport
     std::string json; ///< as given to `IZolMdsClient::SendMdsData`
 };
 
-/// The service that asks terminals for quality reports and collects them.
+/// The monitoring service: asks terminals for quality reports and collects them.
 ///
-/// A command reaches the terminals that a user has logged in at that time; one that logs in later has to be asked again.
-/// Every operation may be called on any thread.
+/// [any] Every operation may be called on any thread. A command reaches the terminals that the user has logged in at
+/// that time; send it again for a terminal that logs in later.
 class MonitoringService
 {
 public:
     using OnReport = std::function<void(const MonitoringReport&)>;
 
-    /// Serves one company. `onReport` runs on the platform thread. The platform has to outlive the service.
+    /// Serves one company. `onReport` runs on the platform thread. The platform must outlive the service.
     MonitoringService(Platform& platform, const std::string& appId, const std::string& companyId, OnReport onReport);
-    /// When it returns no `onReport` is running and none will come, unless it is called from inside one.
+    /// Waits for an `onReport` under way, unless called from inside it. No `onReport` runs after the destructor.
     ~MonitoringService();
 
     MonitoringService(const MonitoringService&) = delete;
     MonitoringService& operator=(const MonitoringService&) = delete;
 
-    /// {"message":{"command":"subscribe_av_quality","data":{"subType":"overview"}}} and its like.
+    /// Send the command "subscribe_av_quality" or "unsubscribe_av_quality" with the sub-type of `kind`, for instance
+    /// {"message":{"command":"subscribe_av_quality","data":{"subType":"overview"}}}.
     void Subscribe(const std::string& userId, ReportKind kind);
     void Unsubscribe(const std::string& userId, ReportKind kind);
 
-    /// Any text as a command, also one that no terminal understands.
+    /// Sends any text as a command, also a text that terminals do not understand.
     void SendCommand(const std::string& userId, const std::string& json);
 
 private:

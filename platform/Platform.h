@@ -11,25 +11,25 @@
 #include <string_view>
 #include <vector>
 
-/// The platform library `avcore` for use without a server. What it promises beyond the interfaces in avcore/ stands in
-/// docs/platform.md; the answer it expects from an HTTP(S) server in docs/cp-address.md.
+/// The platform library `avcore` for use without a server. docs/platform.md describes what it promises beyond the
+/// interfaces in avcore/. docs/cp-address.md describes the answer that it expects from an HTTP(S) server.
 namespace platform
 {
 
 class Engine;
 
-inline constexpr HRESULT kClassNotAvailable = MakeResult(0x80040111); ///< no such class
+inline constexpr HRESULT kClassNotAvailable = MakeResult(0x80040111); ///< the class id is unknown
 inline constexpr HRESULT kNoAggregation = MakeResult(0x80040110);     ///< an outer object was given
 
-/// Why `RequestCPAddress` failed; docs/cp-address.md tells what each means.
-inline constexpr HRESULT kCpNoHttp = MakeResult(0x80040201);        ///< an HTTP(S) server, but no HTTP object
+/// Results of a failed `RequestCPAddress`; docs/cp-address.md describes each.
+inline constexpr HRESULT kCpNoHttp = MakeResult(0x80040201);        ///< an HTTP(S) server without an HTTP object
 inline constexpr HRESULT kCpNoAnswer = MakeResult(0x80040202);      ///< the answer was empty, or the request was closed
-inline constexpr HRESULT kCpTimeLimit = MakeResult(0x80040203);     ///< no answer in time
-inline constexpr HRESULT kCpTooLong = MakeResult(0x80040204);       ///< the answer is too long
-inline constexpr HRESULT kCpNotUnderstood = MakeResult(0x80040205); ///< the answer is not the document
-inline constexpr HRESULT kCpRefused = MakeResult(0x80040206);       ///< the answer is a refusal
+inline constexpr HRESULT kCpTimeLimit = MakeResult(0x80040203);     ///< the time limit passed without an answer
+inline constexpr HRESULT kCpTooLong = MakeResult(0x80040204);       ///< the answer exceeds `httpLongestAnswer`
+inline constexpr HRESULT kCpNotUnderstood = MakeResult(0x80040205); ///< the answer is not the expected JSON document
+inline constexpr HRESULT kCpRefused = MakeResult(0x80040206);       ///< the server refused the request
 
-/// One login as it stands, for diagnosis.
+/// The present state of one login, for diagnosis.
 struct SessionInfo
 {
     enum class State
@@ -40,48 +40,50 @@ struct SessionInfo
     };
 
     State state = State::LoggingIn;
-    bool gateway = false; ///< by `LoginOldGw`; then `groupId` is the meeting and `deviceId` is "gateway"
-    std::string appId;    ///< empty for a gateway login, like the next one and `mutex`, `ext`, `server`
+    bool gateway = false; ///< made by `LoginOldGw`: `groupId` is the meeting, `deviceId` is "gateway"
+    std::string appId;    ///< empty for a gateway login, as are `companyId`, `mutex`, `ext` and `server`
     std::string companyId;
     std::string userId;
     std::string deviceId;
     std::string mutex;
     std::string ext;
-    std::string custom;          ///< the terminal's custom information
-    std::string server;          ///< as given to `Login`
-    std::string connectionPoint; ///< where the login went
-    std::string groupId;         ///< the group that the connection is in; empty for none
-    std::string clientId;        ///< the session's client id at the backplane
+    std::string custom;          ///< custom information of the terminal
+    std::string server;          ///< the server text given to `Login`
+    std::string connectionPoint; ///< the address that the login used
+    std::string groupId;         ///< the group that the connection has joined; empty without a group
+    std::string clientId;        ///< client id of the session at the backplane
     bool force = false;          ///< as given to `Login`
-    bool registerUser = false;   ///< as given to `Login`; kept, and without effect here
+    bool registerUser = false;   ///< as given to `Login`; the platform keeps the value and does not use it
 };
 
-/// One message service, company and meeting world in this process: all connections of one `Platform` see each other, those
-/// of different ones never do.
+/// One world of companies, meetings and messages in this process. Connections of one `Platform` see each other;
+/// connections of different platforms never do.
 ///
-/// A `Platform` has one thread of its own, on which every event of every connection runs, one at a time ("platform
-/// thread"), and short-lived threads for HTTP requests. No lock is held during an event, so a listener may call anything
-/// from inside one: log out, remove itself or others, release the connection, order faults.
+/// A `Platform` runs one thread, the platform thread. Every event of every connection runs on it, one at a time. HTTP
+/// requests run on short-lived threads of their own. The platform holds no lock during an event, so a listener may call
+/// any operation from inside one: log out, remove listeners, release the connection, order faults.
 ///
-/// Every operation may be called on any thread.
+/// [any] Every operation may be called on any thread.
 class Platform
 {
 public:
     explicit Platform(const PlatformOptions& options = {});
-    /// Ends all logins without further events and waits for the platform's threads; not allowed from inside an event.
-    /// Connections may outlive the platform: their operations then fail with `E_FAIL`.
+    /// Ends all logins without further events and waits for the platform's threads. Must not be called from inside an
+    /// event. Connections may outlive the platform: their operations then fail with `E_FAIL`.
     ~Platform();
 
     Platform(const Platform&) = delete;
     Platform& operator=(const Platform&) = delete;
 
-    /// The one that hosts share; made at the first call, gone at the end of the process.
+    /// The platform that all hosts of a process share. The first call creates it; it lives until the process ends.
     static Platform& Default();
 
-    /// For a host's component factory. Makes a connection for `avcore::CLSID_ZolConnection` and hands out its
-    /// `avcore::IID_IZolConnection` or `IID_IUnknown` with one reference. `E_POINTER` when `out` is null; otherwise a
-    /// failure leaves null there: `kNoAggregation` when `outer` is not null, `kClassNotAvailable` for another class,
-    /// `E_NOINTERFACE` for another interface.
+    /// Creates a platform object for a host's component factory. For `avcore::CLSID_ZolConnection` the object is a
+    /// connection, handed out as `avcore::IID_IZolConnection` or `IID_IUnknown` with one reference, which the caller
+    /// owns.
+    ///
+    /// Results: `E_POINTER` when `out` is null; `kNoAggregation` when `outer` is not null; `kClassNotAvailable` for
+    /// another class; `E_NOINTERFACE` for another interface. The last three set `*out` to null.
     HRESULT CreateComponent(const CLSID& clsid, const IID& iid, IUnknown* outer, void** out);
 
     void SetOptions(const PlatformOptions& options);
@@ -89,32 +91,34 @@ public:
 
     Faults& GetFaults();
 
-    /// Where the platform says in words what happened, failed requests of connection points above all; an empty function
-    /// ends it. Called on any of the platform's threads and on the host's own, without a lock; the text ends with the call.
-    /// A call that is under way while this one returns may still use the former function.
+    /// Receives a text for each problem that no result code describes, such as a failed request of a connection point.
+    /// The text is valid during the call. The function runs on the platform's threads and on the host's threads,
+    /// without a lock. An empty function ends the reports. A report that is under way when `SetDiagnostic` returns may
+    /// still use the previous function.
     using Diagnostic = std::function<void(std::string_view text)>;
     void SetDiagnostic(Diagnostic diagnostic);
 
-    /// A message from a user to a user of the same company; every terminal of the receiver gets it by `OnUserMsgIncome`. The
-    /// sender need not be logged in. Result: the message's id, never 0.
+    /// Sends a message from one user of a company to another. Every terminal of the receiver gets it by
+    /// `OnUserMsgIncome`. The sender may be offline. Returns the id of the message, which is never 0.
     uint32_t SendUserMessage(const std::string& appId, const std::string& companyId, const std::string& fromUserId,
                              const std::string& toUserId, const std::string& text);
-    /// The same to everybody in a group, `OnGroupMsgIncome`; members of the same user as the sender get it too.
+    /// Sends a message to all members of a group, who get it by `OnGroupMsgIncome`. Terminals of the sender in the
+    /// group get it as well.
     uint32_t SendGroupMessage(const std::string& groupId, const std::string& fromUserId, const std::string& text);
 
-    /// The group that a gateway login with this meeting id joins: 36 characters, lower-case hexadecimal digits and hyphens,
-    /// no braces. A PaaS connection that joins the group of this text is in the same meeting.
+    /// Returns the id of the group that a gateway login with this meeting id joins: 36 characters, lower-case
+    /// hexadecimal digits and hyphens, without braces. A PaaS connection that joins this group is in the same meeting.
     static std::string MeetingGroupId(const GUID& meeting);
 
-    /// Every login under way or standing, in the order of their beginning.
+    /// Returns all logins that are under way or established, in the order in which they began.
     std::vector<SessionInfo> Sessions() const;
 
-    /// Waits until the platform thread has nothing left to do and every operation has had its effects; HTTP requests, delayed
-    /// deliveries and times to come (of a reconnection, of a crowd's answers) excepted. For tests and programs that tell a
-    /// story; not from inside an event.
+    /// Waits until the platform thread is idle and every earlier operation has had its effects. Does not wait for HTTP
+    /// requests, delayed deliveries, reconnections, or answers of a crowd that are still due. Meant for tests and
+    /// demonstrations. Must not be called from inside an event.
     void Settle();
 
-    /// What the platform's own parts share.
+    /// The engine, for the platform's own classes.
     const std::shared_ptr<Engine>& GetEngine() const;
 
 private:

@@ -7,45 +7,47 @@
 namespace platform
 {
 
-/// What can be set on a `Platform`. Every field may be changed while it runs (`Platform::SetOptions`); what has begun goes
-/// on with the values it began with. A value of 0 where at least 1 is needed counts as 1.
+/// Options of a `Platform`. `Platform::SetOptions` may change every field at any time unless the field says otherwise;
+/// an operation under way keeps the values with which it began. A 0 counts as 1 where the field needs at least 1.
 struct PlatformOptions
 {
-    /// Users in one page of a refresh.
+    /// Number of users in one page of a refresh.
     uint32_t refreshPageSize = 500;
 
-    /// What an operation causes begins this long after the operation was called. Callers note an operation's outcome (a
-    /// request's id, a pending join) when it has returned, so its events must not overtake its return.
+    /// The events that an operation causes begin this long after the call of the operation. A caller stores the outcome
+    /// of an operation (the id of a request, a pending join) after the operation has returned, so no event may come
+    /// earlier.
     std::chrono::milliseconds answerDelay{20};
 
-    /// A lost connection is tried again after this time, then after twice that time and so on up to
-    /// `reconnectLongestDelay`. Up to a fifth is added at random, so that many clients do not come back in one moment.
+    /// The first attempt to restore a lost connection begins after this time. Each further delay is twice the previous
+    /// one, up to `reconnectLongestDelay`. The platform adds up to a fifth at random, so that many clients do not
+    /// return at the same moment.
     std::chrono::milliseconds reconnectFirstDelay{200};
     std::chrono::milliseconds reconnectLongestDelay{30'000};
-    /// A connection that has not come back this long after its loss is given up: `OnReconnectFail`.
+    /// The platform gives up a connection that is still lost after this time and calls `OnReconnectFail`.
     std::chrono::milliseconds reconnectGiveUp{120'000};
 
-    /// A login that has not ended after this time fails with `ZOL_PORT_UNREACHABLE`. The HTTP request that may come first
-    /// has a limit of its own.
+    /// A login without a result after this time fails with `ZOL_PORT_UNREACHABLE`. The time of an HTTP request for the
+    /// address of the connection point does not count; see `httpTimeLimit`.
     std::chrono::milliseconds loginTimeLimit{15'000};
 
-    /// Wall time for one request of a connection point's address. The limit is the platform's own, because the HTTP object
-    /// may count processor time only, of which a wait takes none.
+    /// Limit in wall time for one request for the address of a connection point. The platform enforces it, because the
+    /// HTTP object may measure processor time, and a waiting thread uses none.
     std::chrono::milliseconds httpTimeLimit{10'000};
-    /// Longest answer to that request, in bytes; a longer one is refused unread.
+    /// Longest accepted answer to that request, in bytes. The platform refuses a longer one without reading it.
     size_t httpLongestAnswer = size_t{64} * 1024;
 
-    /// How long no retained record may have arrived before a snapshot of the company counts as complete, counted from the
-    /// moment its subscription stands. 0 fits a backplane that hands out everything retained before it acknowledges the
-    /// subscription, as the one in the process does; a broker needs some hundred milliseconds.
+    /// A snapshot of the company is complete when its subscription is acknowledged and no retained record has arrived
+    /// for this time. 0 fits a backplane that hands out all retained records before it acknowledges the subscription,
+    /// as the in-process backplane does. A broker needs some hundred milliseconds.
     std::chrono::milliseconds snapshotQuietTime{0};
 
-    /// How long the record of a terminal that has gone, or of a member that has left, is kept in the backplane. It protects
-    /// against messages of that session that arrive late, so it has to be longer than any delay.
+    /// The backplane keeps the record of a terminal that went offline, or of a member that left its group, for this
+    /// time. The record identifies late messages of that session, so the time must exceed every delivery delay.
     std::chrono::seconds goneRecordLife{60};
 
-    /// The first of the numbers given to invitations and messages; they count up from here and never are 0. Processes that
-    /// share a broker have to begin at different ones. Read when the platform is made, not by `SetOptions`.
+    /// The first id of invitations and messages. Ids count up from here and skip 0. Processes that share a broker must
+    /// begin at different ids. The constructor of `Platform` reads this field; `SetOptions` does not.
     uint32_t firstId = 1;
 };
 

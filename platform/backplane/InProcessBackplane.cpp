@@ -17,8 +17,8 @@ namespace
 
 using Clock = EventLoop::Clock;
 
-/// Brokers end the retained messages of an acknowledged subscription at about this number. The limit is kept here too, so
-/// that nothing above grows to depend on more.
+/// Brokers end the retained messages of an acknowledged subscription at about this number. This backplane keeps the
+/// limit, so that the layers above cannot depend on more.
 constexpr size_t kMostRetainedAcknowledged = 1000;
 
 std::string_view FirstLevel(std::string_view topic)
@@ -26,7 +26,7 @@ std::string_view FirstLevel(std::string_view topic)
     return topic.substr(0, topic.find('/'));
 }
 
-/// What follows the first level; absent when it is the last.
+/// The levels after the first one; nothing after the last level.
 std::optional<std::string_view> FurtherLevels(std::string_view topic)
 {
     const size_t end = topic.find('/');
@@ -73,14 +73,14 @@ std::string_view LiteralPrefix(std::string_view filter)
 
 struct Subscriber
 {
-    uint64_t number = 0; ///< they are served in the order in which they began
+    uint64_t number = 0; ///< sessions are served in the order of their beginning
     std::string clientId;
     std::shared_ptr<BackplaneListener> listener;
     std::optional<BackplaneMessage> will;
     std::map<std::string, Delivery> filters;
     bool open = false;
-    uint64_t lastPublish = 0; ///< the publishing that reached this session last, against double delivery
-    size_t lastReceiver = 0;  ///< its place among the receivers of that publishing
+    uint64_t lastPublish = 0; ///< the latest publication for this session, which prevents a second delivery
+    size_t lastReceiver = 0;  ///< its index among the receivers of that publication
 };
 
 struct Receiver
@@ -109,7 +109,7 @@ struct Retained
 
 } // namespace
 
-/// What all clients share. Listeners are called under `m_mutex`; they only put the event in a queue.
+/// The state that all clients share. Listeners run under `m_mutex`; they only put the event into a queue.
 class InProcessBackplane::Store : public std::enable_shared_from_this<Store>
 {
 public:
@@ -174,7 +174,7 @@ public:
         End(*session);
     }
 
-    /// The session's client goes, hence no event comes any more.
+    /// The client of the session is destroyed: no further event comes.
     void Forget(const std::shared_ptr<Subscriber>& session)
     {
         const std::lock_guard lock(m_mutex);
@@ -262,7 +262,8 @@ private:
         return m_admission ? m_admission(connect) : std::nullopt;
     }
 
-    /// Gives an event to a session's listener, now or, while deliveries are delayed, behind all earlier ones.
+    /// Delivers an event to the listener of a session: at once, or behind all earlier ones while deliveries are
+    /// delayed.
     template <typename Event>
     void Deliver(const std::shared_ptr<Subscriber>& session, Event event)
     {
@@ -334,7 +335,7 @@ private:
             auto kept = std::make_shared<const BackplaneMessage>(std::move(message));
             m_retained.emplace(kept->topic, Retained{kept, end});
         }
-        // Sweeping once for as many publishings as there are messages keeps the cost of each constant.
+        // One sweep for as many publications as there are messages keeps the cost of a publication constant.
         if (++m_retainedSinceSweep > std::max<size_t>(1024, m_retained.size()))
         {
             DropExpired();
@@ -442,7 +443,7 @@ private:
         }
     }
 
-    /// Adds who gets a message with this topic, each session once and with the better kind of delivery.
+    /// Adds the receivers of a message with this topic, each session once and with the stronger delivery.
     void Collect(const FilterNode& node, std::optional<std::string_view> rest)
     {
         if (const auto all = node.levels.find("#"); all != node.levels.end())
@@ -490,14 +491,14 @@ private:
     size_t m_retainedSinceSweep = 0;
     uint64_t m_sessionCount = 0;
     uint64_t m_publishCount = 0;
-    std::vector<Receiver> m_receivers; ///< of the publishing under way
+    std::vector<Receiver> m_receivers; ///< of the publication under way
 
     std::chrono::milliseconds m_delay{0};
     std::chrono::milliseconds m_willDelay{0};
     bool m_duplicate = false;
-    size_t m_delayed = 0; ///< deliveries that wait
+    size_t m_delayed = 0; ///< number of waiting deliveries
     Clock::time_point m_lastDue = Clock::time_point::min();
-    EventLoop m_loop; ///< runs what is delayed
+    EventLoop m_loop; ///< runs delayed deliveries
 };
 
 class InProcessBackplane::Client : public BackplaneClient

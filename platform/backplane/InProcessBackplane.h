@@ -12,12 +12,13 @@
 namespace platform
 {
 
-/// A backplane that keeps everything in the process and is shared by all of its clients. It calls listeners under its lock,
-/// mostly from inside the operation that causes the event, as the seam allows; it hands out what is retained before it
-/// acknowledges a subscription. `BackplaneConnect::server` leads nowhere else, it is only shown to the admission.
+/// A backplane that keeps everything in the process and is shared by all of its clients. It calls listeners under its
+/// lock, mostly from inside the operation that causes the event, as the seam allows; it hands out what is retained
+/// before it acknowledges a subscription. `BackplaneConnect::server` leads nowhere else, it is only shown to the
+/// admission.
 ///
-/// Publishing costs by the number of levels and of receivers, not of subscriptions; a subscription costs by the number of
-/// retained messages that share its levels up to the first wildcard.
+/// Publishing costs by the number of levels and of receivers, not of subscriptions; a subscription costs by the number
+/// of retained messages that share its levels up to the first wildcard.
 class InProcessBackplane : public Backplane
 {
 public:
@@ -32,8 +33,8 @@ public:
     using Admission = std::function<std::optional<Refusal>(const BackplaneConnect&)>;
     void SetAdmission(Admission admission);
 
-    /// Cuts a session and refuses (`Unavailable`) its client id for that time; absent = until `EndOutages`. False when there
-    /// is no such session.
+    /// Cuts a session and refuses (`Unavailable`) its client id for that time; absent = until `EndOutages`. False when
+    /// there is no such session.
     bool Drop(const std::string& clientId, std::optional<std::chrono::milliseconds> outage);
     void EndOutages();
 

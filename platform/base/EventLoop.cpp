@@ -94,7 +94,8 @@ void EventLoop::Run()
         m_running = true;
         lock.unlock();
         task();
-        // What the task holds may end with it, so it goes before the lock is taken again.
+        // Objects that the task holds may end with it, and their destructors may post. So the task ends before the
+        // lock.
         task = nullptr;
         lock.lock();
         m_running = false;
@@ -105,7 +106,7 @@ void EventLoop::Run()
     }
 }
 
-/// Waits for a task; an empty one means that the loop has stopped.
+/// Waits for a task. An empty task means that the loop has stopped.
 EventLoop::Task EventLoop::Next(std::unique_lock<std::mutex>& lock)
 {
     while (!m_stopped)

@@ -12,8 +12,9 @@
 namespace platform
 {
 
-/// One thread that runs tasks one at a time, in the order in which they were posted or fall due. The thread starts with the
-/// first task. Every operation may be called on any thread, `Stop` and `WaitIdle` not from inside a task.
+/// One thread that runs tasks one at a time, in the order in which they were posted or fall due. The first task starts
+/// the thread. [any] Every operation may be called on any thread; `Stop` and `WaitIdle` must not be called from inside
+/// a task.
 class EventLoop
 {
 public:
@@ -25,7 +26,7 @@ public:
     EventLoop(const EventLoop&) = delete;
     EventLoop& operator=(const EventLoop&) = delete;
 
-    /// False, and the task is dropped, when the loop has stopped.
+    /// False when the loop has stopped; it drops the task then.
     bool Post(Task task);
 
     enum class Kind
@@ -39,10 +40,10 @@ public:
     /// Whether the caller runs inside a task.
     bool IsCurrent() const;
 
-    /// Waits until no task runs and none but timers waits.
+    /// Waits until no task runs and only timers are left.
     void WaitIdle();
 
-    /// Drops what has not run yet and ends the thread.
+    /// Drops the tasks that have not run and ends the thread.
     void Stop();
 
 private:
@@ -62,7 +63,7 @@ private:
     std::condition_variable m_idle;
     std::deque<Task> m_tasks;
     std::multimap<Clock::time_point, Later> m_later;
-    size_t m_laterWork = 0; ///< entries of `m_later` that are no timers
+    size_t m_laterWork = 0; ///< number of entries in `m_later` that are work
     bool m_running = false; ///< a task is running
     bool m_stopped = false;
     std::thread m_thread;

@@ -17,16 +17,17 @@ namespace platform
 
 /// The listeners of a connection and of its components.
 ///
-/// Events run on the platform thread, one at a time and without a lock. When `Remove` returns, no event runs on that listener
-/// and none will come, unless it is called from inside an event: then the listener's event under way is its last.
+/// Events run on the platform thread, one at a time and without a lock. When `Remove` returns, no event runs on that
+/// listener and no event follows. `Remove` from inside an event of the listener returns at once; that event is its
+/// last.
 ///
-/// A connection without connection listeners is unattended: nothing reaches the listeners of its components either, and the
-/// `Remove` that makes it so waits for their events too. Whoever tears a connection's users down can therefore rely on the
-/// connection listeners alone, even where a component's listener is never taken away.
+/// A connection without connection listeners is unattended: no event reaches the listeners of its components either,
+/// and the `Remove` of the last connection listener waits for their events too. So an owner that removes the connection
+/// listeners may leave listeners of components behind, as the module's monitoring client does.
 class Listeners
 {
 public:
-    /// A listener that is registered already stays registered once.
+    /// Adding a registered listener again has no effect.
     template <typename Listener>
     HRESULT Add(Listener* listener)
     {
@@ -79,8 +80,8 @@ public:
         return !std::get<std::vector<Listener*>>(m_lists).empty();
     }
 
-    /// Calls `event(Listener&)` for every listener of the kind that is there now, in order of registration; one that is
-    /// removed meanwhile is left out. Only on the platform thread.
+    /// [platform] Calls `event(Listener&)` for every listener of the kind, in order of registration. Skips a listener
+    /// that is removed during the delivery.
     template <typename Listener, typename Event>
     void Deliver(Event&& event)
     {
@@ -98,7 +99,7 @@ public:
     }
 
 private:
-    /// An event under way: the lock is open for that long, also when a listener raises an exception.
+    /// An event under way. It opens the lock until the event ends, also when the listener throws.
     class Running
     {
     public:
@@ -151,7 +152,7 @@ private:
                std::vector<avcore::IZolTMsgListener*>, std::vector<avcore::IZolMdsClientListener*>>
         m_lists;
     const void* m_running = nullptr; ///< the listener whose event is under way
-    std::thread::id m_thread;        ///< where it runs
+    std::thread::id m_thread;        ///< the thread on which it runs
 };
 
 } // namespace platform

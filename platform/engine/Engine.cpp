@@ -59,7 +59,7 @@ void Engine::Stop()
 bool Engine::PostOperation(EventLoop::Task task)
 {
     const std::lock_guard lock(m_mutex);
-    // Never before an earlier one, also when the delay has been made shorter since.
+    // Operations keep their order even when a new option has made the delay shorter.
     m_lastOperation = std::max(m_lastOperation, EventLoop::Clock::now() + m_options.answerDelay);
     return !m_stopped && m_loop.PostAt(m_lastOperation, EventLoop::Kind::Work, std::move(task));
 }

@@ -26,15 +26,15 @@ namespace platform
 class ServiceClient;
 class Session;
 
-/// What the parts of one platform share: the thread, the backplane, options, numbers and ordered faults. Every operation may
-/// be called on any thread.
+/// The shared parts of one platform: the thread, the backplane, options, ids and ordered faults. [any] Every operation
+/// may be called on any thread.
 class Engine : public std::enable_shared_from_this<Engine>
 {
 public:
     explicit Engine(const PlatformOptions& options);
     ~Engine();
 
-    /// Ends all threads; nothing runs any more when it returns. Not on the platform thread.
+    /// Ends all threads. Must not be called on the platform thread.
     void Stop();
 
     EventLoop& GetLoop()
@@ -46,11 +46,11 @@ public:
         return m_backplane;
     }
 
-    /// Runs what an operation of a host causes: on the platform thread, not before `PlatformOptions::answerDelay`, in the
-    /// order of the operations. False when the platform is gone.
+    /// Runs the consequence of a host operation on the platform thread, not before `PlatformOptions::answerDelay`, in
+    /// the order of the operations. False when the platform has stopped.
     bool PostOperation(EventLoop::Task task);
 
-    /// Runs `work`, which may block, on a thread of its own. False when the platform is gone.
+    /// Runs `work`, which may block, on a thread of its own. False when the platform has stopped.
     bool RunWorker(std::function<void()> work);
 
     PlatformOptions GetOptions() const;
@@ -60,14 +60,14 @@ public:
     void SetDiagnostic(Platform::Diagnostic diagnostic);
 
     uint32_t NextId();
-    /// A text that no other session anywhere has.
+    /// A text that is unique to one session, across processes.
     std::string NewSessionId();
     std::string NewSerial();
-    /// Greater than every one before, in this process and, by the clock, in the ones before it.
+    /// Greater than every earlier epoch of this process and, by the clock, of earlier processes.
     static uint64_t NextEpoch();
-    /// Makes the next epoch greater than one that was seen.
+    /// Makes the next epoch greater than `seen`.
     static void RaiseEpoch(uint64_t seen);
-    /// Up to a fifth of `delay`, at random.
+    /// A random time up to a fifth of `delay`.
     std::chrono::milliseconds Jitter(std::chrono::milliseconds delay);
 
     void Register(const std::shared_ptr<Session>& session);
@@ -79,7 +79,7 @@ public:
     void SetUnreachable(const std::string& server, bool unreachable);
     void ForgetRefusals();
 
-    /// The client that sends what comes from no connection.
+    /// The client that sends messages of the platform itself.
     ServiceClient& GetSender();
 
 private:
@@ -102,8 +102,8 @@ private:
     std::mt19937_64 m_random;
     std::shared_ptr<ServiceClient> m_sender;
 
-    mutable std::mutex m_faultMutex;                          ///< apart, because the backplane asks under its own lock
-    std::map<std::string, avcore::ZolPortErrCode> m_refusals; ///< by user id; empty = everybody
+    mutable std::mutex m_faultMutex; ///< a lock of its own, because the backplane asks under its lock
+    std::map<std::string, avcore::ZolPortErrCode> m_refusals; ///< by user id; the empty id stands for all users
     std::set<std::string> m_refusedTokens;
     std::set<std::string> m_unreachable;
 

@@ -81,7 +81,7 @@ const CompanyDirectory::Terminal* CompanyDirectory::Apply(const std::string& use
     found->round = m_round;
     found->epoch = record.epoch;
     found->online = record.online;
-    // The record of a terminal that has gone holds no texts; the last ones stay for the event that tells of it.
+    // The record of an offline terminal holds no texts. The last ones stay for its terminal event.
     if (record.online)
     {
         found->custom = record.custom;

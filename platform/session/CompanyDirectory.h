@@ -13,8 +13,8 @@
 namespace platform
 {
 
-/// What one connection knows of the terminals of its company. Changed on the platform thread only, which may therefore read
-/// without the lock and keep references until it changes something; other threads may ask `IsKnownOffline`.
+/// The terminals of a company as one connection knows them. Only the platform thread changes the directory, so it may
+/// read without the lock and keep references until the next change. Other threads may call `IsKnownOffline`.
 class CompanyDirectory
 {
 public:
@@ -24,25 +24,26 @@ public:
         std::string custom;
         std::string ext;
         uint64_t epoch = 0;
-        uint32_t round = 0; ///< the snapshot or later in which it was heard of last
+        uint32_t round = 0; ///< the round in which its latest record came
         bool online = false;
     };
-    using Terminals = std::vector<Terminal>; ///< gone ones too, whose epoch unmasks late messages
+    using Terminals = std::vector<Terminal>; ///< offline ones too, whose epoch identifies late messages
 
-    /// A subscription has been asked for; what is known before stays until the snapshot is complete.
+    /// A subscription is under way. Known terminals stay until the snapshot is complete.
     void BeginSnapshot();
-    /// The snapshot is complete: terminals that it lacks are gone. Result: those, with their users.
+    /// The snapshot is complete. Returns the terminals that it lacks, which are offline now, with their users.
     std::vector<std::pair<std::string, Terminal>> EndSnapshot();
     void Clear();
 
     bool IsSubscribed() const;
     bool IsComplete() const;
 
-    /// Takes a record over. Null when it is older than what is known, changes nothing, or belongs to the first snapshot.
+    /// Stores a record. Null when the record is older than the known one, changes nothing, or belongs to the first
+    /// snapshot.
     const Terminal* Apply(const std::string& userId, const std::string& deviceId, const PresenceRecord& record,
                           bool retained);
 
-    /// Null when the user was never heard of.
+    /// Null for an unknown user.
     const Terminals* Find(const std::string& userId) const;
     static bool IsOnline(const Terminals& terminals);
     void ForEach(const std::function<void(const std::string&, const Terminals&)>& visit) const;
@@ -55,14 +56,14 @@ private:
     {
         None,
         First,  ///< the first snapshot is under way
-        Repeat, ///< a later one is
+        Repeat, ///< a later snapshot is under way
         Complete,
     };
 
     mutable std::mutex m_mutex;
     State m_state = State::None;
     uint32_t m_round = 0;
-    bool m_known = false; ///< a snapshot was complete once
+    bool m_known = false; ///< a snapshot has been complete
     std::map<std::string, Terminals> m_users;
 };
 

@@ -15,7 +15,7 @@ namespace platform
 namespace
 {
 
-/// Ids become parts of topics, which have a limited length; escaped, an id may be three times as long.
+/// Ids become parts of topics, whose length is limited. Escaping may triple the length of an id.
 constexpr size_t kLongestId = 4096;
 
 bool AreTexts(std::initializer_list<const char*> texts)
@@ -33,7 +33,7 @@ bool AreIds(std::initializer_list<const char*> ids)
                        });
 }
 
-/// Ids that nobody can have are left out.
+/// Leaves out ids that no user can have.
 std::vector<std::string> ToIds(const avcore::ZolTextList& texts)
 {
     std::vector<std::string> ids;
@@ -255,7 +255,7 @@ HRESULT Connection::Online::CancelInvite(const avcore::ZolTextList& ids, avcore:
                                          unsigned inviteId)
 {
     const std::vector<std::string> users = ToIds(ids);
-    // Only a list that is empty means everybody, not one without a usable id.
+    // Only an empty list means all invitees. A list without a usable id means none.
     if (users.empty() && !ids.empty())
     {
         return E_INVALIDARG;

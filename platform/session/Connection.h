@@ -8,8 +8,8 @@
 namespace platform
 {
 
-/// What the host holds: checks arguments, keeps the count of references and passes on to the session, which may live a little
-/// longer than this.
+/// The connection object of the host: checks arguments, counts references and forwards to the session, which may
+/// outlive it for a short time.
 class Connection final : public avcore::IZolConnection
 {
 public:

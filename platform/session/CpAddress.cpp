@@ -14,7 +14,7 @@ namespace platform
 namespace
 {
 
-/// A closing request is repeated, because one that comes before the HTTP object knows of the request is lost.
+/// A close is repeated, because a close that comes before the HTTP object knows the request is lost.
 constexpr std::chrono::milliseconds kCloseInterval{20};
 
 constexpr size_t kLongestAddress = 1024;
@@ -133,7 +133,7 @@ CpAnswer ParseCpAnswer(std::string_view body, size_t longest)
                                        std::to_string(longest) + " are allowed");
     }
     rapidjson::Document document;
-    // Without recursion: the answer may be nested as deeply as its length allows.
+    // Without recursion, because the nesting of the answer is limited only by its length.
     document.Parse<rapidjson::kParseIterativeFlag>(body.data(), body.size());
     if (document.HasParseError() || !document.IsObject())
     {
@@ -164,7 +164,7 @@ CpAnswer HttpFetch::Run(avcore::IZolHttp& http, const CpRequest& request, std::c
                     }
                     catch (const std::exception&)
                     {
-                        // An HTTP object that fails this way has given no answer.
+                        // An HTTP object that throws has given no answer.
                         answer.clear();
                     }
                     const std::lock_guard answerLock(m_mutex);

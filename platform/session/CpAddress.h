@@ -10,11 +10,11 @@
 #include <string>
 #include <string_view>
 
-/// The request of a connection point's address from an HTTP(S) server, as docs/cp-address.md has it.
+/// The request for the address of a connection point from an HTTP(S) server, as docs/cp-address.md describes it.
 namespace platform
 {
 
-/// Whether a server text is an HTTP or HTTPS address; in any letter case.
+/// Whether a server text is an HTTP or HTTPS address, in any letter case.
 bool IsHttpServer(std::string_view server);
 
 struct CpRequest
@@ -30,27 +30,28 @@ std::string MakeCpUrl(const CpRequest& request);
 struct CpAnswer
 {
     HRESULT result = E_FAIL;
-    std::string address; ///< the connection point, when `result` is 0
-    std::string text;    ///< the reason, when it is not
+    std::string address; ///< the connection point, if `result` is 0
+    std::string text;    ///< the reason, if `result` is not 0
 };
 
-/// Reads the body of an answer; a body longer than `longest` is not looked at.
+/// Parses the body of an answer. Refuses a body longer than `longest` without reading it.
 CpAnswer ParseCpAnswer(std::string_view body, size_t longest);
 
-/// One blocking request with a limit of its own in wall time, which another thread can end early.
+/// One blocking request with a limit in wall time. Another thread can end it early.
 class HttpFetch
 {
 public:
-    /// Asks on a thread made for it, waits, and reads the answer. Without an answer in time, or after `Abort`, the request is
-    /// closed as often as it takes until it has ended. To be called once.
+    /// Sends the request on a thread of its own, waits, and parses the answer. After the time limit or an `Abort` it
+    /// closes the request again and again until it has ended. Call it once.
     CpAnswer Run(avcore::IZolHttp& http, const CpRequest& request, std::chrono::milliseconds limit, size_t longest);
 
-    /// [any] Ends the request, or keeps it from beginning.
+    /// [any] Ends the request, or prevents its beginning.
     void Abort();
 
-    /// [any] Returns when `http` is not used any more. `Run` has to be under way or to come, or `Abandon` was called.
+    /// [any] Waits until `http` is no longer used. `Run` must be under way or follow, or `Abandon` must have been
+    /// called.
     void WaitEnd();
-    /// Instead of `Run`, when it cannot be called.
+    /// Replaces a `Run` that cannot be called.
     void Abandon();
 
 private:

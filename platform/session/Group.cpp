@@ -24,7 +24,7 @@ void Group::Begin(uint64_t epoch)
     m_others.clear();
     m_watch.clear();
     m_waitFor = {m_topics.AllMembers(), m_topics.Messages()};
-    // A meeting may have more members than acknowledged delivery hands out at once.
+    // A meeting may have more members than one acknowledged subscription delivers.
     m_session.Subscribe(m_topics.AllMembers(), Delivery::AtMostOnce);
     m_session.Subscribe(m_topics.Messages(), Delivery::AtLeastOnce);
 }
@@ -91,7 +91,7 @@ void Group::OnSubscribed(const std::string& filter)
     }
 }
 
-/// Everybody who was there before is known: time to show oneself.
+/// All earlier members are known, so the own record follows.
 void Group::Settle()
 {
     if (m_waitFor.empty() && !m_announced)
@@ -134,7 +134,7 @@ void Group::OnSelf(const std::optional<MemberRecord>& record)
     }
     if (!record || !record->present || record->epoch != m_epoch)
     {
-        // A late will of an earlier connection, or somebody who took this member for dead.
+        // A late will of an earlier connection, or a member that took this one for dead.
         m_session.Publish(
             MakeRecord({m_self.userId, m_self.sessionId}, MemberRecord{true, m_epoch, m_self.presenceTopic}));
         return;
@@ -193,7 +193,7 @@ void Group::Watch(const Key& key, const std::string& presenceTopic)
     {
         m_waitFor.insert(presenceTopic);
     }
-    // Also when it is subscribed already, because that brings the retained record once more.
+    // Also when it is subscribed already, because subscribing brings the retained record again.
     m_session.Subscribe(presenceTopic, Delivery::AtLeastOnce);
 }
 
@@ -240,7 +240,7 @@ void Group::OnPresence(const std::string& topic, const PresenceRecord& record)
     }
 }
 
-/// What is retained about a terminal has come; members that it did not confirm are left over from a former session.
+/// The retained record of a terminal has come. Members that it did not confirm are left over from an earlier session.
 void Group::DropUnconfirmed(const std::string& presenceTopic)
 {
     const auto watched = m_watch.find(presenceTopic);
@@ -258,7 +258,7 @@ void Group::DropUnconfirmed(const std::string& presenceTopic)
     }
 }
 
-/// One who finds a dead member on joining takes its record away; if all who are there did, there would be no end of it.
+/// A joining member deletes the record of a dead one. Only the joining member does so; otherwise every member would.
 void Group::RemoveDead(const Key& key)
 {
     if (!m_announced)
@@ -281,7 +281,7 @@ void Group::Remove(const Key& key)
     Tell(key.first);
 }
 
-/// Tells the listeners when a user came or went; a user counts once, whatever the number of its sessions.
+/// Reports that a user has joined or left. A user with several sessions counts once.
 void Group::Tell(const std::string& userId)
 {
     if (!m_joined || userId == m_self.userId)
@@ -323,7 +323,7 @@ void Group::EmitSync()
     {
         users.emplace_back(userId.c_str());
     }
-    // Streams are not this platform's business. Their record is opaque, so the empty list is made of bytes; the layout of a
+    // This platform carries no streams. Their record is opaque, so the empty list is a list of bytes; the layout of a
     // list does not depend on its elements.
     const WBASELIB::Vector<char> noMedia;
     const auto& media = reinterpret_cast<const WBASELIB::Vector<avcore::ZolMediaInfo>&>(noMedia);

@@ -19,11 +19,11 @@ namespace platform
 
 class Session;
 
-/// One connection's place in a group, and its view of the others. Only on the platform thread.
+/// The membership of one connection in a group, and its view of the other members. [platform]
 ///
-/// A member is a retained record. A connection has one last will, which tells of its terminal's presence, so the record of a
-/// PaaS member names its presence topic: a member counts while its terminal is online in the same session. A gateway member
-/// has no presence, and its last will is about the record itself.
+/// A member is a retained record. The last will of a connection ends the presence of its terminal, so the record of a
+/// PaaS member names its presence topic: the member counts while its terminal is online in the same session. A gateway
+/// member has no presence; its last will ends the record itself.
 class Group : public std::enable_shared_from_this<Group>
 {
 public:
@@ -34,12 +34,12 @@ public:
         std::string presenceTopic; ///< empty for a gateway member
     };
 
-    /// `onJoined` is called each time that the own record has arrived, once for each `Begin`; false keeps the members from
-    /// being told.
+    /// `onJoined` runs once for each `Begin`, when the own record has arrived. When it returns false, the group reports
+    /// no members.
     Group(Session& session, const std::string& groupId, Member self, std::function<bool()> onJoined);
 
-    /// Joins, or comes back, over a session of the backplane that has just begun. Members are told about once `onJoined` has
-    /// been called, as differences from what was told before.
+    /// Joins or rejoins over a session of the backplane that has just begun. After `onJoined` the group reports
+    /// members, as differences from its earlier reports.
     void Begin(uint64_t epoch);
     void Leave();
 
@@ -48,7 +48,7 @@ public:
     BackplaneMessage MakeWill(uint64_t epoch) const;
 
     void OnSubscribed(const std::string& filter);
-    /// Takes what is about the group; true when `message` is a text for its members.
+    /// Handles a message about the group. True when `message` is a text for its members.
     bool OnMessage(const BackplaneMessage& message);
     void OnPresence(const std::string& topic, const PresenceRecord& record);
 
@@ -57,7 +57,7 @@ private:
     {
         uint64_t epoch = 0;
         std::string presenceTopic;
-        bool confirmed = false; ///< its terminal is known to be online
+        bool confirmed = false; ///< its terminal is online
     };
     using Key = std::pair<std::string, std::string>; ///< user and session
 
@@ -83,11 +83,11 @@ private:
 
     uint64_t m_epoch = 0;
     bool m_announced = false;                     ///< the own record was sent
-    bool m_joined = false;                        ///< and has arrived
+    bool m_joined = false;                        ///< the own record has arrived
     std::set<std::string> m_waitFor;              ///< subscriptions without an acknowledgement
     std::map<Key, Other> m_others;                ///< ordered by user
     std::map<std::string, std::set<Key>> m_watch; ///< by presence topic
-    std::set<std::string> m_told;                 ///< users that the listeners know to be there
+    std::set<std::string> m_told;                 ///< users that were reported as joined
 };
 
 } // namespace platform

@@ -11,14 +11,14 @@
 namespace platform
 {
 
-/// The tables of the invitations that one connection has sent and received. Every operation may be called on any thread.
+/// The invitations that one connection has sent and received. [any] Every operation may be called on any thread.
 ///
-/// Sent ones stay as long as the user, also across logouts, since answers may be late. Received ones end when they are
-/// declined, withdrawn or answered elsewhere, and with the login.
+/// Sent invitations stay until another user logs in, also across logouts, because answers may be late. A received
+/// invitation ends when it is declined, withdrawn or answered elsewhere, and with the login.
 class Invitations
 {
 public:
-    /// An invitation on its way out.
+    /// An invitation to send.
     struct Outgoing
     {
         uint32_t id;
@@ -31,25 +31,25 @@ public:
     void EndLogin();
 
     void AddSent(uint32_t id, const std::vector<std::string>& userIds);
-    /// Absent when no such invitation was sent; otherwise who is to be told, of `userIds` or, when that is empty, of all.
+    /// Nothing for an id that was not sent. Otherwise the invitees among `userIds`, or all invitees when that is empty.
     std::optional<std::vector<std::string>> FindInvited(uint32_t id, const std::vector<std::string>& userIds) const;
     bool IsInvited(uint32_t id, const std::string& userId) const;
 
-    /// Whether an answer that came in is news: the first of that invitee, or another one from the same session.
+    /// Whether an answer counts: the first answer of the invitee, or a changed answer from the same session.
     bool TakeAnswer(uint32_t id, const std::string& userId, const std::string& sessionId, bool accept);
 
-    /// False when it is known already.
+    /// False for a known invitation.
     bool AddReceived(const std::string& inviterId, uint32_t id, const std::string& replyTopic);
-    /// The reply topic when the local user may answer so: an open invitation either way, an accepted one by declining it
-    /// after all. A declined one is forgotten.
+    /// The reply topic if the local user may give this answer: accept or decline an open invitation, or decline an
+    /// accepted one. A declined invitation is removed.
     std::optional<std::string> Answer(const std::string& inviterId, uint32_t id, bool accept);
-    /// Whether it was there.
+    /// False for an unknown invitation.
     bool RemoveReceived(const std::string& inviterId, uint32_t id);
 
 private:
     struct Invitee
     {
-        std::string answeredBy; ///< the session that answered; empty = none has
+        std::string answeredBy; ///< the session that answered; empty before the answer
         bool accepted = false;
     };
     struct Received

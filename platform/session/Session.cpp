@@ -44,7 +44,7 @@ bool Session::PostOperation(std::function<void(Session&)> operation)
     return m_engine->PostOperation([self = shared_from_this(), operation = std::move(operation)] { operation(*self); });
 }
 
-/// Runs `operation` unless the login has ended by then. A logout that was called after it comes after it.
+/// Runs `operation` unless the login has ended by then. A later logout runs after it.
 HRESULT Session::PostForLogin(uint64_t login, std::function<void(Session&)> operation)
 {
     const bool posted = PostOperation(
@@ -58,7 +58,7 @@ HRESULT Session::PostForLogin(uint64_t login, std::function<void(Session&)> oper
     return posted ? S_OK : E_FAIL;
 }
 
-/// The login that stands, if it is no gateway login.
+/// The established login, unless it is a gateway login.
 std::optional<uint64_t> Session::FindPaasLogin() const
 {
     const std::lock_guard lock(m_mutex);
@@ -202,7 +202,7 @@ HRESULT Session::SetCustomInfo(const std::string& text)
                         [text](Session& self)
                         {
                             self.m_custom = text;
-                            // A lost connection publishes it when it comes back.
+                            // A lost connection publishes the text after it has reconnected.
                             if (self.m_phase == Phase::LoggedIn)
                             {
                                 self.Publish(self.MakePresence(true));
@@ -336,7 +336,7 @@ bool Session::IsActive(uint64_t login) const
     return m_active == login;
 }
 
-/// Ends a login that the platform, not the host, has ended; false when the host was faster.
+/// Ends a login on behalf of the platform. False when the host has ended it before.
 bool Session::Deactivate(uint64_t login)
 {
     const std::lock_guard lock(m_mutex);
@@ -365,7 +365,7 @@ uint64_t Session::GetBegin() const
 void Session::SetInfo(const std::function<void(SessionInfo&)>& change)
 {
     const std::lock_guard lock(m_mutex);
-    // The info of a later login is not to be touched by what happens to this one.
+    // Events of this login must not change the info of a later one.
     if (m_active == m_login)
     {
         change(m_info);
@@ -434,7 +434,7 @@ void Session::Halt()
     }
 }
 
-/// Returns when no HTTP object is used any more, which its owner may then destroy.
+/// Waits until no HTTP object is in use. Its owner may destroy it then.
 void Session::EndHttp()
 {
     std::vector<std::shared_ptr<HttpFetch>> fetches;

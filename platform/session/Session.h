@@ -27,13 +27,13 @@
 namespace platform
 {
 
-/// What a login asks for.
+/// The arguments of a login.
 struct LoginRequest
 {
     bool gateway = false;
     std::string server;
     std::string appId;
-    std::string token; ///< of a gateway login: its three numbers, for a gateway that wants to check them
+    std::string token; ///< for a gateway login its three numbers, which a gateway may check
     std::string deviceId;
     std::string companyId;
     std::string userId;
@@ -44,11 +44,11 @@ struct LoginRequest
     std::string groupId; ///< the meeting of a gateway login
 };
 
-/// What stands behind one connection object: its login, what it knows of the company, its invitations and its group.
+/// The state behind one connection object: its login, its view of the company, its invitations and its group.
 ///
-/// Operations of the host validate, note what the host may see at once and post the rest; everything else happens on the
-/// platform thread, with events that no lock surrounds. Each login has a number, so that what was posted for an earlier one
-/// is known for it, and each client of the backplane has one for its events.
+/// An operation of the host checks its arguments, stores what the host may read at once, and posts the rest. Everything
+/// else runs on the platform thread, and no lock is held during an event. Each login has a number, which tells tasks of
+/// an earlier login apart; each client of the backplane has a number, which tells its events apart.
 class Session : public std::enable_shared_from_this<Session>
 {
 public:
@@ -86,7 +86,7 @@ public:
     HRESULT JoinGroup(const std::string& groupId);
     HRESULT LeaveGroup();
     HRESULT RequestCpAddress(const CpRequest& request, avcore::IZolHttp* http);
-    /// Absent ids: everybody in the company.
+    /// Without ids it refreshes all users of the company.
     HRESULT Refresh(std::optional<std::vector<std::string>> ids, unsigned* requestId);
     HRESULT SetCustomInfo(const std::string& text);
     HRESULT InviteUsers(const std::vector<std::string>& ids, avcore::ZolTextPairList& results, const std::string& code,
@@ -95,24 +95,25 @@ public:
     HRESULT AnswerInvite(bool accept, const std::string& inviterId, unsigned inviteId, const std::string& text);
     HRESULT SendReport(const std::string& json);
 
-    /// The connection object is gone: no event comes any more, and the login ends in order.
+    /// The connection object is destroyed: no further event comes, and the login ends in order.
     void Abandon();
 
-    /// The platform is about to end: no event tells of the login's end, and requests under way end early.
+    /// The platform is about to end: the login ends without an event, and requests under way end early.
     void Halt();
 
-    /// Absent when there is no login.
+    /// Nothing without a login.
     std::optional<SessionInfo> GetInfo() const;
     uint64_t GetBegin() const; ///< orders the logins of a platform
 
-    // [platform] For the session's parts.
+    // [platform] For the parts of the session.
 
     void Publish(BackplaneMessage message);
-    /// While the connection is lost the record waits.
+    /// A record waits while the connection is lost.
     void Post(const std::string& topic, PostRecord record);
     void Subscribe(const std::string& filter, Delivery delivery);
     void Unsubscribe(const std::string& filter);
-    /// Runs `then` when nothing retained has come for the time that a snapshot needs, unless the connection ends before.
+    /// Runs `then` when no retained record has come for the time that a snapshot needs. Does not run it when the
+    /// connection ends before.
     void AfterQuiet(std::function<void()> then);
     std::chrono::seconds GetGoneRecordLife() const;
 
@@ -140,11 +141,11 @@ private:
     {
         LoggedOut,
         FetchingAddress,
-        Opening,    ///< the backplane has not answered
-        Checking,   ///< who else is there
-        Announcing, ///< the own record is on its way
+        Opening,    ///< waits for the answer of the backplane
+        Checking,   ///< reads the other terminals of the user
+        Announcing, ///< waits for its own record to arrive
         LoggedIn,
-        Waiting, ///< for the next attempt to come back
+        Waiting, ///< for the next attempt to reconnect
     };
 
     struct RefreshRequest
@@ -220,7 +221,7 @@ private:
     mutable std::mutex m_mutex; ///< guards what follows up to the next blank line
     uint64_t m_lastLogin = 0;   ///< the number of the latest login
     uint64_t m_active = 0;      ///< the login that the host has not ended and that has not failed; 0 = none
-    bool m_online = false;      ///< the active login has succeeded and its connection stands
+    bool m_online = false;      ///< the active login has succeeded and is connected
     bool m_abandoned = false;
     uint64_t m_begin = 0;
     SessionInfo m_info;
@@ -231,7 +232,7 @@ private:
     avcore::IZolHttp* m_http = nullptr; ///< for the active login; null again when the connection is unattended
     std::vector<std::shared_ptr<HttpFetch>> m_fetches;
     std::shared_ptr<HttpFetch> m_loginFetch;
-    CpRequest m_cpRequest; ///< what `m_cpAddress` was asked with
+    CpRequest m_cpRequest; ///< the request that `m_cpAddress` answers
     std::string m_cpAddress;
 
     Invitations m_invitations;
@@ -247,9 +248,9 @@ private:
     std::string m_custom;
     CompanyTopics m_topics;
     bool m_reconnecting = false;
-    bool m_force = false; ///< of the record: a login that comes back does not force
+    bool m_force = false; ///< of the record; a reconnected login does not force
     uint64_t m_epoch = 0;
-    uint64_t m_newestSeen = 0; ///< epoch among the user's terminals
+    uint64_t m_newestSeen = 0; ///< newest epoch among the user's terminals
     uint64_t m_clientSerial = 0;
     std::unique_ptr<BackplaneClient> m_client;
     std::set<std::string> m_waitFor;             ///< subscriptions that the check needs
@@ -259,13 +260,13 @@ private:
     std::chrono::steady_clock::time_point m_giveUp;
     std::vector<RefreshRequest> m_refreshes;
     std::vector<Invitations::Outgoing> m_outgoing;
-    std::vector<PostRecord> m_held;                           ///< what came before the login was told
-    std::vector<std::pair<std::string, PostRecord>> m_unsent; ///< what is to be sent when the connection is back
+    std::vector<PostRecord> m_held;                           ///< records that came before the login result
+    std::vector<std::pair<std::string, PostRecord>> m_unsent; ///< records to send after the reconnection
     SerialFilter m_serials;
     uint64_t m_directoryClient = 0; ///< the client that has subscribed to the company
     std::shared_ptr<Group> m_group;
-    bool m_groupResultDue = false; ///< the join has not been answered
-    bool m_groupLeaving = false;   ///< left while the connection was lost: the record has to be taken back
+    bool m_groupResultDue = false; ///< the result of the join is due
+    bool m_groupLeaving = false;   ///< left while the connection was lost: the record must be taken back
 };
 
 } // namespace platform

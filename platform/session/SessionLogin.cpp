@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-/// The login of a session: how it comes about, is lost, comes back and ends.
+/// The login of a session: its beginning, loss, reconnection and end.
 
 namespace platform
 {
 
 using avcore::IZolConnectionListener;
 
-/// Takes the backplane's events to the platform thread.
+/// Posts the events of the backplane to the platform thread.
 class Session::Sink : public BackplaneListener
 {
 public:
@@ -259,12 +259,13 @@ void Session::AfterQuiet(std::function<void()> then)
                                });
 }
 
-/// The user's terminals are known: may this one be there?
+/// The user's terminals are known. Decides whether this one may log in.
 void Session::Check()
 {
     if (m_newestSeen >= m_epoch)
     {
-        // The clock of another terminal is ahead. The last will carries the epoch, so the connection is made anew.
+        // The clock of another terminal is ahead. The last will carries the epoch, so the session needs a new
+        // connection.
         Engine::RaiseEpoch(m_newestSeen);
         m_client->Close();
         Open();
@@ -307,8 +308,8 @@ std::optional<Session::Conflict> Session::FindConflict() const
     return std::nullopt;
 }
 
-/// The own record, or the own member record of a gateway login, has come back: the login stands. False when the host has
-/// logged out meanwhile.
+/// The own record, or for a gateway login the own member record, has come back: the login is established. False when
+/// the host has logged out meanwhile.
 bool Session::EnterLoggedIn()
 {
     {
@@ -355,7 +356,7 @@ void Session::FailAttempt(avcore::ZolPortErrCode code)
         FailLogin(code);
         return;
     }
-    // Ended like a lost connection, so that the last will takes back what may have been announced.
+    // Ends as a lost connection does, so that the last will takes back a record that may have been announced.
     m_client.reset();
     ++m_clientSerial;
     if (EventLoop::Clock::now() >= m_giveUp)
@@ -370,7 +371,7 @@ void Session::FailLogin(avcore::ZolPortErrCode code, const Conflict& conflict)
 {
     if (code == avcore::ZOL_PORT_UNREACHABLE)
     {
-        // A connection point that has moved is asked for again.
+        // The connection point may have moved, so the next login asks for its address again.
         const std::lock_guard lock(m_mutex);
         m_cpAddress.clear();
     }
@@ -384,8 +385,8 @@ void Session::FailLogin(avcore::ZolPortErrCode code, const Conflict& conflict)
     }
 }
 
-/// Ends the login and forgets what belongs to it. Tells the others, unless `sayGoodbye` is false: a newer session of the same
-/// terminal has told them something else.
+/// Ends the login and its state. Publishes the end unless `sayGoodbye` is false: then a newer session of the same
+/// terminal has published its own record.
 void Session::Leave(bool sayGoodbye)
 {
     if (m_client != nullptr)
@@ -428,7 +429,7 @@ void Session::StartReconnect()
     m_phase = Phase::Waiting;
     m_reconnecting = true;
     m_force = false;
-    // A join under way ends with the connection; whoever asked for it learns that from the loss.
+    // A join under way ends with the connection. The loss tells the host so.
     const bool isJoining = m_group != nullptr && !m_request.gateway && m_groupResultDue;
     if (isJoining)
     {
@@ -493,7 +494,7 @@ void Session::FailReconnect(avcore::ZolPortErrCode code, const std::string& devi
     }
     const char* text = deviceId.empty() ? nullptr : deviceId.c_str();
     Emit<IZolConnectionListener>([code, text](auto& listener) { listener.OnReconnectFail(code, text); });
-    // A listener may have logged in anew from inside the event, and then is not to hear that it was logged out.
+    // A listener may have logged in again from inside the event. It must not get the end of the earlier login then.
     if (IsActive(0))
     {
         Emit<IZolConnectionListener>([code](auto& listener) { listener.OnLogouted(code); });

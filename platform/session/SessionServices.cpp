@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-/// What a session does while it is logged in: presence, invitations, messages and its group.
+/// The services of a logged-in session: presence, invitations, messages and its group.
 
 namespace platform
 {
@@ -89,7 +89,7 @@ void Session::OnMessage(uint64_t client, const BackplaneMessage& message)
 void Session::OnPresence(const std::string& userId, const std::string& deviceId, const PresenceRecord& record,
                          bool retained)
 {
-    // Asked before the own record is looked at, since that may begin the subscription, which brings it again.
+    // Read first, because handling the own record may begin the subscription, which brings the record again.
     const bool isListening = m_directoryClient == m_clientSerial;
     if (userId == m_request.userId)
     {
@@ -134,7 +134,7 @@ void Session::OnOwnRecord(const PresenceRecord& record)
     }
     else if (record.epoch < m_epoch || !record.online)
     {
-        // The late will of an earlier connection, or a message of an older session: it must not have the last word.
+        // The late will of an earlier connection, or a record of an older session. Publish the present record again.
         Publish(MakePresence(true));
     }
     else if (m_phase == Phase::Announcing)
@@ -143,8 +143,8 @@ void Session::OnOwnRecord(const PresenceRecord& record)
     }
 }
 
-/// Of two terminals with one tag the older stays, unless the newer was forced. Both sides decide the same from the two
-/// records, so that exactly one of them goes, also when both log in at one time.
+/// Of two terminals with the same tag the older one stays, unless the newer one was forced. Both decide the same from
+/// the two records, so exactly one of them ends, also when both log in at the same time.
 void Session::OnOtherTerminal(const std::string& deviceId, const PresenceRecord& record)
 {
     const bool isAnnounced = m_phase == Phase::Announcing || m_phase == Phase::LoggedIn;
@@ -159,7 +159,7 @@ void Session::OnOtherTerminal(const std::string& deviceId, const PresenceRecord&
     }
 }
 
-/// Another session has the better right to be there.
+/// Another session takes precedence.
 void Session::YieldTo(const std::string& deviceId, const PresenceRecord& other)
 {
     const bool wasLoggedIn = m_phase == Phase::LoggedIn;
@@ -184,7 +184,7 @@ void Session::YieldTo(const std::string& deviceId, const PresenceRecord& other)
 
 void Session::EmitTerminal(const std::string& userId, const CompanyDirectory::Terminal& terminal)
 {
-    // A copy, because a listener may cause changes to what the reference is to.
+    // A copy, because a listener may change the terminal.
     const CompanyDirectory::Terminal copy = terminal;
     const avcore::ZolUserTerminalInfo info{copy.deviceId.c_str(), copy.online ? 1 : 0, copy.custom.c_str(),
                                            copy.ext.c_str()};
@@ -192,7 +192,7 @@ void Session::EmitTerminal(const std::string& userId, const CompanyDirectory::Te
                              { listener.OnUserTerminalStateChanged(userId.c_str(), info); });
 }
 
-/// A company is subscribed to only for a listener, a refresh or an invitation: it may be large.
+/// Subscribes to the company only for a listener, a refresh or an invitation, because the company may be large.
 void Session::ListenToCompany()
 {
     const bool isWanted = m_listeners.Has<IZolOnlineListener>() || !m_refreshes.empty() || !m_outgoing.empty() ||
@@ -307,7 +307,7 @@ void Session::AnswerRefresh(const RefreshRequest& request)
     }
 }
 
-/// An empty last page with a code: whoever asked learns that no more will come.
+/// Sends an empty last page with a code, which ends the refresh for the host.
 void Session::FailRefresh(const RefreshRequest& request)
 {
     const WBASELIB::Vector<avcore::ZolUserInfo> noUsers;

@@ -90,7 +90,7 @@ ServiceClient::ServiceClient(Engine& engine, std::string name, std::vector<std::
 
 void ServiceClient::Start()
 {
-    // On the platform thread, so that the client is known before its events are handled.
+    // On the platform thread, so that `m_client` is set before its events are handled.
     m_engine.GetLoop().Post(
         [weak = weak_from_this()]
         {
@@ -186,7 +186,7 @@ void ServiceClient::Opened(uint64_t serial)
     {
         client->Subscribe(filter, Delivery::AtLeastOnce);
     }
-    // What waits goes out first, so that the order stays; hence the session counts as open only when nothing waits.
+    // Waiting publications go out first, to keep the order. So the session counts as open only when none waits.
     for (;;)
     {
         std::vector<BackplaneMessage> waiting;

@@ -13,11 +13,11 @@
 namespace platform
 {
 
-/// Against double delivery: remembers the serials of the latest records.
+/// Recognises records that arrive twice: remembers the serials of the latest ones.
 class SerialFilter
 {
 public:
-    /// Whether the serial is new; a record without one always is.
+    /// Whether the serial is new. A record without a serial always is.
     bool IsNew(const std::string& serial);
 
 private:
@@ -27,8 +27,8 @@ private:
     size_t m_next = 0;
 };
 
-/// A lasting client of the backplane for what is no connection: subscribes, publishes, and comes back when it is lost.
-/// Every operation may be called on any thread.
+/// A permanent client of the backplane for services: subscribes, publishes, and reconnects after a loss. [any] Every
+/// operation may be called on any thread.
 class ServiceClient : public std::enable_shared_from_this<ServiceClient>
 {
 public:
@@ -36,12 +36,12 @@ public:
 
     ServiceClient(Engine& engine, std::string name, std::vector<std::string> filters, OnMessage onMessage);
 
-    /// Opens the session. What is published before it stands waits.
+    /// Opens the session. Publications before it is open wait.
     void Start();
-    /// Waits until what is published goes out at once; not on the platform thread.
+    /// Waits until publications go out at once. Must not be called on the platform thread.
     void WaitOpen(std::chrono::milliseconds limit);
 
-    /// When it returns, `onMessage` does not run and will not, unless it is called from inside it.
+    /// Waits for an `onMessage` under way, unless called from inside it. No `onMessage` runs afterwards.
     void Stop();
 
     void Publish(BackplaneMessage message);
@@ -63,7 +63,7 @@ private:
     std::condition_variable m_changed;
     std::shared_ptr<BackplaneClient> m_client;
     std::vector<BackplaneMessage> m_waiting;
-    uint64_t m_serial = 0; ///< of the client; events of earlier ones are ignored
+    uint64_t m_serial = 0; ///< of the client; events of earlier clients are ignored
     bool m_open = false;
     bool m_stopped = false;
     bool m_running = false; ///< `m_onMessage` runs

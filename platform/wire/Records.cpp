@@ -18,11 +18,11 @@ using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
 constexpr std::array<std::string_view, 8> kKindNames{"invite",   "cancel",  "accept",  "decline",
                                                      "answered", "message", "command", "report"};
 
-/// Room for a usual record, so that reading one takes no memory from the heap.
+/// Room for a usual record, so that decoding one allocates no memory.
 class Reader
 {
 public:
-    /// The payload may come from anybody, so it is parsed without recursion.
+    /// A payload may come from any client, nested to any depth, so the parser does not recurse.
     explicit Reader(std::string_view payload)
         : m_allocator(m_memory.data(), m_memory.size()),
           m_stackAllocator(m_stack.data(), m_stack.size()),
@@ -73,7 +73,7 @@ private:
     rapidjson::GenericDocument<rapidjson::UTF8<>, Allocator, Allocator> m_document;
 };
 
-/// Epochs above this leave no room to be newer, so nobody of ours has made them.
+/// Epochs above this leave no room for a newer one, so no platform has made them.
 constexpr uint64_t kGreatestEpoch = std::numeric_limits<uint64_t>::max() / 2;
 
 std::optional<uint64_t> ReadEpoch(const Reader& reader)

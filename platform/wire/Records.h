@@ -5,19 +5,19 @@
 #include <string>
 #include <string_view>
 
-/// What travels in the payloads: JSON, as a reader of the backplane's traffic would want it. Texts of users are carried byte
-/// for byte, also when they are not UTF-8. A payload that is not what it should be decodes to nothing.
+/// The payloads: JSON, so that an operator can read the traffic of a backplane. Texts of users travel byte for byte,
+/// also when they are not UTF-8. `Decode` returns nothing for an unexpected payload.
 namespace platform
 {
 
-/// The state of one terminal; its user and device stand in the topic.
+/// The state of one terminal. The topic names its user and device.
 ///
-/// Every session has an id, and every connection that it makes to the backplane a newer epoch, so that late messages of an
-/// older session, or the late will of an older connection, are known for what they are.
+/// Every session has an id, and each of its connections to the backplane has a newer epoch. Id and epoch identify late
+/// messages of an older session and the late will of an older connection.
 struct PresenceRecord
 {
     bool online = false;
-    bool force = false; ///< the login was forced: it wins over an older one with the same tag
+    bool force = false; ///< the login was forced: it displaces an older one with the same tag
     uint64_t epoch = 0;
     std::string sessionId;
     std::string mutex;
@@ -28,19 +28,18 @@ struct PresenceRecord
     static std::optional<PresenceRecord> Decode(std::string_view payload);
 };
 
-/// A session in a group; its user and session id stand in the topic.
+/// A session in a group. The topic names its user and session id.
 struct MemberRecord
 {
     bool present = false;
     uint64_t epoch = 0;
-    std::string
-        presenceTopic; ///< where the terminal's end is told; empty when this record is the connection's own will
+    std::string presenceTopic; ///< presence topic of the terminal; empty when this record is the will of its connection
 
     std::string Encode() const;
     static std::optional<MemberRecord> Decode(std::string_view payload);
 };
 
-/// What is sent to a user, to a terminal or to a group.
+/// A message to a user, a terminal or a group.
 struct PostRecord
 {
     enum class Kind
@@ -49,17 +48,17 @@ struct PostRecord
         Cancel,
         Accept,
         Decline,
-        Answered, ///< to the invitee's own terminals: the invitation is not open any more
+        Answered, ///< to the invitee's other terminals: the invitation is closed
         Message,
-        Command, ///< of the monitoring service
-        Report,  ///< to it
+        Command, ///< from the monitoring service to a terminal
+        Report,  ///< from a terminal to the monitoring service
     };
 
     Kind kind = Kind::Message;
-    std::string serial;      ///< different for every record, against double delivery
-    std::string from;        ///< the sending user; in `Answered` the inviter
+    std::string serial;      ///< unique, so that a receiver recognises a repetition
+    std::string from;        ///< the sending user; for `Answered` the inviter
     std::string fromSession; ///< the sending session
-    std::string replyTopic;  ///< of an invitation: where the answer goes
+    std::string replyTopic;  ///< of an invitation: topic of its answers
     uint32_t id = 0;         ///< of the invitation or the message
     std::string code;        ///< of an invitation
     std::string text;

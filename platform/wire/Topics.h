@@ -7,20 +7,20 @@
 namespace platform
 {
 
-/// The topics of the platform. Ids come from outside and may hold anything, so each is escaped into one level: letters,
-/// digits, '-', '_' and '.' stay, every other byte becomes '%' and two hexadecimal digits, and "%" alone is the empty text.
+/// The topics of the platform. An id from a host may hold any bytes, so it is escaped into one level: letters, digits,
+/// '-', '_' and '.' stay, every other byte becomes '%' and two hexadecimal digits, and "%" alone is the empty text.
 ///
 ///     zol/c/<app>/<company>/p/<user>/<device>    presence of a terminal, retained
-///     zol/c/<app>/<company>/u/<user>             what is meant for all terminals of a user
-///     zol/c/<app>/<company>/t/<user>/<device>    what is meant for one terminal
-///     zol/c/<app>/<company>/r/<user>/<device>    a terminal's reports to the monitoring service
-///     zol/g/<group>/m/<user>/<session>           a group's member, retained
-///     zol/g/<group>/x                            what is meant for everybody in a group
+///     zol/c/<app>/<company>/u/<user>             messages to all terminals of a user
+///     zol/c/<app>/<company>/t/<user>/<device>    messages to one terminal
+///     zol/c/<app>/<company>/r/<user>/<device>    reports of a terminal to the monitoring service
+///     zol/g/<group>/m/<user>/<session>           member of a group, retained
+///     zol/g/<group>/x                            messages to all members of a group
 namespace topics
 {
 
 std::string Escape(std::string_view text);
-/// The text that `Escape` made the level of; what it cannot have made stays as it is.
+/// The inverse of `Escape`. A level that `Escape` cannot have made is returned unchanged.
 std::string Unescape(std::string_view level);
 
 std::vector<std::string_view> Split(std::string_view topic);
@@ -43,11 +43,11 @@ public:
     std::string Reports(std::string_view userId, std::string_view deviceId) const;
     std::string AllReports() const; ///< filter
 
-    /// What stands after the company's own levels, or nothing when the topic is not one of this company.
+    /// The levels after those of the company; empty when the topic belongs to another company.
     std::string_view Inside(std::string_view topic) const;
 
 private:
-    std::string m_base; ///< up to and with the '/' after the company
+    std::string m_base; ///< up to and including the '/' after the company
 };
 
 /// The topics of one group.
