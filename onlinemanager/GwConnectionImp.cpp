@@ -10,7 +10,7 @@ namespace onlinemanager
 namespace
 {
 
-/// The gateway's users always have a number above 0.
+/// False when the text is not a number above 0. The gateway has no user 0.
 bool ReadGatewayUser(const char* text, unsigned* userId)
 {
     return commonutil::ReadUserId(text, userId) && *userId != 0;
@@ -22,28 +22,6 @@ GwConnectionImp::GwConnectionImp(avcore::IZolConnection*& connection, IReconnect
     : m_zol_connection(connection),
       m_reconnection_notify(reconnection_notify)
 {
-}
-
-GwConnectionImp::~GwConnectionImp() = default;
-
-void GwConnectionImp::Free()
-{
-    ::operator delete(static_cast<void*>(this));
-}
-
-void GwConnectionImp::AddNotify(IMeetingTunnelNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void GwConnectionImp::RemoveNotify(IMeetingTunnelNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void GwConnectionImp::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
 }
 
 bool GwConnectionImp::InitModel()
@@ -115,11 +93,6 @@ bool GwConnectionImp::LeaveMeeting()
     return true;
 }
 
-void GwConnectionImp::DeliverJoinResult(ErrCode code)
-{
-    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify) { notify.OnJoinMeetingResult(code); });
-}
-
 void GwConnectionImp::OnLoginResult(avcore::ZolPortErrCode code, const char* /*szConflictDeviceId*/,
                                     const char* /*szConflictCustomState*/, const char* /*szConflictExtendInfo*/)
 {
@@ -127,17 +100,16 @@ void GwConnectionImp::OnLoginResult(avcore::ZolPortErrCode code, const char* /*s
     ORB_LOG("GwConnectionImp::OnJoinMeeting, errCode=%d.", static_cast<int>(code));
     m_join_pending = false;
     m_state = code == avcore::ZOL_PORT_SUCCESS ? STATE_IN_MEETING : STATE_OUT;
-    DeliverJoinResult(static_cast<ErrCode>(code));
+    Broadcast(&IMeetingTunnelNotify::OnJoinMeetingResult, static_cast<ErrCode>(code));
 }
 
 void GwConnectionImp::OnLogouted(avcore::ZolPortErrCode code)
 {
     const ServiceRef self(this);
-    // The garbled class name is what log filters look for.
+    // The garbled class name is a part of the text, on purpose: log filters look for it.
     ORB_LOG("GwConnectierrCodeonImp::OnLeaveMeeting, errCode=%d.", static_cast<int>(code));
     m_state = STATE_OUT;
-    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify)
-                          { notify.OnLeaveMeetingResult(static_cast<ErrCode>(code)); });
+    Broadcast(&IMeetingTunnelNotify::OnLeaveMeetingResult, static_cast<ErrCode>(code));
 }
 
 int32_t GwConnectionImp::OnReconnectStart()
@@ -147,12 +119,12 @@ int32_t GwConnectionImp::OnReconnectStart()
     {
         m_join_pending = false;
         ORB_LOG("%s, join result notify", "OnReconnectStart");
-        DeliverJoinResult(ERR_JOIN_ABORTED_BY_RECONNECT);
+        Broadcast(&IMeetingTunnelNotify::OnJoinMeetingResult, ERR_JOIN_ABORTED_BY_RECONNECT);
     }
     const State state = m_state;
     if (state == STATE_OUT)
     {
-        return 2;
+        return avcore::ZOL_RECONNECT_STOP;
     }
     if (state == STATE_IN_MEETING)
     {
@@ -167,7 +139,7 @@ int32_t GwConnectionImp::OnReconnectStart()
     {
         notify->OnReconnectStart(m_tunnel_type);
     }
-    return 1;
+    return avcore::ZOL_RECONNECT_GO_ON;
 }
 
 void GwConnectionImp::OnReconnectSucess()
@@ -190,16 +162,6 @@ void GwConnectionImp::OnReconnectFail(avcore::ZolPortErrCode code, const char* /
     }
 }
 
-// The gateway has no groups: its users join and leave with its logins.
-void GwConnectionImp::OnJoinGroupResult(avcore::ZolPortErrCode /*code*/) {}
-
-void GwConnectionImp::OnLeaveGroupResult(avcore::ZolPortErrCode /*code*/) {}
-
-void GwConnectionImp::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
-                                      const WBASELIB::Vector<avcore::ZolMediaInfo>& /*media*/, bool /*complete*/)
-{
-}
-
 void GwConnectionImp::OnGroupUserJoined(const char* userId)
 {
     const ServiceRef self(this);
@@ -209,7 +171,7 @@ void GwConnectionImp::OnGroupUserJoined(const char* userId)
         ORB_LOG("GwConnectionImp::OnGroupUserJoined param error.");
         return;
     }
-    m_notify_list.Deliver([user](IMeetingTunnelNotify& notify) { notify.OnUserJoined(user); });
+    Broadcast(&IMeetingTunnelNotify::OnUserJoined, user);
 }
 
 void GwConnectionImp::OnGroupUserLeaved(const char* userId)
@@ -221,7 +183,7 @@ void GwConnectionImp::OnGroupUserLeaved(const char* userId)
         ORB_LOG("GwConnectionImp::OnGroupUserLeaved param error.");
         return;
     }
-    m_notify_list.Deliver([user](IMeetingTunnelNotify& notify) { notify.OnUserLeaved(user); });
+    Broadcast(&IMeetingTunnelNotify::OnUserLeaved, user);
 }
 
 } // namespace onlinemanager

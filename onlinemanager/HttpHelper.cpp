@@ -16,45 +16,31 @@ constexpr size_t kMessagesPerArray = 10;
 constexpr int kQueueCapacity = 5;
 constexpr unsigned kWaitStep = 500; // milliseconds
 
-// Processor time of the process, not wall time, on purpose: a suspended or stalled client must not give up a request that had
-// no chance to be served. A platform that wants a limit in wall time ends the request with HttpClose.
+// Processor time of the process, not wall time, on purpose: a client that was suspended must not give up a request that
+// nobody could serve meanwhile. A platform that needs a limit in wall time ends the request with HttpClose.
 constexpr int64_t kTimeout = 10'000'000; // clock() ticks
 
-class ReadGuard
+/// Holds a WRWLock for the length of a scope.
+template <void (WBASELIB::WRWLock::*Lock)(), void (WBASELIB::WRWLock::*UnLock)()>
+class Guard
 {
 public:
-    explicit ReadGuard(WBASELIB::WRWLock& lock) : m_lock(lock)
+    explicit Guard(WBASELIB::WRWLock& lock) : m_lock(lock)
     {
-        m_lock.RDLock();
+        (m_lock.*Lock)();
     }
-    ~ReadGuard()
+    ~Guard()
     {
-        m_lock.RDUnLock();
+        (m_lock.*UnLock)();
     }
-    ReadGuard(const ReadGuard&) = delete;
-    ReadGuard& operator=(const ReadGuard&) = delete;
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
 
 private:
     WBASELIB::WRWLock& m_lock;
 };
-
-class WriteGuard
-{
-public:
-    explicit WriteGuard(WBASELIB::WRWLock& lock) : m_lock(lock)
-    {
-        m_lock.WRLock();
-    }
-    ~WriteGuard()
-    {
-        m_lock.WRUnLock();
-    }
-    WriteGuard(const WriteGuard&) = delete;
-    WriteGuard& operator=(const WriteGuard&) = delete;
-
-private:
-    WBASELIB::WRWLock& m_lock;
-};
+using ReadGuard = Guard<&WBASELIB::WRWLock::RDLock, &WBASELIB::WRWLock::RDUnLock>;
+using WriteGuard = Guard<&WBASELIB::WRWLock::WRLock, &WBASELIB::WRWLock::WRUnLock>;
 
 } // namespace
 
@@ -160,7 +146,8 @@ HttpHelper::Text HttpHelper::WaitResponse(bool post, const char* url, const char
     return {};
 }
 
-/// The list stays locked across the call, so that no completion can overtake the entry.
+/// Holds the lock of the list during the request, on purpose: a completion on another thread then finds the entry. The
+/// HTTP object must therefore not complete a request from inside `Request`.
 uint32_t HttpHelper::Send(bool post, const char* url, const char* body, Queue* queue, Text* response)
 {
     const HttpRequest request{post ? kHttpMethodPost : kHttpMethodGet, 2, 1, 0, 0, 5, url, body};
@@ -170,7 +157,7 @@ uint32_t HttpHelper::Send(bool post, const char* url, const char* body, Queue* q
     return id;
 }
 
-/// The type of the message that ended the wait, 0 for the time-out.
+/// Returns the type of the message that ended the wait, 0 when the wait timed out.
 uint32_t HttpHelper::WaitForEnd(Queue& queue, int64_t start)
 {
     for (;;)
@@ -195,7 +182,7 @@ void HttpHelper::Remove(const Queue* queue)
     m_pending_requests.remove_if([queue](const PendingRequest& pending) { return pending.m_queue == queue; });
 }
 
-/// A queue that is full drops the message; the element is lost to the pool until the pool itself ends.
+/// A full queue drops the message; the pool then does not get its element back, on purpose.
 void HttpHelper::Push(Queue& queue, MsgType type)
 {
     Msg* const message = m_msg_pool.Alloc();

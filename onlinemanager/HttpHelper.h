@@ -14,10 +14,11 @@
 namespace onlinemanager
 {
 
-/// Turns the host's asynchronous HTTP object into blocking calls. Made and owned by the session, lent to the platform.
+/// Turns the host's asynchronous HTTP object into blocking calls. The session makes and owns it, and lends it to the
+/// platform.
 ///
-/// A call blocks until its answer is there, `HttpClose` ends it, or the process has used 10 seconds of processor time since:
-/// every failure is an empty text.
+/// A call blocks until the answer arrives, until `HttpClose` ends it, or until the process has used 10 seconds of
+/// processor time since the request. Every failure gives an empty text.
 class HttpHelper : public avcore::IZolHttp, public IHttpResponseNotify
 {
 public:
@@ -29,10 +30,10 @@ public:
     HttpHelper(const HttpHelper&) = delete;
     HttpHelper& operator=(const HttpHelper&) = delete;
 
-    /// Keeps the host's HTTP object, taking over one reference; false for null.
+    /// Keeps the host's HTTP object and takes over one reference of it. False for null.
     bool Init(IUnknown* http);
 
-    /// Gives the reference back. Always true.
+    /// Releases that reference. Always true.
     bool Uninit();
 
     std::string HttpGet(const char* url) override;
@@ -53,7 +54,7 @@ private:
         MSG_CLOSED = 3,
     };
 
-    /// What ends a waiting call; an element of the pool.
+    /// The message that ends a waiting call; an element of the pool.
     struct Msg
     {
         uint32_t m_type = 0;
@@ -63,7 +64,7 @@ private:
 
     using Queue = WBASELIB::WMsgQueue<Msg>;
 
-    /// One waiting call. Everything that it points to lives on the waiting call's stack.
+    /// One waiting call. What its pointers refer to lives on the stack of that call.
     struct PendingRequest
     {
         const char* m_url;
@@ -80,8 +81,8 @@ private:
     IHttpClient* m_http_object = nullptr;
     WBASELIB::WElementAllocator<Msg> m_msg_pool;
     std::list<PendingRequest> m_pending_requests;
-    WBASELIB::WRWLock m_pending_lock; ///< guards the list; taken before the pool's and a queue's lock
-    Text m_text;                      ///< always empty; the HTTP object wants one
+    WBASELIB::WRWLock m_pending_lock; ///< guards the list; a thread takes it before the lock of the pool or of a queue
+    Text m_text;                      ///< always empty; an argument of the HTTP object's request operation
 };
 
 } // namespace onlinemanager

@@ -5,8 +5,8 @@
 namespace onlinemanager
 {
 
-/// True when there is no record behind the reference: hosts hand over pointers that may be null, and a reference is one to
-/// them. The module is compiled so that the compiler may not assume otherwise.
+/// True when the host passed a null pointer as this reference. The compiler option -fno-delete-null-pointer-checks
+/// keeps the comparison; without it the compiler assumes that a reference is never null.
 inline bool IsAbsent(const JoinData& data)
 {
     return reinterpret_cast<uintptr_t>(&data) == 0;

@@ -19,25 +19,25 @@ using rapidjson::StringRef;
 using rapidjson::Value;
 using AsciiWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>;
 
-/// Texts outlive the document, which therefore only refers to them.
+/// Refers to `text`, which must outlive the document.
 Value::StringRefType Ref(const std::string& text)
 {
     return StringRef(text.data(), text.size());
 }
 
-/// Memory of one document, the first kilobytes of it on the thread's stack: few documents need more, and to take it from
-/// the heap costs more than to read or build them.
+/// Memory of one document. The first 4 kilobytes lie on the thread's stack: few documents need more, and an allocation
+/// on the heap takes longer than to read or build the document.
 struct DocumentMemory
 {
     char buffer[4096];
     Allocator allocator{buffer, sizeof(buffer)};
 };
 
-/// A text, read. The root is null when it is no JSON.
+/// A parsed text. The root is null when the text is not JSON.
 class ParsedText
 {
 public:
-    /// Iterative: a peer's text may be nested deeper than the stack has room for.
+    /// Parses without recursion, because another client's text may be nested deeper than the stack allows.
     explicit ParsedText(const std::string& json)
     {
         m_document.Parse<rapidjson::kParseDefaultFlags | rapidjson::kParseIterativeFlag>(json.data(), json.size());
@@ -105,7 +105,7 @@ std::string RepairUtf8(const char* text, size_t length)
 {
     using Utf8 = rapidjson::UTF8<>;
     std::string repaired;
-    const std::string source(text, length); // the decoder relies on a terminator
+    const std::string source(text, length); // the decoder needs a terminator
     for (size_t position = 0; position < length;)
     {
         rapidjson::StringStream stream(source.c_str() + position);
@@ -118,7 +118,7 @@ std::string RepairUtf8(const char* text, size_t length)
     return repaired;
 }
 
-/// Writes what the plain writer refuses: texts that are not UTF-8.
+/// Writes texts that are not UTF-8 as well, which the plain writer refuses.
 class RepairingWriter : public AsciiWriter
 {
 public:
@@ -146,7 +146,7 @@ bool Write(const Document& document, std::string* out)
     return complete;
 }
 
-/// The message form of the monitoring service: `data` is what the report is about.
+/// Fills `document` with a report to the monitoring service; `data` holds the measured values.
 void FillQualityReport(Document& document, const char* subType, Value& data, const AVQualityInfo& info)
 {
     Allocator& allocator = document.GetAllocator();
@@ -175,7 +175,8 @@ Value DataPoint(const char* name, Allocator& allocator)
     return data;
 }
 
-/// Adds `list` as an array under `name`; `fill(object, element)` adds the members of one element.
+/// Adds `list` to `target` as an array `name`; `fill(object, element)` adds the members of one element. Adds nothing
+/// for an empty list.
 template <typename List, typename Fill>
 void AddStreams(const List& list, const std::string& name, Allocator& allocator, Value& target, Fill fill)
 {
@@ -217,7 +218,7 @@ std::string JsonSerialization::FormatInviteUserMsg(const InviteData& data)
 
     Value& params = document[m_params_key.c_str()];
     params.AddMember("inviteCode", data.inviteCode, allocator);
-    // Cut to 32 bits on purpose: peers read this member as such a number and skip a larger one.
+    // Cut to 32 bits on purpose: other clients read this member as a 32-bit number and ignore a larger one.
     params.AddMember("roomCreateTime", static_cast<uint32_t>(data.roomCreateTime), allocator);
     params.AddMember("roomCompanyId", data.roomCompanyId, allocator);
     params.AddMember("proxyUserId", data.proxyUserId, allocator);
@@ -257,8 +258,8 @@ InviteData* JsonSerialization::ParseInviteUserMsg(const std::string& json, Invit
     return out;
 }
 
-// The terminal type travels as text in the answers to an invitation and as a number in the login extension: the protocol
-// grew that way, and peers read it so.
+// The terminal type is a text in the answers to an invitation and a number in the login extension, on purpose: other
+// clients read both so.
 std::string JsonSerialization::FormatAcceptInviteMsg(const quenda::TerminalType& terminalType)
 {
     const std::string terminal = commonutil::ToAString(terminalType);

@@ -9,7 +9,8 @@
 namespace onlinemanager
 {
 
-/// JSON as the peers and the monitoring service expect it: compact, members in a fixed order, everything beyond ASCII escaped.
+/// JSON as other clients and the monitoring service expect it: compact, members in a fixed order, every character
+/// beyond ASCII escaped.
 class JsonSerialization : public ISerialization
 {
 public:
@@ -26,16 +27,17 @@ public:
     void ParseTMsgInfo(const std::string& json) override;
     void ParseMdsClientInfo(const std::string& json, std::string& command, std::string& subType) override;
 
-    /// The envelope of a message: version, method and an empty "params" object. `memory` has to outlive the document; with null
-    /// the document has memory of its own.
+    /// The envelope of a message: version, method and an empty "params" object. `memory` must outlive the document;
+    /// with null the document allocates its own.
     rapidjson::Document BasicDocument(const std::string& method, rapidjson::Document::AllocatorType* memory = nullptr);
 
-    /// 0 when the document carries `method`; -1 when it is no message; otherwise as `std::string::compare`.
+    /// 0 when the document's method is `method`, -1 when the document is not a message, otherwise the result of
+    /// `std::string::compare`.
     int DocumentMethodCompare(const rapidjson::Value& document, const std::string& method);
 
     std::string ToString(const rapidjson::Document& document);
 
-    /// Add an array of streams to `target`; an empty list adds nothing.
+    /// Add the list as an array `name` to `target`; for an empty list they add nothing.
     void FormatAudioQuality(const std::list<std::shared_ptr<AudioQualityData>>& list, const std::string& name,
                             rapidjson::Document::AllocatorType& allocator, rapidjson::Value& target);
     void FormatVideoQuality(const std::list<std::shared_ptr<VideoQualityData>>& list, const std::string& name,

@@ -12,15 +12,15 @@
 namespace onlinemanager
 {
 
-/// The listeners of one service, in order of their first registration. Every service has one and offers it to the host as
+/// The listeners of one service, in the order of their first registration. A host reaches the list by the service's
 /// `AddNotify`, `RemoveNotify` and `RemoveAllNotify`.
 ///
-/// A delivery calls the listeners outside the mutex and walks the list as it is at that moment: a listener appended meanwhile
-/// is reached, one removed meanwhile is skipped. Every operation, another delivery included, may come from inside a
-/// notification and from other threads.
+/// A delivery calls the listeners outside the mutex, and walks the list as it stands at each step: it calls a listener
+/// that was added meanwhile and skips one that was removed meanwhile. Every operation, another delivery included, may
+/// be called from inside a notification and from any thread.
 ///
-/// How that is safe: links change under the mutex and are followed without it. An entry that leaves the list while somebody
-/// walks is only retired: it keeps its link to the entries behind it and is freed when the last walk has ended.
+/// Links change under the mutex; a walk follows them without it. Therefore an entry that leaves the list during a walk
+/// is not freed but retired: it keeps its link to the entries behind it until the last walk has ended.
 template <typename Listener>
 class NotifyList
 {
@@ -29,13 +29,14 @@ public:
     NotifyList(const NotifyList&) = delete;
     NotifyList& operator=(const NotifyList&) = delete;
 
-    /// No delivery may be under way.
+    /// No delivery may be running.
     ~NotifyList()
     {
         RetireIf([](const Entry&) { return true; });
     }
 
-    /// A removed listener that no delivery has dropped yet gets its old place back. Null is ignored.
+    /// Adds a listener at the end. A listener that was removed and that no delivery has dropped yet gets its old place
+    /// back. Null is ignored.
     void AddNotify(Listener* listener)
     {
         if (listener == nullptr)
@@ -53,7 +54,7 @@ public:
         m_last = added;
     }
 
-    /// Null and strangers are ignored.
+    /// Marks a listener as removed; the next delivery drops it. Null and unknown listeners are ignored.
     void RemoveNotify(Listener* listener)
     {
         const std::lock_guard guard(m_mutex);
@@ -63,7 +64,7 @@ public:
         }
     }
 
-    /// A delivery under way ends; it does not reach listeners that are added afterwards either.
+    /// Removes all listeners. A running delivery ends: it does not call listeners that are added afterwards either.
     void RemoveAllNotify()
     {
         const std::lock_guard guard(m_mutex);
@@ -71,8 +72,8 @@ public:
         RetireIf([](const Entry&) { return true; });
     }
 
-    /// Calls `event(Listener&)` for every active listener. A listener's exception ends here: the platform, on whose thread
-    /// this runs, has no use for it, and the next listener still has to hear of the event.
+    /// Calls `event(Listener&)` for every active listener. The exception of a listener ends here: the platform, on
+    /// whose thread this runs, cannot handle it, and the next listener must still get the event.
     template <typename Event>
     void Deliver(Event event)
     {
@@ -94,7 +95,7 @@ public:
         }
     }
 
-    /// A disabled list delivers nothing.
+    /// True from construction. A disabled list delivers nothing.
     bool IsEnabled() const
     {
         return m_enabled;
@@ -118,7 +119,7 @@ private:
         WBASELIB::WRelaxed<bool> m_active;
         WBASELIB::WRelaxed<bool> m_retired = false;
         Listener* const m_listener;
-        const uint64_t m_number; ///< grows along the list, and is not used twice
+        const uint64_t m_number; ///< unique, and higher than the number of every entry before it
         std::atomic<Entry*> m_next{nullptr};
     };
 
@@ -138,7 +139,7 @@ private:
             const std::lock_guard guard(m_list.m_mutex);
             if (--m_list.m_walks == 0)
             {
-                std::exchange(m_list.m_retired, {}); // its buffer as well: the list may end without its destructor
+                std::exchange(m_list.m_retired, {}); // with its buffer: the list may end without its destructor
             }
         }
 
@@ -165,7 +166,7 @@ private:
             return next == nullptr && m_position->m_retired ? FindBehindRetired() : next;
         }
 
-        /// The links of a retired entry may end where the list itself went on growing.
+        /// The next entry of the list when the links of a retired entry have ended: the list may have grown since.
         Entry* FindBehindRetired()
         {
             const std::lock_guard guard(m_list.m_mutex);
@@ -182,7 +183,7 @@ private:
         }
 
         NotifyList& m_list;
-        Entry* m_position; ///< called last; the list's head at first
+        Entry* m_position; ///< the entry called last, before that the head of the list
         uint64_t m_generation = 0;
     };
 
@@ -225,7 +226,7 @@ private:
 
     WBASELIB::WRelaxed<bool> m_enabled = true;
     std::recursive_mutex m_mutex; ///< guards everything below, links included; a walk reads links without it
-    Entry m_first{nullptr, 0};    ///< the head: holds no listener and is never retired
+    Entry m_first{nullptr, 0};    ///< the head: it holds no listener and is never retired
     Entry* m_last = &m_first;
     uint64_t m_lastNumber = 0;
     uint64_t m_generation = 0; ///< changes when all listeners are removed

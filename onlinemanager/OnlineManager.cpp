@@ -18,7 +18,7 @@ using FRAMEWORKSDK::CFrameUnknown;
 namespace
 {
 
-constexpr HRESULT kRefused = 1; // no factory, or no output argument
+constexpr HRESULT kRefused = 1; // the factory or an output argument is missing
 
 void ReleaseConnection(avcore::IZolConnection*& connection)
 {
@@ -130,14 +130,15 @@ HRESULT OnlineManager::Initialize(IUnknown* httpObject)
         hr = CreateConnection(&m_gw_zol_connect);
         if (hr < 0)
         {
-            // The other operation's name stands in the text on purpose: log filters know it so.
+            // The text names the other operation, on purpose: log filters look for it.
             ORB_LOG("OnlineManager::GetMeetingTunnel Create Gw Connection Component Fail.");
             return hr;
         }
     }
     if (m_gw_connection == nullptr)
     {
-        // A session that was there before this call is not told of the gateway's reconnections.
+        // `reconnectionNotify` is null, on purpose, when the session existed before this call: the gateway's
+        // reconnections are then not reported.
         m_gw_connection = new GwConnectionImp(m_gw_zol_connect, reconnectionNotify);
         m_gw_connection->InitModel();
     }

@@ -12,14 +12,15 @@ class PaasMdsClientImp;
 class PaasOnlineImp;
 class PaasTMsgImp;
 
-/// The component. The services refer to the connection fields, so they always see the current connection.
+/// The component. The services hold references to its connection fields, so each call of a service uses the current
+/// connection.
 class OnlineManager : public FRAMEWORKSDK::CFrameUnknown, public IOnlineManager
 {
 public:
     /// The creation function of the template table.
     static FRAMEWORKSDK::CFrameUnknown* CreateInstance(IUnknown* outer, IComponentFactory* factory, int32_t* hr);
 
-    /// Takes over one reference of `factory`; a null one leaves `E_FAIL` in `*hr`.
+    /// Takes over one reference of `factory`. With a null `factory` it writes `E_FAIL` to `*hr`.
     OnlineManager(IUnknown* outer, IComponentFactory* factory, int32_t* hr);
 
     HRESULT NonDelegatingQueryInterface(const GUID& iid, void** out) override;
@@ -46,7 +47,7 @@ private:
     PaasTMsgImp* m_paas_tmsg = nullptr;
     PaasOnlineImp* m_paas_online = nullptr;
     GwConnectionImp* m_gw_connection = nullptr;
-    TunnelType m_tunnel_type = TUNNEL_TYPE_NONE; ///< the last one asked of `GetMeetingTunnel`
+    TunnelType m_tunnel_type = TUNNEL_TYPE_NONE; ///< the last type that `GetMeetingTunnel` was called with
 };
 
 } // namespace onlinemanager

@@ -2,7 +2,6 @@
 
 #include "commonutil/OrbLogUtil.h"
 #include "commonutil/StringUtil.h"
-#include "onlinemanager/JsonSerialization.h"
 
 namespace onlinemanager
 {
@@ -17,29 +16,12 @@ PaasMdsClientImp::PaasMdsClientImp(avcore::IZolConnection*& connection) : m_zol_
     ORB_LOG("%s()", "PaasMdsClientImp");
 }
 
-PaasMdsClientImp::~PaasMdsClientImp() = default;
-
 void PaasMdsClientImp::Free()
 {
     if (!m_registered)
     {
-        ::operator delete(static_cast<void*>(this));
+        OwnedService::Free();
     }
-}
-
-void PaasMdsClientImp::AddNotify(IPaasMdsClientNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void PaasMdsClientImp::RemoveNotify(IPaasMdsClientNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void PaasMdsClientImp::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
 }
 
 bool PaasMdsClientImp::InitModel(IComponentFactory* /*factory*/)
@@ -72,7 +54,7 @@ bool PaasMdsClientImp::CheckMdsClient()
     void* component = nullptr;
     if (m_zol_connection->GetComponent(avcore::IID_IZolMdsClient, &component) < 0 || component == nullptr)
     {
-        // The text names the operation that usually gets here; log filters know it so.
+        // The text names the usual caller instead of this operation, on purpose: log filters look for it.
         ORB_LOG("PaasMdsClientImp::SendAVQualityInfo Get ZolMdsClient Component Fail.");
         return false;
     }
@@ -87,16 +69,6 @@ bool PaasMdsClientImp::InitMdsClient()
     m_zol_mds_client = nullptr;
     CheckMdsClient();
     return true;
-}
-
-bool PaasMdsClientImp::CheckSerialization()
-{
-    const WBASELIB::WAutoLock guard(&m_lock);
-    if (m_serialization == nullptr)
-    {
-        m_serialization = std::make_shared<JsonSerialization>();
-    }
-    return m_serialization != nullptr;
 }
 
 bool PaasMdsClientImp::SendAVQualityInfo(const std::shared_ptr<AVQualityInfo>& info)
@@ -128,7 +100,7 @@ void PaasMdsClientImp::Send(const std::string& report)
 void PaasMdsClientImp::OnMdsMsgData(const char* msg)
 {
     const ServiceRef self(this);
-    // The other class's name is what log filters look for.
+    // The text names the other class, on purpose: log filters look for it.
     ORB_LOG("PaasTMsgImp::OnMdsMsgData msg:%s.", commonutil::TextOrEmpty(msg));
     if (!CheckSerialization())
     {
@@ -137,13 +109,13 @@ void PaasMdsClientImp::OnMdsMsgData(const char* msg)
     std::string command;
     std::string subType;
     m_serialization->ParseMdsClientInfo(commonutil::TextOrEmpty(msg), command, subType);
-    // Every such command is told on, also one that changes nothing: a host that missed one catches up with the next.
+    // A command that changes nothing is reported too: a host that missed one command learns the state from the next.
     if (command == "subscribe_av_quality")
     {
         Subscribe(subType, true);
         if (m_overview_subscribed || m_detail_subscribed)
         {
-            m_notify_list.Deliver([](IPaasMdsClientNotify& notify) { notify.OnSubscribeAVQualityInfo(); });
+            Broadcast(&IPaasMdsClientNotify::OnSubscribeAVQualityInfo);
         }
     }
     else if (command == "unsubscribe_av_quality")
@@ -151,7 +123,7 @@ void PaasMdsClientImp::OnMdsMsgData(const char* msg)
         Subscribe(subType, false);
         if (!m_overview_subscribed && !m_detail_subscribed)
         {
-            m_notify_list.Deliver([](IPaasMdsClientNotify& notify) { notify.OnUnSubscribeAVQualityInfo(); });
+            Broadcast(&IPaasMdsClientNotify::OnUnSubscribeAVQualityInfo);
         }
     }
 }

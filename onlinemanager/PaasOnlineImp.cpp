@@ -3,7 +3,6 @@
 #include "commonutil/OrbLogUtil.h"
 #include "commonutil/StringUtil.h"
 #include "onlinemanager/JoinDataReference.h"
-#include "onlinemanager/JsonSerialization.h"
 
 #include <algorithm>
 #include <cctype>
@@ -26,11 +25,6 @@ namespace
 
 constexpr const char* kOnline = "true";
 constexpr const char* kOffline = "false";
-
-/// What a strategy may decide, and what the platform is told.
-constexpr int32_t kUndecided = 0;
-constexpr int32_t kReconnect = 1;
-constexpr int32_t kStop = 2;
 
 bool BeginsWith(const std::string& text, const char* scheme)
 {
@@ -71,26 +65,6 @@ PaasOnlineImp::~PaasOnlineImp()
     ReleaseService(m_user_online);
 }
 
-void PaasOnlineImp::Free()
-{
-    ::operator delete(static_cast<void*>(this));
-}
-
-void PaasOnlineImp::AddNotify(IPaasOnlineNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void PaasOnlineImp::RemoveNotify(IPaasOnlineNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void PaasOnlineImp::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
-}
-
 bool PaasOnlineImp::InitModel(IComponentFactory* /*factory*/)
 {
     ORB_LOG("%s()", "InitModel");
@@ -119,7 +93,7 @@ bool PaasOnlineImp::InitModel(IComponentFactory* /*factory*/)
     auto userOnline = std::make_unique<UserOnlineImp>(m_zol_online);
     if (!userOnline->InitModel())
     {
-        // The session itself works without presence, so this is no failure of its own.
+        // True on purpose: the session works without the presence service.
         ORB_LOG("%s, m_user_online=%p, InitModel failed.", "InitModel", static_cast<void*>(userOnline.get()));
         return true;
     }
@@ -172,7 +146,8 @@ bool PaasOnlineImp::Login(const LoginParam& param, bool force)
     }
     const std::string userid = ToAString(param.userid);
     const std::string companyid = ToAString(param.companyid);
-    const std::string ext = Serialization()->FormatLoginExtInfo(param.terminal);
+    CheckSerialization();
+    const std::string ext = m_serialization->FormatLoginExtInfo(param.terminal);
     {
         const WAutoLock guard(&m_lock);
         m_login_param = param;
@@ -184,7 +159,8 @@ bool PaasOnlineImp::Login(const LoginParam& param, bool force)
             userid.c_str());
     ORB_LOG("Paas login param: mutex=%s, ext=%s.", param.mutex.c_str(), ext.c_str());
     ORB_LOG("Paas login param: force=%d, registeruser=%d.", force ? 1 : 0, param.registeruser ? 1 : 0);
-    // The request of a connection point always passes the helper; a login does so only for a server that is asked over HTTP.
+    // A login passes the helper only for a server that the platform asks over HTTP, while RequestCPAddress always
+    // passes it.
     avcore::IZolHttp* const http = IsHttpAddress(param.server) ? m_http_helper.get() : nullptr;
     const HRESULT hr = m_zol_connection->Login(param.server.c_str(), http, param.appid.c_str(), param.token.c_str(),
                                                param.deviceid.c_str(), companyid.c_str(), userid.c_str(),
@@ -290,7 +266,7 @@ bool PaasOnlineImp::TriggerNotify()
     }
     catch (const std::system_error&)
     {
-        return false; // the system has no thread left
+        return false; // the system cannot start another thread
     }
 }
 
@@ -298,12 +274,11 @@ void PaasOnlineImp::SendLoginState()
 {
     if (m_login_state == LOGIN_STATE_LOGGED_IN)
     {
-        m_notify_list.Deliver([](IPaasOnlineNotify& notify) { notify.OnLoginSuccess(); });
+        Broadcast(&IPaasOnlineNotify::OnLoginSuccess);
     }
     else
     {
-        m_notify_list.Deliver([](IPaasOnlineNotify& notify)
-                              { notify.OnOffline(static_cast<ErrCode>(avcore::ZOL_PORT_NOT_LOGGED_IN)); });
+        Broadcast(&IPaasOnlineNotify::OnOffline, static_cast<ErrCode>(avcore::ZOL_PORT_NOT_LOGGED_IN));
     }
 }
 
@@ -363,13 +338,13 @@ void PaasOnlineImp::OnLoginResult(avcore::ZolPortErrCode code, const char* szCon
     SetProperty(CONNECT_PROPERTY_ONLINE, loggedIn ? kOnline : kOffline);
     if (loggedIn)
     {
-        m_notify_list.Deliver([](IPaasOnlineNotify& notify) { notify.OnLoginSuccess(); });
+        Broadcast(&IPaasOnlineNotify::OnLoginSuccess);
     }
     else
     {
-        // Code 36 stays 36 here and becomes ERR_LOGIN_CONFLICT in a logout only: hosts tell a refused login from a login that
-        // was taken over by it.
-        m_notify_list.Deliver([code](IPaasOnlineNotify& notify) { notify.OnOffline(static_cast<ErrCode>(code)); });
+        // Code 36 stays 36 here, on purpose; only a logout turns it into ERR_LOGIN_CONFLICT. Hosts distinguish by that
+        // a refused login from a login that another device took over.
+        Broadcast(&IPaasOnlineNotify::OnOffline, static_cast<ErrCode>(code));
     }
     if (const ServiceRef<UserOnlineImp> userOnline = UserOnline())
     {
@@ -390,54 +365,31 @@ void PaasOnlineImp::OnLogouted(avcore::ZolPortErrCode code)
         userOnline->LogoutedNotify();
     }
     const ErrCode reason = code == avcore::ZOL_PORT_LOGIN_CONFLICT ? ERR_LOGIN_CONFLICT : static_cast<ErrCode>(code);
-    m_notify_list.Deliver([reason](IPaasOnlineNotify& notify) { notify.OnOffline(reason); });
-}
-
-// Groups and reconnections are the tunnel's: it is registered with the same connection.
-void PaasOnlineImp::OnJoinGroupResult(avcore::ZolPortErrCode /*code*/) {}
-
-void PaasOnlineImp::OnLeaveGroupResult(avcore::ZolPortErrCode /*code*/) {}
-
-int32_t PaasOnlineImp::OnReconnectStart()
-{
-    return kUndecided;
-}
-
-void PaasOnlineImp::OnReconnectSucess() {}
-
-void PaasOnlineImp::OnReconnectFail(avcore::ZolPortErrCode /*code*/, const char* /*text*/) {}
-
-void PaasOnlineImp::OnGroupUserJoined(const char* /*userId*/) {}
-
-void PaasOnlineImp::OnGroupUserLeaved(const char* /*userId*/) {}
-
-void PaasOnlineImp::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
-                                    const WBASELIB::Vector<avcore::ZolMediaInfo>& /*media*/, bool /*complete*/)
-{
+    Broadcast(&IPaasOnlineNotify::OnOffline, reason);
 }
 
 void PaasOnlineImp::OnReadyReconnect(TunnelType type)
 {
     const ServiceRef self(this);
-    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReadyReconnect(type); });
+    Broadcast(&IPaasOnlineNotify::OnReadyReconnect, type);
 }
 
 void PaasOnlineImp::OnReconnectStart(TunnelType type)
 {
     const ServiceRef self(this);
-    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectStart(type); });
+    Broadcast(&IPaasOnlineNotify::OnReconnectStart, type);
 }
 
 void PaasOnlineImp::OnReconnectSucess(TunnelType type)
 {
     const ServiceRef self(this);
-    m_notify_list.Deliver([type](IPaasOnlineNotify& notify) { notify.OnReconnectSucess(type); });
+    Broadcast(&IPaasOnlineNotify::OnReconnectSucess, type);
 }
 
 void PaasOnlineImp::OnReconnectFail(TunnelType type, ErrCode code)
 {
     const ServiceRef self(this);
-    m_notify_list.Deliver([=](IPaasOnlineNotify& notify) { notify.OnReconnectFail(type, code); });
+    Broadcast(&IPaasOnlineNotify::OnReconnectFail, type, code);
 }
 
 bool PaasOnlineImp::IsLoggedIn()
@@ -457,16 +409,6 @@ void PaasOnlineImp::SetProperty(ConnectProperty key, const char* value)
     m_connect_property[key] = value;
 }
 
-std::shared_ptr<ISerialization> PaasOnlineImp::Serialization()
-{
-    const WAutoLock guard(&m_lock);
-    if (m_serialization == nullptr)
-    {
-        m_serialization = std::make_shared<JsonSerialization>();
-    }
-    return m_serialization;
-}
-
 ServiceRef<UserOnlineImp> PaasOnlineImp::UserOnline()
 {
     const WAutoLock guard(&m_lock);
@@ -478,21 +420,6 @@ void PaasOnlineImp::TellUserOnline(UserOnlineImp& userOnline, bool loggedIn)
     const WAutoLock guard(&m_lock);
     userOnline.m_self_user_id = loggedIn ? m_login_param.userid : 0;
     userOnline.m_terminal_type = loggedIn ? m_login_param.terminal : quenda::TERMINAL_TYPE_UNKNOWN;
-}
-
-void PaasOnlineImp::ZolTunnel::AddNotify(IMeetingTunnelNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void PaasOnlineImp::ZolTunnel::RemoveNotify(IMeetingTunnelNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void PaasOnlineImp::ZolTunnel::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
 }
 
 bool PaasOnlineImp::ZolTunnel::JoinMeeting(const JoinData& data)
@@ -517,8 +444,8 @@ bool PaasOnlineImp::ZolTunnel::JoinMeeting(const JoinData& data)
     commonutil::GUID2String(data.guid, &groupId);
     commonutil::ReplaceAll(&groupId, "{", "");
     commonutil::ReplaceAll(&groupId, "}", "");
-    // Only 0 is success here, while a leave succeeds with any code that is not negative: the platform's group operations have
-    // always answered so.
+    // Only 0 is success here, while a leave succeeds with every code that is not negative, on purpose: the platform's
+    // two operations answer so.
     const HRESULT hr = session->m_zol_connection->JoinGroup(groupId.c_str());
     if (hr != S_OK)
     {
@@ -552,29 +479,13 @@ bool PaasOnlineImp::ZolTunnel::LeaveMeeting()
     return true;
 }
 
-// Logins are the session's.
-void PaasOnlineImp::ZolTunnel::OnLoginResult(avcore::ZolPortErrCode /*code*/, const char* /*szConflictDeviceId*/,
-                                             const char* /*szConflictCustomState*/,
-                                             const char* /*szConflictExtendInfo*/)
-{
-}
-
-void PaasOnlineImp::ZolTunnel::OnLogouted(avcore::ZolPortErrCode /*code*/) {}
-
-void PaasOnlineImp::ZolTunnel::OnGroupUserSync(const avcore::ZolTextList& /*users*/,
-                                               const WBASELIB::Vector<avcore::ZolMediaInfo>& /*media*/,
-                                               bool /*complete*/)
-{
-}
-
 void PaasOnlineImp::ZolTunnel::OnJoinGroupResult(avcore::ZolPortErrCode code)
 {
     const ServiceRef<PaasOnlineImp> session(m_session);
     ORB_LOG("%s()", "OnJoinGroupResult");
     ORB_LOG("errCode=%d.", static_cast<int>(code));
     m_join_pending = false;
-    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify)
-                          { notify.OnJoinMeetingResult(static_cast<ErrCode>(code)); });
+    Broadcast(&IMeetingTunnelNotify::OnJoinMeetingResult, static_cast<ErrCode>(code));
 }
 
 void PaasOnlineImp::ZolTunnel::OnLeaveGroupResult(avcore::ZolPortErrCode code)
@@ -582,8 +493,7 @@ void PaasOnlineImp::ZolTunnel::OnLeaveGroupResult(avcore::ZolPortErrCode code)
     const ServiceRef<PaasOnlineImp> session(m_session);
     ORB_LOG("%s()", "OnLeaveGroupResult");
     ORB_LOG("errCode=%d.", static_cast<int>(code));
-    m_notify_list.Deliver([code](IMeetingTunnelNotify& notify)
-                          { notify.OnLeaveMeetingResult(static_cast<ErrCode>(code)); });
+    Broadcast(&IMeetingTunnelNotify::OnLeaveMeetingResult, static_cast<ErrCode>(code));
 }
 
 void PaasOnlineImp::ZolTunnel::OnGroupUserJoined(const char* userId)
@@ -592,7 +502,7 @@ void PaasOnlineImp::ZolTunnel::OnGroupUserJoined(const char* userId)
     ORB_LOG("%s()", "OnGroupUserJoined");
     const unsigned remoteUserId = commonutil::UserIdOrZero(userId);
     ORB_LOG("remoteUserId=%u.", remoteUserId);
-    m_notify_list.Deliver([=](IMeetingTunnelNotify& notify) { notify.OnUserJoined(remoteUserId); });
+    Broadcast(&IMeetingTunnelNotify::OnUserJoined, remoteUserId);
 }
 
 void PaasOnlineImp::ZolTunnel::OnGroupUserLeaved(const char* userId)
@@ -601,7 +511,7 @@ void PaasOnlineImp::ZolTunnel::OnGroupUserLeaved(const char* userId)
     ORB_LOG("%s()", "OnGroupUserLeaved");
     const unsigned remoteUserId = commonutil::UserIdOrZero(userId);
     ORB_LOG("remoteUserId=%u.", remoteUserId);
-    m_notify_list.Deliver([=](IMeetingTunnelNotify& notify) { notify.OnUserLeaved(remoteUserId); });
+    Broadcast(&IMeetingTunnelNotify::OnUserLeaved, remoteUserId);
 }
 
 int32_t PaasOnlineImp::ZolTunnel::OnReconnectStart()
@@ -610,12 +520,11 @@ int32_t PaasOnlineImp::ZolTunnel::OnReconnectStart()
     if (m_join_pending.exchange(false))
     {
         ORB_LOG("%s, join result notify", "OnReconnectStart");
-        m_notify_list.Deliver([](IMeetingTunnelNotify& notify)
-                              { notify.OnJoinMeetingResult(ERR_JOIN_ABORTED_BY_RECONNECT); });
+        Broadcast(&IMeetingTunnelNotify::OnJoinMeetingResult, ERR_JOIN_ABORTED_BY_RECONNECT);
     }
     if (!session)
     {
-        return kStop;
+        return avcore::ZOL_RECONNECT_STOP;
     }
     if (const ServiceRef<UserOnlineImp> userOnline = session->UserOnline())
     {
@@ -635,14 +544,14 @@ int32_t PaasOnlineImp::ZolTunnel::OnReconnectStart()
     }
     switch (strategy->CheckReconnect())
     {
-    case kReconnect:
+    case avcore::ZOL_RECONNECT_GO_ON:
         session->OnReconnectStart(m_tunnel_type);
-        return kReconnect;
-    case kStop:
+        return avcore::ZOL_RECONNECT_GO_ON;
+    case avcore::ZOL_RECONNECT_STOP:
         ORB_LOG("Reconnect stoped.");
         return StopReconnect(*session);
     default:
-        return kUndecided;
+        return avcore::ZOL_RECONNECT_UNDECIDED;
     }
 }
 
@@ -654,7 +563,7 @@ int32_t PaasOnlineImp::ZolTunnel::StopReconnect(PaasOnlineImp& session)
         userOnline->LogoutedNotify();
     }
     session.OnReconnectFail(m_tunnel_type, ERR_RECONNECT_STOPPED);
-    return kStop;
+    return avcore::ZOL_RECONNECT_STOP;
 }
 
 void PaasOnlineImp::ZolTunnel::OnReconnectSucess()

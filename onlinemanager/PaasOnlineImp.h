@@ -1,15 +1,14 @@
 #pragma once
 
-#include "avcore/IZolConnection.h"
 #include "avcore/IZolOnline.h"
 #include "common/wbaselib/wlock.h"
 #include "common/wbaselib/wrelaxed.h"
+#include "onlinemanager/ConnectionListener.h"
 #include "onlinemanager/HttpHelper.h"
 #include "onlinemanager/IMeetingTunnel.h"
 #include "onlinemanager/IPaasOnline.h"
-#include "onlinemanager/ISerialization.h"
-#include "onlinemanager/NotifyList.h"
-#include "onlinemanager/ServiceUse.h"
+#include "onlinemanager/SerializationOwner.h"
+#include "onlinemanager/Service.h"
 #include "onlinemanager/UserOnlineImp.h"
 
 #include <atomic>
@@ -20,58 +19,47 @@
 namespace onlinemanager
 {
 
-/// The online session over the PaaS connection. It listens to the connection for logins and logouts, its tunnel listens for
-/// groups and reconnections; it receives the tunnel's and the gateway's reconnection events and passes them to the host.
-class PaasOnlineImp : public IPaasOnline, public avcore::IZolConnectionListener, public IReconnectionNotify
+/// The online session over the PaaS connection. The session handles the connection's logins and logouts, its tunnel
+/// handles groups and reconnections. The session receives the reconnection events of both tunnels and passes them to
+/// the host.
+class PaasOnlineImp : public OwnedService<IPaasOnline, IPaasOnlineNotify>,
+                      public ConnectionListener,
+                      public IReconnectionNotify,
+                      private SerializationOwner
 {
 public:
-    /// The meeting tunnel that carries a meeting as a group of the session's connection.
-    class ZolTunnel : public IMeetingTunnel, public avcore::IZolConnectionListener
+    /// The meeting tunnel over the session's connection. There a meeting is a group.
+    class ZolTunnel : public NotifyingService<IMeetingTunnel, IMeetingTunnelNotify>, public ConnectionListener
     {
     public:
         ZolTunnel() = default;
         virtual ~ZolTunnel() = default;
 
-        void AddNotify(IMeetingTunnelNotify* notify) override;
-        void RemoveNotify(IMeetingTunnelNotify* notify) override;
-        void RemoveAllNotify() override;
         bool JoinMeeting(const JoinData& data) override;
         bool LeaveMeeting() override;
 
-        void OnLoginResult(avcore::ZolPortErrCode code, const char* szConflictDeviceId,
-                           const char* szConflictCustomState, const char* szConflictExtendInfo) override;
         void OnJoinGroupResult(avcore::ZolPortErrCode code) override;
         void OnLeaveGroupResult(avcore::ZolPortErrCode code) override;
-        void OnLogouted(avcore::ZolPortErrCode code) override;
         int32_t OnReconnectStart() override;
         void OnReconnectSucess() override;
         void OnReconnectFail(avcore::ZolPortErrCode code, const char* text) override;
         void OnGroupUserJoined(const char* userId) override;
         void OnGroupUserLeaved(const char* userId) override;
-        void OnGroupUserSync(const avcore::ZolTextList& users, const WBASELIB::Vector<avcore::ZolMediaInfo>& media,
-                             bool complete) override;
 
     private:
         friend class PaasOnlineImp;
 
         int32_t StopReconnect(PaasOnlineImp& session);
 
-        NotifyList<IMeetingTunnelNotify> m_notify_list;
         WBASELIB::WRelaxed<PaasOnlineImp*> m_session = nullptr; ///< from `InitModel` to `UninitModel`
         std::atomic<bool> m_join_pending{false};
         const TunnelType m_tunnel_type = TUNNEL_TYPE_PAAS;
     };
 
-    /// `connection` is the manager's field: what it holds at the time of a call is used. `outer` is the host's HTTP object;
-    /// null leaves the session without HTTP.
+    /// `connection` is the manager's field: every call uses the connection that the field holds at that time. `outer`
+    /// is the host's HTTP object; with null the session refuses HTTP and HTTPS servers.
     PaasOnlineImp(avcore::IZolConnection*& connection, IUnknown* outer);
 
-    PaasOnlineImp(const PaasOnlineImp&) = delete;
-    PaasOnlineImp& operator=(const PaasOnlineImp&) = delete;
-
-    void AddNotify(IPaasOnlineNotify* notify) override;
-    void RemoveNotify(IPaasOnlineNotify* notify) override;
-    void RemoveAllNotify() override;
     bool InitModel(IComponentFactory* factory) override;
     bool UninitModel() override;
     bool Login(const LoginParam& param, bool force) override;
@@ -88,35 +76,25 @@ public:
 
     void OnLoginResult(avcore::ZolPortErrCode code, const char* szConflictDeviceId, const char* szConflictCustomState,
                        const char* szConflictExtendInfo) override;
-    void OnJoinGroupResult(avcore::ZolPortErrCode code) override;
-    void OnLeaveGroupResult(avcore::ZolPortErrCode code) override;
     void OnLogouted(avcore::ZolPortErrCode code) override;
-    int32_t OnReconnectStart() override;
-    void OnReconnectSucess() override;
-    void OnReconnectFail(avcore::ZolPortErrCode code, const char* text) override;
-    void OnGroupUserJoined(const char* userId) override;
-    void OnGroupUserLeaved(const char* userId) override;
-    void OnGroupUserSync(const avcore::ZolTextList& users, const WBASELIB::Vector<avcore::ZolMediaInfo>& media,
-                         bool complete) override;
 
+    // Without these the operations below would hide the platform's events of the same names.
+    using ConnectionListener::OnReconnectFail;
+    using ConnectionListener::OnReconnectStart;
+    using ConnectionListener::OnReconnectSucess;
     void OnReadyReconnect(TunnelType type) override;
     void OnReconnectStart(TunnelType type) override;
     void OnReconnectSucess(TunnelType type) override;
     void OnReconnectFail(TunnelType type, ErrCode code) override;
 
-    /// `ReleaseService` forgets the session's own listeners only.
+    /// Removes the tunnel's listeners: `ReleaseService` removes those of the session itself only.
     void ForgetTunnelListeners();
-
-    /// Gives the storage back without running the destructor, which is how the component has always torn its services down.
-    void Free();
-
-    ServiceUse m_use;
 
 private:
     enum LoginState : int32_t
     {
         LOGIN_STATE_LOGGED_OUT = 0,
-        LOGIN_STATE_LOGGING_IN = 1, ///< reconnecting as well
+        LOGIN_STATE_LOGGING_IN = 1, ///< or reconnecting
         LOGIN_STATE_LOGGED_IN = 2,
     };
 
@@ -124,22 +102,19 @@ private:
     bool IsLoggedIn();
     uint32_t UserId();
     void SetProperty(ConnectProperty key, const char* value);
-    std::shared_ptr<ISerialization> Serialization();
     ServiceRef<UserOnlineImp> UserOnline();
     void TellUserOnline(UserOnlineImp& userOnline, bool loggedIn);
     void SendLoginState();
 
-    NotifyList<IPaasOnlineNotify> m_notify_list;
     ZolTunnel m_tunnel;
     avcore::IZolConnection*& m_zol_connection;
-    avcore::IZolOnline* m_zol_online = nullptr; ///< read by platform threads: relaxed accesses only
+    avcore::IZolOnline* m_zol_online = nullptr; ///< platform threads read it, so every access is a relaxed atomic one
     WBASELIB::WRelaxed<LoginState> m_login_state = LOGIN_STATE_LOGGED_OUT;
     WBASELIB::WRelaxed<IReconnectionStrategy*> m_reconnection_strategy = nullptr;
-    std::unique_ptr<HttpHelper> m_http_helper; ///< null without an HTTP object
+    std::unique_ptr<HttpHelper> m_http_helper; ///< null when the host gave no HTTP object
 
     WBASELIB::WLock m_lock; ///< guards everything below
     LoginParam m_login_param;
-    std::shared_ptr<ISerialization> m_serialization;
     UserOnlineImp* m_user_online = nullptr; ///< owned
     std::map<ConnectProperty, std::string> m_connect_property;
 };

@@ -2,7 +2,6 @@
 
 #include "commonutil/OrbLogUtil.h"
 #include "commonutil/StringUtil.h"
-#include "onlinemanager/JsonSerialization.h"
 
 namespace onlinemanager
 {
@@ -12,28 +11,6 @@ using commonutil::TextOrEmpty;
 PaasTMsgImp::PaasTMsgImp(avcore::IZolConnection*& connection) : m_zol_connection(connection)
 {
     ORB_LOG("%s()", "PaasTMsgImp");
-}
-
-PaasTMsgImp::~PaasTMsgImp() = default;
-
-void PaasTMsgImp::Free()
-{
-    ::operator delete(static_cast<void*>(this));
-}
-
-void PaasTMsgImp::AddNotify(IPaasTMsgNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void PaasTMsgImp::RemoveNotify(IPaasTMsgNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void PaasTMsgImp::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
 }
 
 bool PaasTMsgImp::InitModel(IComponentFactory* /*factory*/)
@@ -69,17 +46,7 @@ bool PaasTMsgImp::UninitModel()
     return true;
 }
 
-bool PaasTMsgImp::CheckSerialization()
-{
-    const WBASELIB::WAutoLock guard(&m_lock);
-    if (m_serialization == nullptr)
-    {
-        m_serialization = std::make_shared<JsonSerialization>();
-    }
-    return m_serialization != nullptr;
-}
-
-// The id is printed as a signed number: log readers know 4294967295 as -1.
+// The id is printed as a signed number, on purpose: log filters look for -1 where the id is 4294967295.
 void PaasTMsgImp::OnUserMsgIncome(const char* srcUserId, unsigned int msgId, const char* msg)
 {
     ORB_LOG("PaasTMsgImp::OnUserMsgIncome srcUserId:%s msgId:%d msg:%s.", TextOrEmpty(srcUserId),

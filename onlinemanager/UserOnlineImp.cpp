@@ -2,7 +2,6 @@
 
 #include "commonutil/OrbLogUtil.h"
 #include "commonutil/StringUtil.h"
-#include "onlinemanager/JsonSerialization.h"
 
 #include <algorithm>
 
@@ -16,7 +15,7 @@ using WBASELIB::WAutoLock;
 namespace
 {
 
-constexpr size_t kInviteBatch = 20; // invitees that the platform takes in one call
+constexpr size_t kInviteBatch = 20; // invitees in one call of the platform
 
 bool IsLastPage(int pageCount, int pageIndex)
 {
@@ -38,33 +37,15 @@ size_t ConvertUintVectorToStrVector(const std::vector<unsigned>& ids, avcore::Zo
     return out->size();
 }
 
-UserOnlineImp::UserOnlineImp(avcore::IZolOnline*& online)
-    : m_zol_online(online),
-      m_serialization(std::make_shared<JsonSerialization>()),
-      m_status_manager(std::make_shared<UserStatusManager>(m_serialization))
+UserOnlineImp::UserOnlineImp(avcore::IZolOnline*& online) : m_zol_online(online)
 {
+    CheckSerialization();
+    m_status_manager = std::make_shared<UserStatusManager>(m_serialization);
 }
-
-UserOnlineImp::~UserOnlineImp() = default;
 
 void UserOnlineImp::Free()
 {
     delete this;
-}
-
-void UserOnlineImp::AddNotify(IUserOnlineNotify* notify)
-{
-    m_notify_list.AddNotify(notify);
-}
-
-void UserOnlineImp::RemoveNotify(IUserOnlineNotify* notify)
-{
-    m_notify_list.RemoveNotify(notify);
-}
-
-void UserOnlineImp::RemoveAllNotify()
-{
-    m_notify_list.RemoveAllNotify();
 }
 
 bool UserOnlineImp::InitModel()
@@ -154,7 +135,7 @@ bool UserOnlineImp::RefreshUserStatus(const std::vector<unsigned>& ids, unsigned
     }
     avcore::ZolTextList texts;
     ConvertUintVectorToStrVector(ids, &texts);
-    // The id is not remembered, on purpose: hosts take the end of a partial refresh from the status changes alone.
+    // The id is not stored, on purpose: the end of a partial refresh is reported by OnUserStatusChanged only.
     const HRESULT hr = online->RefreshUsersStatus(texts, requestId);
     if (hr < 0)
     {
@@ -192,7 +173,7 @@ bool UserOnlineImp::GetSelfCustomInfo(char* buffer, unsigned size)
         return false;
     }
     const WAutoLock guard(&m_lock);
-    // No terminator when the text fills the buffer, on purpose: hosts pass the size of a field that need not be terminated.
+    // Without a terminator when the text fills the buffer, on purpose: hosts pass fields that need none.
     commonutil::CopyPadded(buffer, size, m_self_custom_info);
     return true;
 }
@@ -240,7 +221,7 @@ void UserOnlineImp::OnRefreshUserStatusFinished(avcore::ZolPortErrCode code, uns
         if (isLast)
         {
             const std::vector<unsigned> changed = m_status_manager->ResetByCache();
-            m_notify_list.Deliver([&changed](IUserOnlineNotify& notify) { notify.OnUserStatusChanged(changed); });
+            Broadcast(&IUserOnlineNotify::OnUserStatusChanged, changed);
         }
     }
     if (!isLast)
@@ -254,7 +235,7 @@ void UserOnlineImp::OnRefreshUserStatusFinished(avcore::ZolPortErrCode code, uns
             return;
         }
     }
-    m_notify_list.Deliver([=](IUserOnlineNotify& notify) { notify.OnUserStatusRefreshed(requestId, code); });
+    Broadcast(&IUserOnlineNotify::OnUserStatusRefreshed, requestId, code);
 }
 
 void UserOnlineImp::OnUserTerminalStateChanged(const char* userId, const avcore::ZolUserTerminalInfo& info)
@@ -270,7 +251,7 @@ void UserOnlineImp::OnUserTerminalStateChanged(const char* userId, const avcore:
     if (m_status_manager->Add(id, info))
     {
         const std::vector<unsigned> changed{id};
-        m_notify_list.Deliver([&changed](IUserOnlineNotify& notify) { notify.OnUserStatusChanged(changed); });
+        Broadcast(&IUserOnlineNotify::OnUserStatusChanged, changed);
     }
 }
 
@@ -297,7 +278,7 @@ bool UserOnlineImp::InviteUsers(const std::vector<unsigned>& ids, const InviteDa
     if (selfInvited)
     {
         const unsigned firstId = *inviteId;
-        m_notify_list.Deliver([&](IUserOnlineNotify& notify) { notify.OnInviteIncome(selfUserId, firstId, data); });
+        Broadcast(&IUserOnlineNotify::OnInviteIncome, selfUserId, firstId, data);
     }
     return true;
 }
@@ -343,7 +324,8 @@ bool UserOnlineImp::SendInvitation(avcore::IZolOnline& online, const std::vector
 unsigned UserOnlineImp::CorrectInviteID(unsigned inviteId)
 {
     const WAutoLock guard(&m_lock);
-    // An unknown id enters the table as 0, on purpose: once an answer to it was reported as a stranger's, all later ones are.
+    // An unknown id enters the table as 0, on purpose: later answers to the same invitation are then reported with 0
+    // too.
     return m_invite_ids[inviteId];
 }
 
@@ -378,7 +360,7 @@ bool UserOnlineImp::AcceptInvite(unsigned userId, unsigned inviteId, bool isAcce
     HRESULT hr = S_OK;
     if (isAccept)
     {
-        // The invitation stays open, so that its withdrawal is still reported.
+        // The invitation stays in the table, so that its withdrawal is still reported.
         hr = online->AcceptInvite(user.c_str(), inviteId,
                                   m_serialization->FormatAcceptInviteMsg(m_terminal_type).c_str());
     }
@@ -413,7 +395,7 @@ bool UserOnlineImp::RejectAllInvite(RejectInvitationReason reason, const std::ve
     unsigned userId = 0;
     while (TakeFirstIncomingInvite(&inviteId, &userId))
     {
-        // Excluded ones are forgotten too, on purpose: accepting does not look at the table, and nobody else needs them there.
+        // An excluded invitation leaves the table too, on purpose: AcceptInvite does not read the table.
         if (std::find(excludeInviteIds.begin(), excludeInviteIds.end(), inviteId) != excludeInviteIds.end())
         {
             continue;
@@ -422,7 +404,7 @@ bool UserOnlineImp::RejectAllInvite(RejectInvitationReason reason, const std::ve
         {
             online->RejectInvite(ToAString(userId).c_str(), inviteId, json.c_str());
         }
-        m_notify_list.Deliver([=](IUserOnlineNotify& notify) { notify.OnAbandonInvite(userId, inviteId, abandoned); });
+        Broadcast(&IUserOnlineNotify::OnAbandonInvite, userId, inviteId, abandoned);
         rejectedIds += ToAString(inviteId) + ", ";
     }
     if (!rejectedIds.empty())
@@ -432,7 +414,8 @@ bool UserOnlineImp::RejectAllInvite(RejectInvitationReason reason, const std::ve
     return true;
 }
 
-/// Taken out before anybody is told, so that a call from inside the notification does not decline it again.
+/// Removes the invitation before the listeners are called: a call from inside the notification then does not reject it
+/// again.
 bool UserOnlineImp::TakeFirstIncomingInvite(unsigned* inviteId, unsigned* userId)
 {
     const WAutoLock guard(&m_lock);
@@ -465,7 +448,7 @@ void UserOnlineImp::OnInviteIncome(const char* userId, unsigned inviteId, const 
     }
     InviteData data;
     m_serialization->ParseInviteUserMsg(TextOrEmpty(msg), &data);
-    m_notify_list.Deliver([&](IUserOnlineNotify& notify) { notify.OnInviteIncome(inviter, inviteId, data); });
+    Broadcast(&IUserOnlineNotify::OnInviteIncome, inviter, inviteId, data);
 }
 
 void UserOnlineImp::OnInviteAccepted(const char* userId, unsigned inviteId, const char* /*msg*/)
@@ -494,7 +477,7 @@ void UserOnlineImp::OnInviteCanceled(const char* userId, unsigned inviteId, avco
     if (EraseIncomingInvite(inviteId))
     {
         const auto abandoned = static_cast<InviteAbandonedReason>(reason);
-        m_notify_list.Deliver([=](IUserOnlineNotify& notify) { notify.OnAbandonInvite(inviter, inviteId, abandoned); });
+        Broadcast(&IUserOnlineNotify::OnAbandonInvite, inviter, inviteId, abandoned);
     }
 }
 

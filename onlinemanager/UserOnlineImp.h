@@ -3,10 +3,9 @@
 #include "avcore/IZolOnline.h"
 #include "common/wbaselib/wlock.h"
 #include "common/wbaselib/wrelaxed.h"
-#include "onlinemanager/ISerialization.h"
 #include "onlinemanager/IUserOnline.h"
-#include "onlinemanager/NotifyList.h"
-#include "onlinemanager/ServiceUse.h"
+#include "onlinemanager/SerializationOwner.h"
+#include "onlinemanager/Service.h"
 #include "onlinemanager/UserStatusManager.h"
 
 #include <memory>
@@ -18,22 +17,19 @@
 namespace onlinemanager
 {
 
-/// Appends the decimal texts of `ids` to `*out` and returns the number of its entries; 0 for a null `out`.
+/// Appends the decimal text of each id to `*out` and returns the number of entries in `*out`; 0 for a null `out`.
 size_t ConvertUintVectorToStrVector(const std::vector<unsigned>& ids, avcore::ZolTextList* out);
 
-/// Presence and invitations over the platform's online component. Made, owned and told about logins by the session.
-class UserOnlineImp : public IUserOnline, public avcore::IZolOnlineListener
+/// Presence and invitations over the platform's online component. The session makes and owns it, and reports logins to
+/// it.
+class UserOnlineImp : public OwnedService<IUserOnline, IUserOnlineNotify>,
+                      public avcore::IZolOnlineListener,
+                      private SerializationOwner
 {
 public:
-    /// `online` is the session's field: what it holds at the time of a call is used.
+    /// `online` is the session's field: every call uses the component that the field holds at that time.
     explicit UserOnlineImp(avcore::IZolOnline*& online);
 
-    UserOnlineImp(const UserOnlineImp&) = delete;
-    UserOnlineImp& operator=(const UserOnlineImp&) = delete;
-
-    void AddNotify(IUserOnlineNotify* notify) override;
-    void RemoveNotify(IUserOnlineNotify* notify) override;
-    void RemoveAllNotify() override;
     bool QueryUserStatus(const std::vector<unsigned>& ids, std::function<void(const UserOnlineInfo&)> cb) override;
     bool RefreshCompanyUserStatus(unsigned* requestId) override;
     bool RefreshUserStatus(const std::vector<unsigned>& ids, unsigned* requestId) override;
@@ -44,9 +40,10 @@ public:
     bool RejectAllInvite(RejectInvitationReason reason, const std::vector<unsigned>& excludeInviteIds) override;
     bool AbandonInvite(unsigned inviteId, const std::vector<unsigned>& ids) override;
 
-    virtual ~UserOnlineImp();
+    virtual ~UserOnlineImp() = default;
 
-    /// Calls of the session. Before the first two it has written `m_self_user_id` and `m_terminal_type`.
+    // The session calls these. Before the first two it writes `m_self_user_id` and `m_terminal_type`, except when its
+    // strategy has stopped a reconnection.
     virtual void LoginResultNotify(avcore::ZolPortErrCode code);
     virtual void LogoutedNotify();
     virtual void ReconnectStartNotify();
@@ -65,17 +62,15 @@ public:
     bool InitModel();
     bool UninitModel();
 
-    /// The session's field, where the platform's presence is found, is not looked at any more: it may be gone.
+    /// From now on the service does not read the session's field, which may not exist any more.
     void Detach();
 
-    /// The id that the host knows a sent invitation by. A stranger's id becomes known here, as 0.
+    /// The id by which the host knows a sent invitation. Maps an unknown id to 0 from now on.
     unsigned CorrectInviteID(unsigned inviteId);
 
     void Free();
 
-    ServiceUse m_use;
-
-    // Written by the session, which alone knows who is logged in.
+    // Only the session writes these two.
     WBASELIB::WRelaxed<quenda::TerminalType> m_terminal_type = quenda::TERMINAL_TYPE_UNKNOWN;
     WBASELIB::WRelaxed<unsigned> m_self_user_id = 0; ///< 0 = not logged in
 
@@ -87,17 +82,15 @@ private:
     bool TakeFirstIncomingInvite(unsigned* inviteId, unsigned* userId);
     bool EraseIncomingInvite(unsigned inviteId);
 
-    NotifyList<IUserOnlineNotify> m_notify_list;
     avcore::IZolOnline*& m_zol_online;
     WBASELIB::WRelaxed<bool> m_detached = false;
-    const std::shared_ptr<ISerialization> m_serialization;
-    const std::shared_ptr<UserStatusManager> m_status_manager;
+    std::shared_ptr<UserStatusManager> m_status_manager;
 
     WBASELIB::WLock m_lock; ///< guards everything below
     std::string m_self_custom_info;
     std::unordered_set<unsigned> m_refresh_requests;           ///< company refreshes of the host that have not ended
-    std::unordered_map<unsigned, unsigned> m_invite_ids;       ///< sent: id of each batch -> id of the first one
-    std::unordered_map<unsigned, unsigned> m_incoming_invites; ///< received and open: id -> inviter
+    std::unordered_map<unsigned, unsigned> m_invite_ids;       ///< sent: id of each batch -> id of the first batch
+    std::unordered_map<unsigned, unsigned> m_incoming_invites; ///< received and not answered: id -> inviter
 };
 
 } // namespace onlinemanager

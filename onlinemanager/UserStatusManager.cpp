@@ -84,13 +84,13 @@ std::vector<unsigned> UserStatusManager::ResetByCache()
         Entry& known = position->second;
         if (known.refresh == m_refresh)
         {
-            changed.push_back(user.user_id); // listed twice: the first record stays
+            changed.push_back(user.user_id); // the refresh contains the user twice: the first record stays
             continue;
         }
         const bool isStatusSame = !isNew && known.user.online_status == user.online_status;
         if (isStatusSame && user.online_status != kOnline)
         {
-            continue; // offline before and after: dropped without a word
+            continue; // offline before and after: dropped without a report
         }
         known.refresh = m_refresh;
         if (!isStatusSame || known.user.terminal_hash != user.terminal_hash)
@@ -99,14 +99,15 @@ std::vector<unsigned> UserStatusManager::ResetByCache()
             known.user = std::move(user);
         }
     }
-    std::vector<UserOnlineInfo>().swap(m_cache); // a company's worth of memory, not needed until the next refresh
+    std::vector<UserOnlineInfo>().swap(m_cache); // frees the memory of a whole company until the next refresh
 
     const std::vector<unsigned> missing = TakeMissing();
     changed.insert(changed.end(), missing.begin(), missing.end());
     return changed;
 }
 
-/// Under the lock: forgets who was not in the last refresh. Those of them that were online, in ascending order.
+/// Call it under the lock. Removes the users that the last refresh did not contain. Returns those of them that were
+/// online, in ascending order.
 std::vector<unsigned> UserStatusManager::TakeMissing()
 {
     std::vector<unsigned> missing;
@@ -156,7 +157,7 @@ quenda::TerminalType UserStatusManager::ReadType(const char* extInfo)
 
 unsigned UserStatusManager::ReportTerminalOnlineStatus(const std::vector<UserTerminalInfo>& terminals)
 {
-    // When nobody is online the last terminal decides, not the most significant one: hosts show what was reported last.
+    // When no terminal is online, the status of the last one counts, on purpose: hosts show what was reported last.
     unsigned status = 0;
     for (const UserTerminalInfo& terminal : terminals)
     {
@@ -173,7 +174,7 @@ uint64_t UserStatusManager::CalcTerminalInfoHash(const std::vector<UserTerminalI
     uint64_t digest = 0;
     for (const UserTerminalInfo& terminal : terminals)
     {
-        // The standard library's string hash, MurmurHash2 with its own seed: hosts compare digests between sessions.
+        // The digest must use the standard library's string hash: hosts compare digests between sessions.
         const uint64_t name = std::hash<std::string>{}(terminal.terminal);
         const uint64_t custom = std::hash<std::string>{}(terminal.custom);
         const uint64_t mixed = Mix(Mix(name + 0x9e3779b9, terminal.status), custom);

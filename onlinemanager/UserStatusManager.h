@@ -15,10 +15,10 @@
 namespace onlinemanager
 {
 
-/// What is known of other users: the terminals of each, merged from single events and from whole refreshes. Made and owned
-/// by the user service.
+/// The terminals of other users and their status, merged from the events of single terminals and from refreshes. The
+/// user service makes and owns it.
 ///
-/// Every operation may be called from any thread. No lock is held while `Query` calls back.
+/// Every operation may be called from any thread. `Query` holds no lock while it calls back.
 class UserStatusManager
 {
 public:
@@ -28,41 +28,43 @@ public:
     UserStatusManager(const UserStatusManager&) = delete;
     UserStatusManager& operator=(const UserStatusManager&) = delete;
 
-    /// Merges one terminal's event; true when the user's record changed. A terminal is never removed, and a change of its type
-    /// alone is none.
+    /// Merges the event of one terminal. True when the user's record changed; a new type of the terminal alone is not a
+    /// change. Never removes a terminal.
     bool Add(unsigned userId, const avcore::ZolUserTerminalInfo& info);
 
-    /// Collects one page of a refresh. Always 1. A user id that is no number is collected as user 0.
+    /// Collects one page of a refresh. Always 1. A user id that is not a number counts as user 0.
     int Cache(const WBASELIB::Vector<avcore::ZolUserInfo>& users);
 
-    /// Ends a refresh: what was collected is the table from now on. The ids of the users that changed, those that were online and
-    /// are missing at the end, in ascending order. An id is listed twice when the refresh listed its user twice.
+    /// Ends a refresh: the collected records become the table. Returns the ids of the users that changed, and after
+    /// them, in ascending order, the ids of the users that were online and are missing. An id appears twice when the
+    /// refresh contained its user twice.
     std::vector<unsigned> ResetByCache();
 
     /// Calls `cb` once per id, in order, with a default record for an unknown user. Always true.
     bool Query(const std::vector<unsigned>& ids, std::function<void(const UserOnlineInfo&)> cb);
 
-    /// Forgets the table, not what was collected of a refresh under way.
+    /// Empties the table. The pages collected of a running refresh stay.
     void Clear();
 
     UserTerminalInfo ConvertTerminalInfo(const avcore::ZolUserTerminalInfo& info);
 
-    /// 1 when any terminal is online, else the status of the last one, 0 without terminals.
+    /// 1 when any terminal is online, else the status of the last terminal; 0 without terminals.
     unsigned ReportTerminalOnlineStatus(const std::vector<UserTerminalInfo>& terminals);
 
-    /// Digest of names, states and custom texts. It does not depend on the order, and two equal terminals cancel each other out.
+    /// Digest of names, states and custom texts. It does not depend on the order of the terminals; two equal terminals
+    /// cancel each other out.
     uint64_t CalcTerminalInfoHash(const std::vector<UserTerminalInfo>& terminals);
 
 private:
     struct Entry
     {
         UserOnlineInfo user;
-        uint64_t refresh = 0; ///< number of the refresh that it was last in
+        uint64_t refresh = 0; ///< number of the last refresh that contained the user
     };
     using UserTable = std::unordered_map<unsigned, Entry>;
 
-    /// The types that extension texts stand for: a page repeats a few of them, and to read one takes longer than the rest of
-    /// a terminal.
+    /// The terminal type of each extension text of a page. A page repeats a few texts, and parsing one takes longer
+    /// than the rest of a terminal.
     using TypeTable = std::unordered_map<std::string_view, quenda::TerminalType>;
 
     quenda::TerminalType ReadType(const char* extInfo);
@@ -71,7 +73,7 @@ private:
     UserOnlineInfo Find(unsigned userId);
     std::vector<unsigned> TakeMissing();
 
-    WBASELIB::WLock m_lock; ///< guards the next three
+    WBASELIB::WLock m_lock; ///< guards the next three members
     std::vector<UserOnlineInfo> m_cache;
     UserTable m_users;
     uint64_t m_refresh = 0; ///< number of the last refresh

@@ -4,7 +4,7 @@
 #include "onlinemanager/OnlineManager.h"
 
 ComponentObject g_ComponentTemplates[] = {
-    // The category is the id of the component's main interface: hosts look a component up by what it offers.
+    // The category is the id of the component's main interface: hosts search the table for an interface.
     {"OnlineManager2", &onlinemanager::CLSID_OnlineManager, &onlinemanager::IID_OnlineManager,
      &onlinemanager::OnlineManager::CreateInstance},
 };
@@ -70,7 +70,8 @@ HRESULT WDllCanUnloadNow()
     ORB_LOG("WDllCanUnloadNow :%d.", value);
     if (value >= 0)
     {
-        // On purpose also while objects live: a host asks when it is about to unload, and takes its log service down next.
+        // On purpose also while objects are alive: a host asks shortly before it unloads the module, and then ends its
+        // log service.
         commonutil::OrbLogUtil::Release(false);
     }
     return value;

@@ -6,6 +6,7 @@
 #include "common/frameworksdk/IComponentFactory.h"
 #include "common/frameworksdk/IHttpClient.h"
 #include "common/frameworksdk/ILogCenter.h"
+#include "onlinemanager/GwConnectionImp.h"
 #include "onlinemanager/IMeetingTunnel.h"
 #include "onlinemanager/IOnlineManager.h"
 #include "onlinemanager/IPaasMdsClient.h"
@@ -13,16 +14,19 @@
 #include "onlinemanager/IPaasTMsg.h"
 #include "onlinemanager/IReconnection.h"
 #include "onlinemanager/IUserOnline.h"
+#include "onlinemanager/UserOnlineImp.h"
 
 #include <bit>
 #include <gtest/gtest.h>
 
-// Hosts and platforms that were built apart know operations by slot and identifiers by value: each stands here once more.
+// Hosts and platforms that were built separately rely on slots and on values of identifiers. This file states each of
+// them a second time.
 
 namespace
 {
 
-/// The slot of a virtual operation in its interface's table, as the Itanium ABI keeps it in a pointer to the operation.
+/// The slot of a virtual operation in the table of its class, as the Itanium ABI stores it in a pointer to the
+/// operation.
 template <typename Operation>
 ptrdiff_t SlotOf(Operation operation)
 {
@@ -191,6 +195,27 @@ TEST(Interfaces, TheOperationsOfTheModuleHaveTheirSlots)
     EXPECT_EQ(6, SlotOf(&IPaasMdsClient::SendAVQualityInfo));
 }
 
+TEST(Interfaces, TheServicesAddTheirOperationsBehindThoseOfTheInterface)
+{
+    using namespace onlinemanager;
+    EXPECT_EQ(5, SlotOf(&GwConnectionImp::InitModel));
+    EXPECT_EQ(6, SlotOf(&GwConnectionImp::UninitModel)); // 7 and 8: the destructor
+    EXPECT_EQ(9, SlotOf(&GwConnectionImp::OnLoginResult));
+    EXPECT_EQ(10, SlotOf(&GwConnectionImp::OnLogouted));
+    EXPECT_EQ(11, SlotOf(&GwConnectionImp::OnReconnectStart));
+    EXPECT_EQ(12, SlotOf(&GwConnectionImp::OnReconnectSucess));
+    EXPECT_EQ(13, SlotOf(&GwConnectionImp::OnReconnectFail));
+    EXPECT_EQ(14, SlotOf(&GwConnectionImp::OnJoinGroupResult));
+    EXPECT_EQ(15, SlotOf(&GwConnectionImp::OnLeaveGroupResult));
+    EXPECT_EQ(16, SlotOf(&GwConnectionImp::OnGroupUserJoined));
+    EXPECT_EQ(17, SlotOf(&GwConnectionImp::OnGroupUserLeaved));
+    EXPECT_EQ(18, SlotOf(&GwConnectionImp::OnGroupUserSync));
+    EXPECT_EQ(14, SlotOf(&UserOnlineImp::LoginResultNotify)); // 12 and 13: the destructor
+    EXPECT_EQ(15, SlotOf(&UserOnlineImp::LogoutedNotify));
+    EXPECT_EQ(16, SlotOf(&UserOnlineImp::ReconnectStartNotify));
+    EXPECT_EQ(17, SlotOf(&UserOnlineImp::ReconnectSucessNotify));
+}
+
 TEST(Interfaces, TheNotificationsHaveTheirSlots)
 {
     using namespace onlinemanager;
@@ -230,6 +255,14 @@ TEST(Interfaces, TheIdentifiersHaveTheirValues)
     EXPECT_EQ("63F26FF8 A056 40F7 99 04 6C F9 38 60 BB 30", Fields(avcore::IID_IZolOnline));
     EXPECT_EQ("39E7FC29 FDDC 4156 B8 73 6E F1 A4 33 3F 23", Fields(avcore::IID_IZolTMsg));
     EXPECT_EQ("8CE5F21C 15D8 4706 87 55 87 10 A5 FF 18 61", Fields(avcore::IID_IZolMdsClient));
+}
+
+TEST(Interfaces, TheAnswersOfAReconnectionStrategyHaveTheirValues)
+{
+    EXPECT_EQ(0, avcore::ZOL_RECONNECT_UNDECIDED);
+    EXPECT_EQ(1, avcore::ZOL_RECONNECT_GO_ON);
+    EXPECT_EQ(2, avcore::ZOL_RECONNECT_STOP);
+    EXPECT_EQ(sizeof(int32_t), sizeof(avcore::ZolReconnectDecision));
 }
 
 TEST(Interfaces, TheRecordsHaveTheirLayouts)
