@@ -88,7 +88,7 @@ void LogWrapper::Fill(LogMessage& message, const char* format, ...)
     }
     catch (...)
     {
-        // A line that cannot be written never fails the operation that it tells of.
+        // A log line that cannot be written must not make the operation fail.
     }
     va_end(arguments);
 }
@@ -107,7 +107,7 @@ void LogWrapper::Fill(LogMessage& message, const wchar_t* format, ...)
     }
     catch (...)
     {
-        // As above.
+        // The same.
     }
     va_end(arguments);
 }

@@ -5,15 +5,16 @@
 namespace commonutil
 {
 
-/// The module's handle on the host's log service. Set and cleared on the host's control thread, read by log lines on any.
+/// The module's connection to the host's log service. The host's control thread sets and clears it; log lines read it
+/// on any thread.
 class OrbLogUtil
 {
 public:
-    /// Opens the module's logger over the component factory `factory`; true at once when it is open already. False for a
-    /// null factory or name, or when the host refuses: the module then stays silent.
+    /// Opens the module's logger at the log center of the component factory `factory`. True, without any call, when the
+    /// logger is open. False for a null factory or name, or when the host refuses: the module then writes no log lines.
     static bool Init(IUnknown* factory, const char* name, int mode);
 
-    /// Detaches the module from its logger; with `release_logger` the logger is closed at the log center as well.
+    /// Detaches the module from its logger. With `release_logger` it also closes the logger at the log center.
     static void Release(bool release_logger);
 
     // Every access is a relaxed atomic one.
@@ -26,14 +27,15 @@ public:
 namespace Quenda
 {
 
-/// A message of the module's logger from its creation to its release; empty when the line is suppressed.
+/// A message of the module's logger, from its creation to its release. It is empty when the logger's level suppresses
+/// the line.
 class LogMessage
 {
 public:
-    /// Costs two loads and one question to the log manager when the line is suppressed.
+    /// For a suppressed line it takes two loads and one call of the log manager.
     LogMessage(const char* file, int line);
 
-    /// Commits the message. The host's release must not throw: that ends the process.
+    /// Releases the message, which writes the line. The host's release must not throw: an exception ends the process.
     ~LogMessage();
 
     LogMessage(const LogMessage&) = delete;
@@ -50,20 +52,22 @@ private:
     ILogMessage* m_message;
 };
 
-/// Fills messages in the manner of printf. The message object formats; an empty holder takes nothing.
+/// Fills messages with a format and arguments as printf takes them. The message object formats. An empty message stays
+/// empty.
 class LogWrapper
 {
 public:
     static void Fill(LogMessage& message, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    /// `%s` stands for wide text in this form.
+    /// In this form `%s` takes wide text.
     static void Fill(LogMessage& message, const wchar_t* format, ...);
 };
 
 } // namespace Quenda
 
-/// One log line, at the position where it stands: `ORB_LOG("%s()", "Login")`. The arguments are not evaluated when the line
-/// is suppressed.
+/// Writes one log line: `ORB_LOG("%s()", "Login")`. The line carries the name of the source file and the line number of
+/// this macro. Hosts filter by the file name, so a function that logs must stay in its source file. A suppressed line
+/// does not evaluate its arguments.
 #define ORB_LOG(...)                                                                        \
     do                                                                                      \
     {                                                                                       \
@@ -73,5 +77,5 @@ public:
         }                                                                                   \
     } while (false)
 
-/// Reserved for hosts that look the module's log up by this name; never set or read here.
+/// Reserved for hosts that look up the module's log by this name. The module neither sets nor reads it.
 extern void* g_onlinemanager_log;

@@ -21,10 +21,10 @@ namespace
 constexpr int kGuidBufferSize = 39;
 constexpr size_t kGuidPieces = 11;
 
-/// Bytes that one wide character takes in UTF-8 at most.
+/// The maximum number of bytes of one wide character in UTF-8.
 constexpr size_t kUtf8BytesPerCharacter = 4;
 
-/// Wide and narrow forms of rectangles are cut at the same place.
+/// The wide and the narrow form of a rectangle are cut at the same place.
 std::array<char, 64> FormatRect(const tagRECT& rect)
 {
     const int64_t width = int64_t{rect.right} - rect.left;
@@ -63,7 +63,7 @@ std::vector<int> ReadVersion(const std::basic_string<CharT>& version)
     return numbers;
 }
 
-/// Converts `text` with one of the WBASELIB conversions; the result never has more than `limit` units.
+/// Converts `text` with one of the WBASELIB conversions. The result has at most `limit` units.
 template <typename From, typename To>
 bool ConvertText(int (*convert)(const From*, To*, int), const From* text, size_t limit, std::basic_string<To>* out)
 {
@@ -86,7 +86,7 @@ bool ConvertText(int (*convert)(const From*, To*, int), const From* text, size_t
     return count > 0;
 }
 
-/// Converts `src` by way of wide text. Both conversions are those of WBASELIB.
+/// Converts `src` to wide text and from there to `dst`, with two of the WBASELIB conversions.
 unsigned int ConvertThroughUnicode(int (*toUnicode)(const char*, wchar_t*, int),
                                    int (*fromUnicode)(const wchar_t*, char*, int), const char* src, char* dst,
                                    unsigned int dstSize)
@@ -117,7 +117,7 @@ unsigned int ConvertThroughUnicode(int (*toUnicode)(const char*, wchar_t*, int),
     const size_t resultSize = std::min<size_t>(dstSize != 0 ? dstSize : wide.size(), INT_MAX);
     std::vector<char> result(resultSize);
     const int count = fromUnicode(wide.data(), result.data(), static_cast<int>(resultSize));
-    // A result that fills the buffer exactly has no terminator, and `dst` no room for one.
+    // A result that fills the buffer exactly has no terminator, and `dst` has no room for one.
     if (count == 0 || result.back() != 0)
     {
         return 0;
@@ -206,7 +206,7 @@ _GUID CreateGuid()
     }();
 
     std::array<unsigned char, sizeof(_GUID)> bytes{};
-    // Below 0xFF on purpose, see the header.
+    // Below 0xFF on purpose, as the header says.
     std::generate(bytes.begin(), bytes.end(), [] { return static_cast<unsigned char>(std::rand() % 255); });
     _GUID guid;
     std::memcpy(&guid, bytes.data(), sizeof(guid));
@@ -342,7 +342,7 @@ unsigned int SplitString(const std::string& text, const std::string& separator, 
     while (found != std::string::npos)
     {
         pieces.push_back(text.substr(begin, found - begin));
-        begin = found + 1; // not behind the whole separator, on purpose
+        begin = found + 1; // on purpose not behind the whole separator, as the header says
         found = text.find(separator, begin);
     }
     pieces.push_back(text.substr(begin));

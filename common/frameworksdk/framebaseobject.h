@@ -5,18 +5,18 @@
 namespace FRAMEWORKSDK
 {
 
-/// Base of every object that keeps the module loaded: counts how many of them live.
+/// Base of every object that keeps the module loaded. It counts the live objects.
 class CFrameBaseObject
 {
 public:
-    /// `name` is for debuggers only and is not stored.
+    /// `name` is not stored; a debugger shows it while the constructor runs.
     explicit CFrameBaseObject(const char* name);
     ~CFrameBaseObject();
 
     CFrameBaseObject(const CFrameBaseObject&) = delete;
     CFrameBaseObject& operator=(const CFrameBaseObject&) = delete;
 
-    /// Number of live framework objects in this module; 0 means that it may be unloaded. Every access is atomic.
+    /// Number of live framework objects of this module. At 0 the host may unload the module. Every access is atomic.
     static int32_t m_cObjects;
 };
 

@@ -13,7 +13,7 @@ namespace
 
 IUnknown* AsUnknown(INonDelegatingUnknown* object)
 {
-    // Both interfaces have the same three slots; callers outside know objects by slots only.
+    // Both interfaces have the same three slots, and callers outside the module use the slots only.
     return reinterpret_cast<IUnknown*>(object);
 }
 
@@ -44,7 +44,7 @@ HRESULT CFrameUnknown::NonDelegatingQueryInterface(const GUID& iid, void** out)
 
 uint32_t CFrameUnknown::NonDelegatingAddRef()
 {
-    // The value of the increment itself, not a second read: a second read may find the object gone.
+    // Returns the result of the increment: a second read could find the object destroyed.
     return std::max<uint32_t>(std::atomic_ref(m_cRef).fetch_add(1, std::memory_order_relaxed) + 1, 1);
 }
 
@@ -55,7 +55,8 @@ uint32_t CFrameUnknown::NonDelegatingRelease()
     {
         return remaining;
     }
-    // The count stands at 1 during destruction, so that an AddRef/Release pair in there does not destroy the object again.
+    // The count is 1 during the destruction, so a pair of AddRef and Release in a destructor does not destroy the
+    // object again.
     std::atomic_ref(m_cRef).fetch_add(1, std::memory_order_relaxed);
     delete this;
     return 0;

@@ -7,8 +7,8 @@
 namespace FRAMEWORKSDK
 {
 
-/// An object's own identity, whether it stands alone or inside an aggregate. Its three slots are laid out as those of
-/// `IUnknown`, so that it serves as one.
+/// The identity of an object, alone or inside an aggregate. Its three slots are those of `IUnknown`, so callers may use
+/// it as one.
 class INonDelegatingUnknown
 {
 public:
@@ -20,36 +20,35 @@ protected:
     ~INonDelegatingUnknown() = default;
 };
 
-/// Base of every component: reference counting, aggregation, and the count of live objects.
+/// Base of every component: reference counting, aggregation and the count of live objects.
 ///
-/// A component class derives from `CFrameUnknown` first and from its public interface second, forwards the interface's
-/// `QueryInterface`, `AddRef` and `Release` to `m_pUnknown`, and tests its own interface ids in
-/// `NonDelegatingQueryInterface` before it falls back to this one.
-/// The count starts at 0; the creation routine adds the first reference.
+/// A component class must derive from `CFrameUnknown` first and from its public interface second, forward the
+/// interface's `QueryInterface`, `AddRef` and `Release` to `m_pUnknown`, and override `NonDelegatingQueryInterface` for
+/// its own interface ids. The reference count starts at 0; the creation routine adds the first reference.
 class CFrameUnknown : public INonDelegatingUnknown, public CFrameBaseObject
 {
 public:
-    /// `outer` is the controlling object of an aggregate, null for an object that stands alone. `factory` is kept and not
-    /// counted here.
+    /// `outer` is the controlling object of an aggregate, null outside an aggregate. The object keeps `factory` and
+    /// adds no reference.
     CFrameUnknown(const char* name, IUnknown* outer, IComponentFactory* factory);
 
-    /// [any] Hands out `IID_IUnknown` only: the object's own identity, with one reference added.
-    /// `E_POINTER` for a null `out`; `E_NOINTERFACE`, with null in `*out`, for anything else.
+    /// [any] Writes the object's identity to `*out` for `IID_IUnknown` and adds a reference. `E_POINTER` for a null
+    /// `out`; `E_NOINTERFACE`, with null in `*out`, for any other id.
     HRESULT NonDelegatingQueryInterface(const GUID& iid, void** out) override;
 
-    /// [any] The count after the increment, 1 at the least.
+    /// [any] Returns the count after the increment, at least 1.
     uint32_t NonDelegatingAddRef() override;
 
-    /// [any] The count after the decrement; at 0 the object is destroyed.
+    /// [any] Returns the count after the decrement. At 0 the object destroys itself.
     uint32_t NonDelegatingRelease() override;
 
     virtual ~CFrameUnknown();
 
 protected:
-    IUnknown* m_pUnknown;      ///< the controlling unknown: the outer object, else this object's own identity
-    uint32_t m_cRef = 0;       ///< every access is atomic
-    WBASELIB::WLock m_reflock; ///< for derived components; reference counting does not take it
-    IComponentFactory* m_pComponentFactory; ///< the host's, not counted by this class
+    IUnknown* m_pUnknown;                   ///< the outer object; without one, the identity of this object
+    uint32_t m_cRef = 0;                    ///< every access is atomic
+    WBASELIB::WLock m_reflock;              ///< for derived components; reference counting does not use it
+    IComponentFactory* m_pComponentFactory; ///< the factory of the host; this class holds no reference
 };
 
 } // namespace FRAMEWORKSDK

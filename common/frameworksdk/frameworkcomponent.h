@@ -4,10 +4,10 @@
 
 #include <cstddef>
 
-/// The module's entry: what a host finds in the shared object, and the creation of components from the template table.
+/// The entry of the module: its exported functions, and the creation of components from the template table.
 ///
-/// A host opens the module, looks up `FMDll`, calls it with a table whose size field is set, and from then on works through
-/// the four functions of the table:
+/// A host opens the module, looks up `FMDll` and calls it with a table whose size field it has set. From then on it
+/// calls the four functions of the table:
 ///
 ///     FMDllTable table;
 ///     table.m_Size = sizeof(FMDllTable);
@@ -17,19 +17,19 @@
 ///                                     factory, &component);
 ///     }
 ///
-/// Every exported function has an unmangled name and may be looked up by that name as well. None of them throws.
-/// They are called on the host's control thread.
+/// Every exported function has an unmangled name, by which a host may look it up too. None of them throws. A host must
+/// call them on its control thread.
 
 namespace FRAMEWORKSDK
 {
 class CFrameUnknown;
 }
 
-/// Makes a component. Returns the new object with a count of 0, or null; `hr` receives the reason. A negative `*hr` makes a
-/// returned object void.
+/// Makes a component. Returns the new object with a reference count of 0, or null, and writes the reason to `*hr`. With
+/// a negative `*hr` the caller must delete a returned object.
 using LPFNNewComponent = FRAMEWORKSDK::CFrameUnknown* (*)(IUnknown* outer, IComponentFactory* factory, int32_t* hr);
 
-/// One row of the module's template table. The table is constant and lives as long as the module is loaded.
+/// One row of the module's template table. The table does not change and exists as long as the module is loaded.
 struct ComponentObject
 {
     const char* m_Name;
@@ -39,28 +39,36 @@ struct ComponentObject
 };
 static_assert(sizeof(ComponentObject) == 32);
 
-/// Version words of the module: 0x01000001, 1 and 0. The first two pointers may be null; `info3` may not.
+/// Writes the version words of the module: 0x01000001, 1 and 0. The first two pointers may be null; `info3` must not be
+/// null.
 using LPFNDllGetInfo = HRESULT (*)(uint32_t* info1, uint32_t* info2, uint32_t* info3);
 
-/// The template table and the number of its rows; either pointer may be null.
+/// Writes the address of the template table and the number of its rows. Either pointer may be null.
 using LPFNDllGetComponentObject = HRESULT (*)(ComponentObject** templates, uint32_t* count);
 
-/// 0 = no object of the module lives, it may be unloaded; 1 = some do. Every call detaches the module from its logger, also
-/// one that answers 1: logging goes on at the next creation. Before the unloading a host also waits until no notification
-/// is running any more (see `IPaasOnline::TriggerNotify`).
+/// Returns 0 when no object of the module is alive: the host may then unload the module. Returns 1 otherwise. Every
+/// call detaches the module from its logger, also a call that returns 1; the next creation attaches it again. Before
+/// the unloading a host must also wait until no notification is running (see `IPaasOnline::TriggerNotify`).
 using LPFNDllCanUnloadNow = HRESULT (*)();
 
-/// Creates the component `clsid` and hands out its interface `iid`, the caller holding the only reference.
-/// `factory` may be null for modules whose components do without; the online manager does not. The component takes over
-/// one reference of `factory`: add one before the call. (When nothing is created, the reference stays the caller's.)
-/// Results as of `CPDllCreateComponent2`.
+/// Creates the component `clsid` and writes its interface `iid` to `*out`; the caller owns the only reference. The
+/// online manager needs a `factory`; components of other modules may work without one.
+///
+/// The component takes over one reference of `factory`: add one before the call. After `E_NOINTERFACE` that reference
+/// is released as well, because the component existed for a moment. After every other failure it still belongs to the
+/// caller.
+///
+/// Inside an aggregate (`outer` is not null) ask for `IID_IUnknown` only. Any other interface adds its reference to
+/// `outer`, so the new object loses its last own reference and is destroyed, and `*out` points to a destroyed object.
+///
+/// The results are those of `CPDllCreateComponent2`.
 using LPFNDllCreateComponent = HRESULT (*)(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                            IComponentFactory* factory, void** out);
 
-/// The module's functions as `FMDll` writes them.
+/// The functions of the module, as `FMDll` writes them.
 struct FMDllTable
 {
-    uint32_t m_Size; ///< set by the host to 40 before the call
+    uint32_t m_Size; ///< the host must set it to 40 before the call
     uint32_t m_Padding;
     LPFNDllGetInfo m_lpfnGetInfo;
     LPFNDllGetComponentObject m_lpfnGetComponentObject;
@@ -71,34 +79,36 @@ static_assert(sizeof(FMDllTable) == 40);
 static_assert(offsetof(FMDllTable, m_lpfnGetInfo) == 8 && offsetof(FMDllTable, m_lpfnGetComponentObject) == 16);
 static_assert(offsetof(FMDllTable, m_lpfnCanUnloadNow) == 24 && offsetof(FMDllTable, m_lpfnCreateComponent) == 32);
 
-/// [host] Fills the table. `E_POINTER` for a null table; `E_FAIL`, the table untouched, for a size other than 40.
+/// [host] Fills the table. `E_POINTER` for a null table. `E_FAIL` for a size other than 40; the table is then
+/// unchanged.
 using LPFNFMDll = HRESULT (*)(FMDllTable* table);
 
 #define FRAMEWORK_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// [host] Creates from the module's own table; otherwise as `CPDllCreateComponent2`.
+/// [host] `CPDllCreateComponent2` with the module's own table.
 FRAMEWORK_EXPORT HRESULT CPDllCreateComponent(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                               IComponentFactory* factory, void** out);
 
-/// [host] Creates the component of the first enabled row whose class id equals `clsid`, and asks it for `iid`.
+/// [host] Creates the component of the first enabled row whose class id is `clsid`, and asks it for `iid`.
 ///
 /// | Result | When |
 /// |---|---|
 /// | `E_POINTER` | `out` is null |
-/// | `E_FAIL` | the table is empty or has no such class |
-/// | `E_OUTOFMEMORY` | the row's function made nothing and gave no reason |
-/// | the row's reason | it is negative; an object that was made all the same is destroyed |
-/// | `E_NOINTERFACE`, null in `*out` | the component lacks the interface; it is destroyed |
+/// | `E_FAIL` | the table is empty or does not contain the class |
+/// | `E_OUTOFMEMORY` | the row's function returned null without a negative reason |
+/// | the negative reason of the row's function | that function failed; an object that it returned nevertheless is destroyed |
+/// | `E_NOINTERFACE`, null in `*out` | the component does not have the interface; the component is destroyed |
 FRAMEWORK_EXPORT HRESULT CPDllCreateComponent2(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                                IComponentFactory* factory, void** out, ComponentObject* table,
                                                int count);
 
-/// [host] 0 when no object of the module lives, else 1. Unlike `WDllCanUnloadNow` it leaves the logger alone.
+/// [host] Returns 0 when no object of the module is alive, else 1. Unlike `WDllCanUnloadNow` it does not touch the
+/// logger.
 FRAMEWORK_EXPORT HRESULT CPDllCanUnloadNow();
 
 /// [any] Stores the interface `itf` in `*out` and adds a reference to it (slot 1). `E_POINTER` for a null `out`.
 FRAMEWORK_EXPORT HRESULT GetComponentInterface(void* itf, void** out);
 
-/// The module's own template table, defined beside its entry functions.
+/// The module's own template table. The file that defines the module's entry functions defines it too.
 extern ComponentObject g_ComponentTemplates[];
 extern uint32_t g_cComponentTemplates;

@@ -58,7 +58,7 @@ HRESULT CreateExLogger(IComponentFactory* factory, const wchar_t* name, Create c
     hr = create(allocator);
     if (hr < 0)
     {
-        return hr; // the allocator keeps its reference here: hosts with this logger count on the balance as it is
+        return hr; // the reference of the allocator is not released, on purpose: hosts of this logger expect that
     }
     allocator->Release();
     return S_OK;

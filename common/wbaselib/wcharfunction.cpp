@@ -87,7 +87,8 @@ int Convert(const char* fromCode, const char* toCode, const From* source, To* de
     constexpr int kUnit = static_cast<int>(sizeof(To));
     const int outBytes = std::min(size, INT_MAX / kUnit) * kUnit;
 
-    char* in = const_cast<char*>(reinterpret_cast<const char*>(source)); // iconv asks for it but only reads
+    char* in =
+        const_cast<char*>(reinterpret_cast<const char*>(source)); // iconv takes a pointer to non-const and only reads
     char* out = reinterpret_cast<char*>(destination);
     return StringConvert(fromCode, toCode, in, static_cast<int>(inBytes), out, outBytes) / kUnit;
 }
@@ -238,7 +239,8 @@ int ConvertUnicodeToUnicode16(const wchar_t* source, unsigned short* destination
     {
         return count;
     }
-    // The encoder puts a byte-order mark first. Moving over it leaves the last unit twice, so the text is ended anew.
+    // The encoder writes a byte-order mark first. After the move the last unit stands there twice: the terminator
+    // replaces it.
     std::copy(destination + 1, destination + count, destination);
     destination[count - 1] = 0;
     return count - 1;
@@ -292,7 +294,7 @@ int utf8strlen(const char* text)
     }
     const size_t bytes = std::strlen(text);
     int count = 0;
-    // The last step may lead past the terminator when the text ends within a sequence.
+    // The last step passes the terminator when the text ends inside a sequence.
     for (size_t at = 0; at < bytes; at += utf8_look_for_table[static_cast<unsigned char>(text[at])])
     {
         ++count;
@@ -322,7 +324,7 @@ HRESULT GUIDFromString(wchar_t* text, _GUID* out)
     }
 
     _wcslwr(text);
-    // The scan writes whole integers, so the narrow fields are scanned into wide ones and cut.
+    // The scan writes whole integers. It therefore fills wide variables, and the narrow fields get their low bits.
     unsigned data1 = 0;
     unsigned data2 = 0;
     unsigned data3 = 0;
@@ -343,7 +345,7 @@ HRESULT GUIDFromString(const char* text, _GUID* out)
         return E_INVALIDARG;
     }
     constexpr int kLimit = 64;
-    wchar_t wide[kLimit + 1] = {}; // one more, since a text that fills the limit exactly is not terminated
+    wchar_t wide[kLimit + 1] = {}; // one more: a text that fills the limit exactly has no terminator
     if (ConvertAnsiToUnicode(text, wide, kLimit) == 0)
     {
         return E_OUTOFMEMORY;

@@ -9,17 +9,18 @@
 namespace WBASELIB
 {
 
-/// A pool of elements that are used for a short time and over and over.
+/// A pool of elements that a program uses for a short time and needs again and again.
 ///
-/// Elements are made in arrays of a fixed number, which live as long as the pool. T needs a default constructor and a
-/// member `T* m_next`, the link of the free list; while an element is handed out the member belongs to its user.
+/// The pool makes the elements in arrays of a fixed size, which exist as long as the pool. T needs a default
+/// constructor and a member `T* m_next`, the link of the free list. The user of an element may write that member until
+/// it frees the element.
 ///
-/// Every operation but the destructor may be called from any thread.
+/// Every operation except the destructor may be called from any thread.
 template <typename T>
 class WElementAllocator
 {
 public:
-    /// The pool grows by `elementsPerArray` elements at a time, at least one.
+    /// The pool grows by `elementsPerArray` elements at a time, or by one when that is 0.
     explicit WElementAllocator(size_t elementsPerArray)
         : m_elementsPerArray(elementsPerArray != 0 ? elementsPerArray : 1)
     {
@@ -28,11 +29,11 @@ public:
     WElementAllocator(const WElementAllocator&) = delete;
     WElementAllocator& operator=(const WElementAllocator&) = delete;
 
-    /// Ends every element, those still handed out included.
+    /// Destroys every element, also those in use.
     ~WElementAllocator() = default;
 
-    /// Hands out the element that has been free the longest, with its fields as they were left and a null link. Throws
-    /// std::bad_alloc when the pool cannot grow.
+    /// Returns the element that has been free the longest. Its link is null; its other fields are as its last user left
+    /// them. Throws std::bad_alloc when the pool cannot grow.
     T* Alloc()
     {
         const WAutoLock guard(&m_lock);
@@ -50,7 +51,7 @@ public:
         return element;
     }
 
-    /// Takes back an element of this pool; null is ignored. It goes behind all other free ones.
+    /// Frees an element of this pool and puts it behind all other free ones. Ignores null.
     void Free(T* element)
     {
         if (element == nullptr)

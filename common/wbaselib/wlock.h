@@ -7,23 +7,23 @@
 namespace WBASELIB
 {
 
-/// A recursive mutex: the thread that holds it may lock it again and then has to unlock it as often.
+/// A recursive mutex: the thread that holds it may lock it again, and must unlock it as often as it locked it.
 ///
-/// Every operation may be called from any thread. An error of the system (unlocking a lock that is not held, say) is
-/// not reported.
+/// Every operation may be called from any thread. Errors of the system are not reported, for example when a thread
+/// unlocks a lock that it does not hold.
 class WLock
 {
 public:
     WLock();
     virtual ~WLock();
 
-    /// Waits until the lock is free or already held by this thread, and takes it.
+    /// Waits until no other thread holds the lock, and takes it.
     void Lock();
 
-    /// Gives back one Lock() or successful TryLock() of the calling thread.
+    /// Undoes one Lock() or successful TryLock() of the calling thread.
     void UnLock();
 
-    /// Takes the lock without waiting. True exactly when it was taken; false while another thread holds it.
+    /// Takes the lock without waiting. True when it took the lock; false while another thread holds it.
     BOOL TryLock();
 
 private:
@@ -38,7 +38,7 @@ private:
 class WAutoLock
 {
 public:
-    /// Locks `lock`, which has to outlive this guard. With null the guard does nothing.
+    /// Locks `lock`, which must outlive this guard. With null the guard does nothing.
     explicit WAutoLock(WLock* lock);
     virtual ~WAutoLock();
 
@@ -51,20 +51,20 @@ private:
 
 /// A read-write lock: many readers or one writer. It is not recursive.
 ///
-/// Every operation may be called from any thread. An error of the system is not reported.
+/// Every operation may be called from any thread. Errors of the system are not reported.
 class WRWLock
 {
 public:
     WRWLock();
     virtual ~WRWLock();
 
-    /// Waits until no writer holds the lock, and joins its readers.
+    /// Waits until no writer holds the lock, and takes it as one of its readers.
     void RDLock();
 
-    /// Waits until nobody holds the lock, and takes it alone.
+    /// Waits until no other thread holds the lock, and takes it alone.
     void WRLock();
 
-    /// Gives the lock back. The system has one unlock for readers and writers, so both names do the same.
+    /// Unlocks. The system has one unlock operation for readers and writers, so both names do the same.
     void RDUnLock();
     void WRUnLock();
 

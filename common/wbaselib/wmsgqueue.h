@@ -10,15 +10,16 @@
 namespace WBASELIB
 {
 
-/// A bounded first-in-first-out queue of pointers between threads. It does not own what they point to.
+/// A bounded first-in-first-out queue of pointers between threads. It does not own the objects behind the pointers.
 ///
-/// Every operation but the destructor may be called from any thread. The destructor does not look at what is left:
-/// whoever ends a queue first makes sure that nobody uses it any more, and then calls Stop() and Drain().
+/// Every operation except the destructor may be called from any thread. The destructor ignores messages that are left.
+/// The owner must make sure that no thread uses the queue any more, and then call Stop() and Drain(), before it
+/// destroys the queue.
 template <typename T>
 class WMsgQueue
 {
 public:
-    /// At most `capacity` messages stand in the queue at a time; with 0 or less none does.
+    /// The queue holds at most `capacity` messages at a time; with 0 or less it holds none.
     explicit WMsgQueue(int capacity)
         : m_capacity(std::max(capacity, 0)),
           m_ring(static_cast<size_t>(m_capacity) + 1),
@@ -30,21 +31,21 @@ public:
     WMsgQueue& operator=(const WMsgQueue&) = delete;
     ~WMsgQueue() = default;
 
-    /// Appends `message` and wakes one waiter. False when the queue is stopped or full: the message is then dropped,
-    /// and still belongs to the caller.
+    /// Appends `message` and wakes one waiting thread. False when the queue is stopped or full: the message is then
+    /// dropped and still belongs to the caller.
     bool Push(T* message)
     {
         if (!Store(message))
         {
             return false;
         }
-        // Only now, so that the waiter does not wake up to a lock that is still held.
+        // After the unlock: the waiting thread then does not find the lock taken when it wakes up.
         m_semaphore.ReleaseSemaphore(1);
         return true;
     }
 
-    /// Waits up to `milliseconds` (INFINITE: for ever) for a message and takes the oldest. Null when none came in time
-    /// or the queue is stopped. Stopping does not wake a waiter.
+    /// Waits up to `milliseconds` (INFINITE: without a limit) for a message and takes the oldest one. Null when the
+    /// wait timed out or the queue is stopped. Stop() does not wake a waiting thread.
     T* Pop(unsigned int milliseconds)
     {
         if (m_semaphore.WaitSemaphore(milliseconds) != WAIT_OBJECT_0)
@@ -55,14 +56,14 @@ public:
         return m_stopped ? nullptr : Take();
     }
 
-    /// From now on every push is dropped and every pop answers null.
+    /// From now on the queue drops every push, and every pop returns null.
     void Stop()
     {
         const WAutoLock guard(&m_lock);
         m_stopped = true;
     }
 
-    /// Takes out all messages, oldest first, and hands each one to `giveBack(T*)`. No lock is held during the call.
+    /// Removes all messages, oldest first, and calls `giveBack(T*)` with each. It holds no lock during these calls.
     template <typename GiveBack>
     void Drain(GiveBack giveBack)
     {
@@ -110,7 +111,7 @@ private:
     }
 
     const int m_capacity;
-    WLock m_lock; ///< guards the next five
+    WLock m_lock; ///< guards the next five members
     bool m_stopped = false;
     std::vector<T*> m_ring; ///< one slot more than the capacity
     int m_count = 0;

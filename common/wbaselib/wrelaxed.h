@@ -6,13 +6,13 @@
 namespace WBASELIB
 {
 
-/// A scalar that one thread may write while others read it.
+/// A scalar that one thread may write while other threads read it.
 ///
-/// It reads and assigns like the plain T, but every read and every write is a relaxed atomic one: a reader sees some
-/// value that was written, whole, and nothing is promised about when it sees it or about any other field. That is
-/// enough for a state that is only looked at. Fields that have to agree with each other need a lock.
+/// It reads and assigns like the plain T, but every read and every write is a relaxed atomic one. A reader gets a
+/// complete value that a thread wrote. The order relative to other fields, and the time at which a reader sees a new
+/// value, are not defined. That is enough for a single state. Fields that must agree with each other need a lock.
 ///
-/// Reading and then writing (`x = x + 1`) is two steps, between which another thread may write.
+/// A read and then a write (`x = x + 1`) are two steps; another thread may write between them.
 template <typename T>
 class WRelaxed
 {
@@ -42,7 +42,7 @@ public:
         return Load();
     } // implicit, as the plain T is read
 
-    /// For a pointer: reaches into what it points to.
+    /// For a pointer: accesses the object behind it.
     T operator->() const noexcept requires std::is_pointer_v<T>
     {
         return Load();
@@ -61,13 +61,13 @@ private:
     std::atomic<T> m_value;
 };
 
-/// The same for a plain scalar whose type has to stay as it is: one relaxed atomic read or write of it. Every access
-/// that may meet another thread's write has to go through these two.
+/// One relaxed atomic read or write of a plain scalar whose type must not change. Use them for every access that may
+/// coincide with a write of another thread.
 template <typename T>
 T RelaxedLoad(const T& value) noexcept
 {
     static_assert(std::is_scalar_v<T>);
-    // The reference type wants a mutable object even for a read.
+    // std::atomic_ref needs a mutable object even for a read.
     return std::atomic_ref<T>(const_cast<T&>(value)).load(std::memory_order_relaxed);
 }
 

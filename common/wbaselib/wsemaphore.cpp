@@ -71,8 +71,8 @@ uint32_t WSemaphore::WaitSemaphore(unsigned int milliseconds)
 
 BOOL WSemaphore::ReleaseSemaphore(int count)
 {
-    // Counting down an unsigned copy keeps, on purpose, what a negative count has always done: it is so large that the
-    // semaphore reaches its maximum long before the loop ends.
+    // An unsigned copy, on purpose: a negative count becomes so large that the semaphore reaches its maximum, and the
+    // loop ends there. Callers fill a semaphore so.
     for (auto left = static_cast<uint32_t>(count); left != 0; --left)
     {
         if (Lock() != 0)
@@ -81,7 +81,8 @@ BOOL WSemaphore::ReleaseSemaphore(int count)
         }
         if (m_nCount >= m_nMax)
         {
-            // Dropping what does not fit is on purpose: a full semaphore already has a unit for every waiter.
+            // Units above the maximum are dropped on purpose: a full semaphore has enough units for its waiting
+            // threads.
             UnLock();
             return 1;
         }

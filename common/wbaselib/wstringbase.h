@@ -17,11 +17,11 @@
 namespace WBASELIB
 {
 
-/// What stands in front of the characters of a TStringBase buffer. Hosts and platform libraries built apart from this
-/// module read and write it, so neither the fields nor their order may change.
+/// The header in front of the characters of a TStringBase buffer. Hosts and platform libraries that were built
+/// separately read and write it, so neither the fields nor their order may change.
 struct TStringHeader
 {
-    int32_t references; ///< owners of the buffer; changed atomically
+    int32_t references; ///< number of owners of the buffer; every change is atomic
     uint32_t length;    ///< characters in use
     uint32_t capacity;  ///< characters that fit, without the terminator
     uint32_t reserved;  ///< 0
@@ -32,25 +32,25 @@ static_assert(sizeof(TStringHeader) == 16 && offsetof(TStringHeader, references)
 
 /// A reference-counted text that crosses between the module, its host and a platform library.
 ///
-/// The object is one pointer, to the first character of a terminated buffer with a TStringHeader in front, or null for
-/// the empty text. Buffers come from TovMalloc and go back through TovFree. Copies share the buffer; a text whose
-/// buffer is shared takes one of its own before it changes.
+/// The object is one pointer: to the first character of a terminated buffer, in front of which stands a TStringHeader,
+/// or null for the empty text. TovMalloc allocates the buffers, TovFree frees them. Copies share the buffer; a text
+/// with a shared buffer gets one of its own before it changes.
 ///
-/// Copies of one text may be used by different threads at the same time. One and the same object may be read by
-/// several threads, but not while one of them changes it.
+/// Different threads may use copies of one text at the same time. Several threads may read the same object, but not
+/// while one of them changes it.
 ///
-/// Memory that runs out throws std::bad_alloc, a text above 2^32 - 2 characters std::length_error; the object is then
-/// as it was before.
+/// An operation throws std::bad_alloc when memory has run out, and std::length_error for a text above 2^32 - 2
+/// characters. The object is then unchanged.
 template <typename CharT>
 class TStringBase
 {
 public:
     TStringBase() noexcept = default;
 
-    /// A copy of a terminated text; null gives the empty text.
+    /// A copy of a terminated text; the empty text for null.
     TStringBase(const CharT* text) : TStringBase(text, text != nullptr ? std::char_traits<CharT>::length(text) : 0) {}
 
-    /// A copy of `length` characters, which may contain terminators. Null gives the empty text.
+    /// A copy of `length` characters, which may contain terminators; the empty text for null.
     TStringBase(const CharT* text, size_t length)
     {
         if (text != nullptr && length != 0)
@@ -81,13 +81,13 @@ public:
         Release();
     }
 
-    /// Becomes a copy of `length` characters, which may be a part of this text.
+    /// Replaces the text by a copy of `length` characters, which may be a part of this text.
     void Assign(const CharT* text, size_t length)
     {
         TStringBase(text, length).Swap(*this);
     }
 
-    /// Puts `length` characters behind the text; they may be a part of this text. Null appends nothing.
+    /// Appends `length` characters, which may be a part of this text. Appends nothing for null.
     void Append(const CharT* text, size_t length)
     {
         if (text == nullptr || length == 0)
@@ -99,7 +99,7 @@ public:
             SetText(Length(), text, length);
             return;
         }
-        // The old buffer stays until the new one is complete, since `text` may point into it.
+        // The old buffer stays until the new one is complete, because `text` may point into it.
         TStringBase grown;
         grown.m_data = NewBuffer(GrownCapacity(length));
         grown.SetText(0, c_str(), Length());
@@ -117,13 +117,13 @@ public:
         Append(text.c_str(), text.Length());
     }
 
-    /// Becomes the empty text and drops the buffer.
+    /// Makes the text empty and releases the buffer.
     void Clear() noexcept
     {
         TStringBase().Swap(*this);
     }
 
-    /// The terminated text, never null; valid until this object changes or ends.
+    /// The terminated text, never null; valid until this object changes or is destroyed.
     const CharT* c_str() const noexcept
     {
         static constexpr CharT kEmpty[1] = {};

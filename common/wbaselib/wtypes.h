@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// Scalars, identifiers and result codes of the component model. They stand in the global namespace because hosts and
-/// platform libraries share them with this module by layout.
+/// Scalars, identifiers and result codes of the component model. They are in the global namespace, and hosts and
+/// platform libraries rely on their layout.
 
 using HRESULT = int32_t; ///< negative = failure
 using BOOL = int;
@@ -40,6 +40,6 @@ inline constexpr HRESULT E_FAIL = MakeResult(0x80004005);
 inline constexpr HRESULT E_OUTOFMEMORY = MakeResult(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = MakeResult(0x80070057);
 
-inline constexpr uint32_t INFINITE = 0xFFFFFFFF; ///< time-out in milliseconds that never ends
-inline constexpr uint32_t WAIT_OBJECT_0 = 0;     ///< a unit was taken
-inline constexpr uint32_t WAIT_TIMEOUT = 0x102;  ///< nothing was taken in time
+inline constexpr uint32_t INFINITE = 0xFFFFFFFF; ///< time-out in milliseconds: no limit
+inline constexpr uint32_t WAIT_OBJECT_0 = 0;     ///< the wait took a unit
+inline constexpr uint32_t WAIT_TIMEOUT = 0x102;  ///< the wait timed out

@@ -17,13 +17,13 @@ namespace WBASELIB
 
 /// A growing array that crosses between the module, its host and a platform library.
 ///
-/// The object is a pointer, the number of elements and the number of elements that fit, 16 bytes in this order; the
-/// elements stand one behind the other in storage from TovMalloc, which goes back through TovFree. Libraries built
-/// apart from this module rely on that layout.
+/// The object is a pointer, the number of elements and the number of elements that fit, 16 bytes in this order. The
+/// elements are contiguous in storage that TovMalloc allocates and TovFree frees. Libraries that were built separately
+/// rely on that layout.
 ///
-/// Several threads may read one vector, but not while one of them changes it. Growing moves the elements, so pointers
-/// and iterators end with it. Memory that runs out throws std::bad_alloc, more than 2^32 - 1 elements
-/// std::length_error; then, and when copying an element throws, the vector is as it was before.
+/// Several threads may read one vector, but not while one of them changes it. When the vector grows, pointers and
+/// iterators become invalid. An operation throws std::bad_alloc when memory has run out, and std::length_error for more
+/// than 2^32 - 1 elements. Then, and when the copy of an element throws, the vector is unchanged.
 template <typename T>
 class Vector
 {
@@ -54,7 +54,7 @@ public:
         TovFree(m_data);
     }
 
-    /// Both append one element; it may be made from an element of this vector.
+    /// Append one element, which may be a copy of an element of this vector.
     void push_back(const T& element)
     {
         emplace_back(element);
@@ -78,7 +78,7 @@ public:
         return m_data[m_count++];
     }
 
-    /// Makes room for `capacity` elements in all.
+    /// Makes room for at least `capacity` elements in total.
     void reserve(uint32_t capacity)
     {
         if (capacity > m_capacity)
@@ -89,7 +89,7 @@ public:
         }
     }
 
-    /// Ends all elements and keeps the storage.
+    /// Destroys all elements and keeps the storage.
     void clear() noexcept
     {
         std::destroy(begin(), end());
@@ -109,7 +109,7 @@ public:
         return m_count == 0;
     }
 
-    /// `index` has to be below size().
+    /// `index` must be below size().
     T& operator[](size_t index) noexcept
     {
         return m_data[index];
@@ -184,7 +184,7 @@ private:
     {
         const uint32_t capacity = GrownCapacity();
         Storage storage = NewStorage(capacity);
-        // The new element is made first, since the arguments may be references into the old storage.
+        // The new element is made first, because the arguments may refer to the old storage.
         T* added = new (static_cast<void*>(Elements(storage) + m_count)) T(std::forward<Arguments>(arguments)...);
         try
         {
@@ -210,7 +210,7 @@ private:
         }
     }
 
-    /// Ends the present elements and takes over a storage that holds `count` live ones.
+    /// Destroys the elements and takes over a storage that holds `count` live elements.
     void Adopt(Storage storage, uint32_t count, uint32_t capacity) noexcept
     {
         std::destroy(begin(), end());

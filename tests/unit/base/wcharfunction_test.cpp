@@ -24,7 +24,7 @@ constexpr char kChineseUtf8[] = "\xE4\xB8\xAD\xE6\x96\x87";
 constexpr char kChineseGb2312[] = "\xD6\xD0\xCE\xC4";
 constexpr wchar_t kChineseWide[] = L"\x4E2D\x6587";
 
-/// What `action` writes to standard error.
+/// Returns what `action` writes to standard error.
 std::string ErrorOutputOf(const std::function<void()>& action)
 {
     testing::internal::CaptureStderr();
@@ -32,7 +32,7 @@ std::string ErrorOutputOf(const std::function<void()>& action)
     return testing::internal::GetCapturedStderr();
 }
 
-/// Expects `action` to give 0 and to tell of a failed conversion.
+/// Expects `action` to return 0 and to write the message of a failed conversion.
 void ExpectConversionFails(const std::function<int()>& action)
 {
     int result = -1;
@@ -42,7 +42,7 @@ void ExpectConversionFails(const std::function<int()>& action)
     EXPECT_EQ(errno, 0);
 }
 
-/// A copy on the heap whose end a sanitizer watches.
+/// A copy on the heap, so that a sanitizer finds an access behind its end.
 std::unique_ptr<char[]> ExactCopy(const std::string& text)
 {
     auto copy = std::make_unique<char[]>(text.size() + 1);
@@ -85,7 +85,7 @@ TEST(StringConvertTest, ANegativeSizeGivesZeroAndTouchesNothing)
     EXPECT_STREQ(out, "x");
 }
 
-TEST(StringConvertTest, AnUnknownEncodingGivesZeroWithoutAWord)
+TEST(StringConvertTest, AnUnknownEncodingGivesZeroWithoutAMessage)
 {
     char out[] = "x";
     const std::string output = ErrorOutputOf([&] { EXPECT_EQ(ConvertBytes("no-such", "UTF-8", "a", out, 1), 0); });
@@ -168,7 +168,7 @@ TEST(ConvertTest, ABufferFilledExactlyIsNotTerminated)
     EXPECT_EQ(std::wstring(buf, 3), L"abx");
 }
 
-TEST(ConvertTest, AnsiToUtf8OfAByteAbove0x7FFailsAndSaysSo)
+TEST(ConvertTest, AnsiToUtf8OfAByteAbove0x7FFailsWithAMessage)
 {
     char buf[16];
     ExpectConversionFails([&] { return ConvertAnsiToUtf8(kChineseGb2312, buf, sizeof(buf)); });
@@ -246,7 +246,7 @@ TEST(ConvertTest, SixteenBitTextFromUnicodeHasTheByteOrderMarkRemoved)
     EXPECT_EQ(ConvertUnicodeToUnicode16(kChineseWide, units, 8), 2);
     EXPECT_EQ(std::vector<unsigned short>(units, units + 4), (std::vector<unsigned short>{0x4E2D, 0x6587, 0, 0}));
 
-    EXPECT_EQ(ConvertUnicodeToUnicode16(kChineseWide, units, 3), 2) << "just room for the mark";
+    EXPECT_EQ(ConvertUnicodeToUnicode16(kChineseWide, units, 3), 2) << "room for the mark and two units";
     EXPECT_EQ(units[2], 0);
     ExpectConversionFails([&] { return ConvertUnicodeToUnicode16(kChineseWide, units, 2); });
 }

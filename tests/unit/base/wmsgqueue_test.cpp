@@ -30,7 +30,7 @@ protected:
 
 TEST_F(WMsgQueueTest, PopsInTheOrderOfThePushes)
 {
-    // More rounds than the ring has slots, so that both indices wrap.
+    // More rounds than the ring has slots: both indices wrap.
     for (int round = 0; round < 2 * (kCapacity + 1); ++round)
     {
         EXPECT_TRUE(m_queue.Push(&m_messages[0]));
@@ -143,7 +143,7 @@ TEST(WMsgQueueThreadTest, EachMessageIsTakenOnceByOneOfManyThreads)
     }
 }
 
-TEST(WMsgQueueThreadTest, StoppingMeetsPushesAndPopsOfOtherThreadsAndLosesNoMessage)
+TEST(WMsgQueueThreadTest, StoppingDuringPushesAndPopsOfOtherThreadsLosesNoMessage)
 {
     WMsgQueue<int> queue(kCapacity);
     int message = 0;

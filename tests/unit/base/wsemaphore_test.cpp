@@ -17,7 +17,7 @@ static_assert(std::has_virtual_destructor_v<WSemaphore> && !std::is_copy_constru
 namespace
 {
 
-/// Seconds by which the wall clock, as the semaphore would see it, differs from the system's.
+/// Seconds by which the wall clock that the semaphore would read differs from that of the system.
 std::atomic<time_t> wallClockShift{0};
 
 } // namespace
@@ -132,7 +132,7 @@ TEST(WSemaphoreTest, EachUnitReleasedWakesOneWaiter)
     EXPECT_EQ(semaphore.WaitSemaphore(0), 0x102U);
 }
 
-TEST(WSemaphoreTest, NobodyTakesAUnitWhileItIsLocked)
+TEST(WSemaphoreTest, NoThreadTakesAUnitWhileItIsLocked)
 {
     WSemaphore semaphore(1, 1);
     std::atomic<bool> waiting{false};

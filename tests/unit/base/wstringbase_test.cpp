@@ -20,7 +20,7 @@ using Text = TStringBase<char>;
 static_assert(sizeof(Text) == 8 && sizeof(TStringBase<wchar_t>) == 8);
 static_assert(std::is_nothrow_copy_constructible_v<Text> && std::is_nothrow_move_constructible_v<Text>);
 
-/// What a library that was built apart sees of a text.
+/// A text as a library that was built separately sees it.
 const char* DataOf(const Text& text)
 {
     const char* data = nullptr;
@@ -122,7 +122,8 @@ TEST(TStringBaseTest, MovingLeavesTheEmptyText)
 {
     Text first("abc");
     Text second = std::move(first);
-    EXPECT_EQ(DataOf(first), nullptr); // NOLINT(bugprone-use-after-move): what moving leaves is the claim
+    EXPECT_EQ(DataOf(first),
+              nullptr); // NOLINT(bugprone-use-after-move): the test is about the object that was moved from
     EXPECT_EQ(second, "abc");
     first = std::move(second);
     EXPECT_EQ(first, "abc");

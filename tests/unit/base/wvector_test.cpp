@@ -19,7 +19,7 @@ using Text = TStringBase<char>;
 
 static_assert(sizeof(Vector<char>) == 16 && sizeof(Vector<Text>) == 16);
 
-/// The vector as a library sees it that was built apart.
+/// A vector as a library that was built separately sees it.
 struct Layout
 {
     int* data;
@@ -27,7 +27,7 @@ struct Layout
     uint32_t capacity;
 };
 
-/// Counts its living objects; a copy throws when it has been ordered to.
+/// Counts its live objects. A copy throws after the test has ordered it.
 class Fragile
 {
 public:
@@ -163,7 +163,7 @@ TEST(VectorTest, MovingHandsOverTheStorage)
     const int* data = first.begin();
     Vector<int> second = std::move(first);
     EXPECT_EQ(second.begin(), data);
-    EXPECT_TRUE(first.empty()); // NOLINT(bugprone-use-after-move): what moving leaves is the claim
+    EXPECT_TRUE(first.empty()); // NOLINT(bugprone-use-after-move): the test is about the object that was moved from
     first = std::move(second);
     EXPECT_EQ(first.begin(), data);
     ExpectNumbers(first, 5);

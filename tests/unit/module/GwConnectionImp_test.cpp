@@ -26,7 +26,7 @@ TEST_F(GwConnectionImpTest, WithoutAConnectionOnlyTheModelCallsSucceed)
               Journal());
 }
 
-TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreFollowedInSilence)
+TEST_F(GwConnectionImpTest, WithoutAReconnectionListenerReconnectionsAreNotReported)
 {
     checks::RecordingConnection& recorded = m_platform.NewConnection();
     avcore::IZolConnection* connection = &recorded;

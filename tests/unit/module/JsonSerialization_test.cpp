@@ -57,7 +57,7 @@ TEST(JsonSerialization, ParsingAnInvitationReturnsItsOutput)
     EXPECT_EQ(nullptr, json.ParseInviteUserMsg("{}", nullptr));
 }
 
-TEST(JsonSerialization, TextThatIsNoInvitationLeavesTheRecordAsItWas)
+TEST(JsonSerialization, TextThatIsNotAnInvitationLeavesTheRecordAsItWas)
 {
     JsonSerialization json;
     for (const char* const text : {"", "[]", R"({"method":"InviteUsers","params":{"inviteCode":1}})",
@@ -105,7 +105,7 @@ TEST(JsonSerialization, ACommandThatIsNotFoundLeavesTheOutputsAsTheyWere)
     }
 }
 
-TEST(JsonSerialization, CommandAndSubTypeAreReadApart)
+TEST(JsonSerialization, CommandAndSubTypeAreReadIndependently)
 {
     JsonSerialization json;
     std::string command = "before";

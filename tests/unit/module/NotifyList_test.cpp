@@ -57,7 +57,7 @@ TEST(NotifyList, AListMayEndWithItsListeners)
     EXPECT_EQ(1, listeners[2].calls);
 }
 
-TEST(NotifyList, EachLevelOfNestingMayRetireWhatTheOuterOnesStandOn)
+TEST(NotifyList, ANestedDeliveryMayDropTheEntryThatAnOuterDeliveryHasReached)
 {
     NotifyList<Listener> list;
     std::array<Listener, 6> listeners;
@@ -71,7 +71,8 @@ TEST(NotifyList, EachLevelOfNestingMayRetireWhatTheOuterOnesStandOn)
         };
     }
     Deliver(list);
-    // Each removed itself before it delivered on, so the innermost delivery had told everybody before the outer ones went on.
+    // Each listener removes itself before it delivers. The innermost delivery therefore calls all remaining listeners,
+    // and the outer deliveries find none.
     for (const Listener& listener : listeners)
     {
         EXPECT_EQ(1, listener.calls);
@@ -83,14 +84,14 @@ TEST(NotifyList, EachLevelOfNestingMayRetireWhatTheOuterOnesStandOn)
     EXPECT_EQ(1, listeners[0].calls);
 }
 
-TEST(NotifyList, EverythingAtOnceFromManyThreads)
+TEST(NotifyList, ManyThreadsMayUseTheListAtTheSameTime)
 {
     NotifyList<Listener> list;
     Listener steady;
     std::array<Listener, 6> others;
     std::barrier start(4);
     list.AddNotify(&steady);
-    // A few listeners change the list from inside, nested deliveries included.
+    // Two listeners change the list from inside a notification; one of them delivers too.
     thread_local int depth = 0;
     others[0].onEvent = [&]
     {

@@ -8,7 +8,7 @@ using commonutil::OrbLogUtil;
 namespace
 {
 
-/// Starts without a logger.
+/// A test that begins without a logger.
 class OrbLogUtilTest : public RecordedTest
 {
 protected:
@@ -20,7 +20,7 @@ protected:
 
 int Failing()
 {
-    throw std::runtime_error("the argument cannot be made");
+    throw std::runtime_error("the argument throws");
 }
 
 } // namespace

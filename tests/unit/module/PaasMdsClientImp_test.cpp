@@ -7,7 +7,7 @@ using onlinemanager::PaasMdsClientImp;
 
 using PaasMdsClientImpTest = RecordedTest;
 
-TEST_F(PaasMdsClientImpTest, WithoutAConnectionNothingIsSentAndOnlyInitModelSaysSo)
+TEST_F(PaasMdsClientImpTest, WithoutAConnectionNothingIsSentAndOnlyInitModelLogsIt)
 {
     avcore::IZolConnection* connection = nullptr;
     PaasMdsClientImp client(connection);

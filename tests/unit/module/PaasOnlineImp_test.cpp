@@ -19,7 +19,7 @@ protected:
         m_param.server = "tcp:server";
     }
 
-    avcore::IZolConnection* m_connection = nullptr; ///< the field of the session's owner
+    avcore::IZolConnection* m_connection = nullptr; ///< stands for the field of the session's owner
     LoginParam m_param;
 };
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/// A test whose host and platform write what happens into a journal; the module's logger is open.
+/// A test whose host and platform record their calls in a journal. The module's logger is open.
 class RecordedTest : public testing::Test
 {
 protected:
@@ -26,7 +26,7 @@ protected:
         commonutil::OrbLogUtil::Release(true);
     }
 
-    /// The journal since the last time.
+    /// The lines of the journal since the last call.
     std::vector<std::string> Journal()
     {
         std::vector<std::string> lines;

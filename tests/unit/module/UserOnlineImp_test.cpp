@@ -13,7 +13,7 @@ class UserOnlineImpTest : public RecordedTest
 protected:
     UserOnlineImpTest() : m_connection(m_platform.NewConnection()) {}
 
-    /// Gives the service the platform's component, as the session does that owns the field.
+    /// Writes the platform's component into the field, as the session does.
     void Connect()
     {
         m_online = &m_connection.online;
@@ -68,7 +68,7 @@ TEST_F(UserOnlineImpTest, CorrectInviteIDTranslatesEveryBatchToTheFirst)
     }
 }
 
-TEST_F(UserOnlineImpTest, CorrectInviteIDOfAStrangerIs0AndStaysSo)
+TEST_F(UserOnlineImpTest, CorrectInviteIDOfAnUnknownIdIs0AndStays0)
 {
     Connect();
     LogIn();
@@ -106,7 +106,7 @@ TEST_F(UserOnlineImpTest, AComponentThatItsOwnerSetsLaterIsSeen)
               Journal());
 }
 
-TEST_F(UserOnlineImpTest, OnlyASuccessfulLoginIsRefreshedFor)
+TEST_F(UserOnlineImpTest, OnlyASuccessfulLoginStartsARefresh)
 {
     Connect();
     for (const int code : {36, -1, 1})
@@ -118,7 +118,7 @@ TEST_F(UserOnlineImpTest, OnlyASuccessfulLoginIsRefreshedFor)
     EXPECT_EQ(Lines{"online1.RefreshAllUsersStatus() -> 101"}, Journal());
 }
 
-TEST_F(UserOnlineImpTest, TheBeginningOfAReconnectionIsNotItsBusiness)
+TEST_F(UserOnlineImpTest, ReconnectStartNotifyDoesNothing)
 {
     Connect();
     LogIn();

@@ -29,7 +29,7 @@ protected:
     UserStatusManager m_manager{std::make_shared<JsonSerialization>()};
 };
 
-/// The digest of one terminal, step by step; the standard library's string hash is the byte hash with its seed.
+/// The digest of one terminal, step by step. The standard library's string hash is its byte hash with a fixed seed.
 uint64_t DigestOf(const UserTerminalInfo& terminal)
 {
     const uint64_t a = std::hash<std::string>()(terminal.terminal) + 0x9e3779b9;
@@ -65,7 +65,7 @@ TEST_F(UserStatusManagerTest, TheDigestOfOneTerminalIsMadeOfNameStatusAndCustomT
 
 TEST_F(UserStatusManagerTest, TheDigestsAreTheOnesThatHostsKnow)
 {
-    // Computed from the definition by a program of its own.
+    // A separate program computed these values from the definition.
     EXPECT_EQ(0xcbfb430d23042e6au, m_manager.CalcTerminalInfoHash({Terminal("", 0)}));
     EXPECT_EQ(0x2f047da25587d1f0u, m_manager.CalcTerminalInfoHash({Terminal("pc", 1)}));
     EXPECT_EQ(0xd2ae4c4939541782u, m_manager.CalcTerminalInfoHash({Terminal("pc", 1, "busy")}));
@@ -86,7 +86,7 @@ TEST_F(UserStatusManagerTest, TheDigestDoesNotDependOnTheOrder)
     EXPECT_EQ(DigestOf(first) ^ DigestOf(second), digest);
 }
 
-TEST_F(UserStatusManagerTest, TwoEqualTerminalsHaveTheDigestOfNone)
+TEST_F(UserStatusManagerTest, TwoEqualTerminalsHaveTheDigestOfNoTerminals)
 {
     const UserTerminalInfo terminal = Terminal("pc", 1, "busy");
     EXPECT_EQ(0u, m_manager.CalcTerminalInfoHash({terminal, terminal}));

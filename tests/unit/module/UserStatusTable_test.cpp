@@ -22,7 +22,7 @@ using Ids = std::vector<unsigned>;
 class UserStatusTableTest : public testing::Test
 {
 protected:
-    /// Collects a page of one user.
+    /// Collects a page with one user.
     void CacheOne(const char* userId, const std::vector<ZolUserTerminalInfo>& terminals)
     {
         WBASELIB::Vector<ZolUserInfo> page;
@@ -43,7 +43,7 @@ protected:
 constexpr ZolUserTerminalInfo kOnline{"pc", 1, "", "{\"tt\":3}"};
 constexpr ZolUserTerminalInfo kOffline{"pc", 0, "", "{\"tt\":3}"};
 
-/// The end of a refresh as it is laid down, step after step, with nothing saved.
+/// A plain model of the table: each step of the definition as it stands, without optimisation.
 class PlainTable
 {
 public:
@@ -128,7 +128,7 @@ TEST_F(UserStatusTableTest, AnEmptyPageIsCollectedToo)
     EXPECT_EQ(Ids(), m_manager.ResetByCache());
 }
 
-TEST_F(UserStatusTableTest, ResetByCacheEmptiesWhatWasCollected)
+TEST_F(UserStatusTableTest, ResetByCacheDropsTheCollectedPages)
 {
     CacheOne("7", {kOnline});
     EXPECT_EQ(Ids{7}, m_manager.ResetByCache());
@@ -136,7 +136,7 @@ TEST_F(UserStatusTableTest, ResetByCacheEmptiesWhatWasCollected)
     EXPECT_EQ(Ids(), m_manager.ResetByCache());
 }
 
-TEST_F(UserStatusTableTest, ClearForgetsTheTableButNotWhatWasCollected)
+TEST_F(UserStatusTableTest, ClearEmptiesTheTableAndKeepsTheCollectedPages)
 {
     m_manager.Add(7, kOnline);
     CacheOne("8", {kOnline});
@@ -147,7 +147,7 @@ TEST_F(UserStatusTableTest, ClearForgetsTheTableButNotWhatWasCollected)
 
 TEST_F(UserStatusTableTest, AUserWithTerminalsOfEqualDigestIsTheSame)
 {
-    // Any two equal terminals cancel each other out, so this user looks like one without terminals that is online.
+    // Two equal terminals cancel each other out: the digest of this user is that of a user without terminals.
     CacheOne("7", {{"a", 1, "", "{}"}, {"a", 1, "", "{}"}});
     m_manager.ResetByCache();
     CacheOne("7", {{"b", 1, "", "{}"}, {"b", 1, "", "{}"}});
@@ -165,12 +165,12 @@ TEST_F(UserStatusTableTest, AnEventBetweenThePagesIsComparedAtTheEndOfTheRefresh
     EXPECT_EQ(1u, Find(7).online_status);
 }
 
-TEST_F(UserStatusTableTest, QueryingNobodyIsTrueAndCallsNobody)
+TEST_F(UserStatusTableTest, AQueryWithoutIdsIsTrueAndDoesNotCallBack)
 {
     EXPECT_TRUE(m_manager.Query({}, [](const UserOnlineInfo&) { ADD_FAILURE() << "called"; }));
 }
 
-TEST_F(UserStatusTableTest, RefreshesComeOutAsLaidDownWhateverTheyHold)
+TEST_F(UserStatusTableTest, RandomRefreshesAgreeWithThePlainModel)
 {
     PlainTable plain;
     std::mt19937 random(20231121);

@@ -8,7 +8,7 @@ using FRAMEWORKSDK::CFrameUnknown;
 namespace
 {
 
-/// A component that hands itself out once more while it is destroyed, as one does that unregisters itself somewhere.
+/// A component whose destructor adds a reference and releases it, as happens when a component unregisters itself.
 class Component : public CFrameUnknown
 {
 public:

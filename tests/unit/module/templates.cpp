@@ -1,5 +1,5 @@
 #include "common/frameworksdk/frameworkcomponent.h"
 
-// The module's entry defines the table; this program has no entry and makes its objects itself.
+// In the module the entry file defines the table. This program makes its objects itself and has no entry file.
 ComponentObject g_ComponentTemplates[] = {{nullptr, nullptr, nullptr, nullptr}};
 uint32_t g_cComponentTemplates = 1;
