@@ -7,44 +7,47 @@
 namespace avcore
 {
 
-/// Receives the events of a connection. Implemented by the module's sessions; registered with
-/// `IZolConnection::AddListener`, not owned by the connection. Every registered listener gets every event, in order of
-/// registration. No text is valid after the call.
+/// Receives the events of a connection. The module's session and tunnels implement it and register it with
+/// `IZolConnection::AddListener`; the connection does not own it. The platform must send every event to every
+/// registered listener, in order of registration. Texts are valid during the call only.
+///
+/// Send an event that answers an operation only after the operation has returned (see `IZolConnection`).
 class IZolConnectionListener
 {
 public:
-    /// [platform] A login has ended. With code 36 the three texts tell of the device that is logged in already: its id, its
-    /// custom state and its extension text; any of them may be null.
+    /// [platform] A `Login` or `LoginOldGw` has ended. With code 36 the three texts describe the device that is logged
+    /// in already: its id, its custom state, its extension text. Each of them may be null.
     virtual void OnLoginResult(ZolPortErrCode code, const char* szConflictDeviceId, const char* szConflictCustomState,
                                const char* szConflictExtendInfo) = 0;
 
-    /// [platform] A `JoinGroup` has ended.
+    /// [platform] A `JoinGroup` has ended. 0 = the connection is in the group.
     virtual void OnJoinGroupResult(ZolPortErrCode code) = 0;
 
-    /// [platform] A `LeaveGroup` has ended.
+    /// [platform] A `LeaveGroup` has ended. 0 = the connection is out of the group.
     virtual void OnLeaveGroupResult(ZolPortErrCode code) = 0;
 
-    /// [platform] The user is not logged in any more: 0 after `Logout`, 36 when another terminal took the login over.
+    /// [platform] The login has ended: 0 after `Logout`, 36 when another terminal has taken the login over.
     virtual void OnLogouted(ZolPortErrCode code) = 0;
 
-    /// [platform] The connection was lost while logged in. 1 = reconnect, 2 = do not, 0 = undecided. A platform that asks
-    /// several listeners stops when any of them answers 2.
+    /// [platform] The connection was lost while logged in. Returns 1 to reconnect, 2 to give up, 0 for undecided. The
+    /// platform must not reconnect when any listener has answered 2.
     virtual int32_t OnReconnectStart() = 0;
 
-    /// [platform] The connection is back and the login restored.
+    /// [platform] The connection and the login are restored.
     virtual void OnReconnectSucess() = 0;
 
-    /// [platform] The connection could not be restored. `text` may be null; with code 36 it is the id of the device that is
-    /// logged in now.
+    /// [platform] The connection could not be restored. With code 36 `text` is the id of the device that is logged in
+    /// now. `text` may be null.
     virtual void OnReconnectFail(ZolPortErrCode code, const char* text) = 0;
 
-    /// [platform] Somebody joined the group that this connection is in. `userId` is decimal text.
+    /// [platform] A user joined the group that this connection is in. `userId` is decimal text of at most 2147483647;
+    /// the module cannot read larger ids (`IMeetingTunnelNotify::OnUserJoined` says what it makes of them).
     virtual void OnGroupUserJoined(const char* userId) = 0;
 
-    /// [platform] Somebody left it, or was lost.
+    /// [platform] A user left the group or lost the connection to it. `userId` as for `OnGroupUserJoined`.
     virtual void OnGroupUserLeaved(const char* userId) = 0;
 
-    /// [platform] The group's users and their streams as a whole.
+    /// [platform] The list of the group's users and of their streams. The module ignores it.
     virtual void OnGroupUserSync(const ZolTextList& users, const WBASELIB::Vector<ZolMediaInfo>& media,
                                  bool complete) = 0;
 
@@ -54,45 +57,59 @@ protected:
 
 /// A connection to the online service, or to an older gateway.
 ///
-/// Implemented by the platform library; created by the host's component factory with `CLSID_ZolConnection` and
-/// `IID_IZolConnection`, reference-counted. Operations return at once, negative on failure; what comes of them is told to
-/// the listeners later, on a thread of the platform's own, never from inside an operation.
+/// The platform library implements it. The host's component factory creates it with `CLSID_ZolConnection` and
+/// `IID_IZolConnection`; it is reference-counted. The module calls it.
+///
+/// Operations return a negative code on failure. Their outcome comes later as an event, on a thread of the platform.
+///
+/// No event may overtake its operation: send the event that answers an operation only after that operation has
+/// returned. Over a network the answer takes a round trip, so this holds by itself; a platform that answers from memory
+/// must see to it. The module notes what it has asked for right after the call. When the event comes earlier, a join
+/// stays pending, and the next lost connection reports it as failed with 50001.
 class IZolConnection : public IUnknown
 {
 public:
-    /// [any] Registers a listener. A listener that is registered already stays registered once.
+    /// [any] Registers a listener; it is not owned. A listener that is registered already stays registered once.
     virtual HRESULT AddListener(IZolConnectionListener* listener) = 0;
 
-    /// [any] Takes a listener away. When it returns no event is running on that listener and none will come, unless it is
-    /// called from inside an event: then that event is the last.
+    /// [any] Removes a listener. When this returns, no event is running on that listener and none will come. Called
+    /// from inside an event of that listener, it returns at once, and that event is the last.
     virtual HRESULT RemoveListener(IZolConnectionListener* listener) = 0;
 
-    /// [any] Logs a user in. Answered by `OnLoginResult`. All texts are copied; none is null. `http` is used for HTTP(S)
-    /// servers only and may be null for others. `ext` is the extension text that other users see with this terminal.
-    /// `mutex` is the mutual-exclusion tag: a second terminal of the same user and tag is refused with 36, or, with `force`,
-    /// logs the first one out.
+    /// [any] Logs a user in; `OnLoginResult` answers. The platform copies the texts; none is null. `companyid` and
+    /// `userid` are decimal texts of unsigned 32-bit numbers.
+    ///
+    /// `http` is null unless `server` begins with "http://" or "https://", in any letter case. It is valid until the
+    /// module has removed its listeners. `Login` may block on it.
+    ///
+    /// `ext` is the extension text that other users see with this terminal. `mutex` is the mutual-exclusion tag: a
+    /// second terminal of the same user and tag is refused with 36, or, with `force`, logs the first one out.
     virtual HRESULT Login(const char* server, IZolHttp* http, const char* appid, const char* token,
                           const char* deviceid, const char* companyid, const char* userid, const char* mutex,
                           const char* ext, bool force, bool registeruser) = 0;
 
-    /// [any] Joins a meeting through the gateway. Answered by `OnLoginResult`, ended by `OnLogouted`.
+    /// [any] Joins a meeting through the gateway; `OnLoginResult` answers. `OnLogouted` reports its end. `userid` is
+    /// decimal text.
     virtual HRESULT LoginOldGw(const GUID& guid, const char* userid, uint32_t param32, uint16_t param16,
                                uint64_t param64) = 0;
 
-    /// [any] Ends the login. Answered by `OnLogouted`.
+    /// [any] Ends the login; `OnLogouted` answers.
     virtual HRESULT Logout() = 0;
 
-    /// [any] Joins a group; a connection is in one group at the most. Answered by `OnJoinGroupResult` when it returned 0.
+    /// [any] Joins a group. A connection is in at most one group. 0 = accepted; `OnJoinGroupResult` answers. The module
+    /// takes every other code as a failure, positive ones too.
     virtual HRESULT JoinGroup(const char* groupId) = 0;
 
-    /// [any] Leaves the group. Answered by `OnLeaveGroupResult` unless it returned a negative value.
+    /// [any] Leaves the group. 0 or positive = accepted; `OnLeaveGroupResult` answers.
     virtual HRESULT LeaveGroup() = 0;
 
-    /// [any] Hands out one of the connection's components (`IID_IZolOnline`, `IID_IZolTMsg`, `IID_IZolMdsClient`) without a
-    /// reference; it lives as long as the connection.
+    /// [any] Writes one of the connection's components (`IID_IZolOnline`, `IID_IZolTMsg`, `IID_IZolMdsClient`) to
+    /// `*out`, without a reference. The component lives as long as the connection.
     virtual HRESULT GetComponent(const IID& iid, void** out) = 0;
 
-    /// [any] Fetches the connection point's address for a later `Login` to the same server.
+    /// [any] Fetches the address of the connection point and keeps it for a later `Login` to the same server. It may
+    /// block on `http`, which is null when the module has no HTTP object. Returns when the address is there; negative
+    /// on failure.
     virtual HRESULT RequestCPAddress(const char* server, IZolHttp* http, const char* appid, const char* token,
                                      const char* companyid) = 0;
 

@@ -5,8 +5,9 @@
 namespace avcore
 {
 
-/// Receives transparent messages: opaque texts from a user to a user or to a group. Implemented by the module's message
-/// service. Texts are never null and not valid after the call.
+/// Receives transparent messages: opaque texts from a user to a user or to a group. The module's message service
+/// implements it and registers it with `IZolTMsg::AddListener`; the platform does not own it. Texts are valid during
+/// the call only and not null.
 class IZolTMsgListener
 {
 public:
@@ -20,17 +21,17 @@ protected:
     ~IZolTMsgListener() = default;
 };
 
-/// The transparent-message component of a connection. Implemented by the platform library; got from
-/// `IZolConnection::GetComponent(IID_IZolTMsg)`, borrowed, lives as long as the connection.
+/// The transparent-message component of a connection. The platform library implements it; the module gets it from
+/// `IZolConnection::GetComponent(IID_IZolTMsg)` without a reference. It lives as long as the connection.
 class IZolTMsg
 {
 public:
     virtual void Reserved0() = 0;
 
-    /// [any] Registers a listener.
+    /// [any] Registers a listener; it is not owned. A listener that is registered already stays registered once.
     virtual HRESULT AddListener(IZolTMsgListener* listener) = 0;
 
-    /// [any] Takes a listener away; the same promise as `IZolConnection::RemoveListener`.
+    /// [any] Removes a listener, with the promise of `IZolConnection::RemoveListener`.
     virtual HRESULT RemoveListener(IZolTMsgListener* listener) = 0;
 
 protected:

@@ -5,8 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <future>
+#include <thread>
 
 /// What developers of hosts and platforms asked, and the headers answer.
 
@@ -188,6 +190,48 @@ CONTRACT_CHECK(HostQuestions, TheLogoutThatDestroyMakesIsNotFollowedByOnOffline,
     check.ExpectEqual(0, stage.manager->Destroy(), "Destroy");
     check.ExpectEqual(1U, stage.journal.Count("connection1.Logout()"), "logouts");
     check.ExpectEqual(0U, stage.journal.Count("S."), "notifications of the session");
+}
+
+CONTRACT_CHECK(HostQuestions, DestroyWaitsForANotificationThatRunsOnAThreadOfThePlatform,
+               "The platform lets a listener go only when no event of it is running.")
+{
+    QuietStage stage(check);
+    std::atomic<bool> hasEnded{false};
+    stage.sessionNotify.hook = [&](const std::string&)
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        hasEnded = true;
+    };
+    stage.platform.thread.Post([&] { stage.Connection().Logouted(0); });
+    check.Expect(stage.journal.Await("S.OnOffline(0)"), "the notification begins");
+    stage.manager->Destroy();
+    check.ExpectEqual(true, hasEnded.load(), "the notification has ended when Destroy returns");
+    stage.platform.thread.Run([] {});
+    stage.sessionNotify.hook = nullptr;
+}
+
+CONTRACT_CHECK(HostQuestions, DestroyDoesNotWaitForANotificationOfTheMonitoringService,
+               "That listener is never taken off the platform.")
+{
+    QuietStage stage(check);
+    MdsNotify listener(stage.journal, "M");
+    onlinemanager::IPaasMdsClient* const client = stage.Mds();
+    client->AddNotify(&listener);
+    client->InitMdsClient();
+    std::promise<void> go;
+    std::atomic<bool> hasEnded{false};
+    listener.hook = [&](const std::string&)
+    {
+        go.get_future().wait_for(std::chrono::seconds(10)); // a Destroy that waits must fail, not hang
+        hasEnded = true;
+    };
+    constexpr const char* kSubscribeAll = R"({"message":{"command":"subscribe_av_quality","data":{"subType":"all"}}})";
+    stage.platform.thread.Post([&] { stage.Connection().mds.MsgData(kSubscribeAll); });
+    check.Expect(stage.journal.Await("M.OnSubscribeAVQualityInfo()"), "the notification begins");
+    stage.manager->Destroy();
+    check.ExpectEqual(false, hasEnded.load(), "the notification has ended when Destroy returns");
+    go.set_value();
+    stage.platform.thread.Run([] {});
 }
 
 CONTRACT_CHECK(HostQuestions, ReloginAfterARefusedLoginSendsTheRefusedParametersAgain,

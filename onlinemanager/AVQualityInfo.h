@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-/// What the host measured of a meeting's audio and video. The measured values are texts: the host chooses units and
-/// precision, the reports carry them unchanged.
+/// The host's measurements of a meeting's audio and video. Measured values are texts: the host chooses units and
+/// precision, and the reports carry the texts unchanged.
 
 namespace onlinemanager
 {
@@ -27,7 +27,7 @@ struct AudioQualityData
 struct VideoQualityData
 {
     uint32_t userId = 0;
-    uint32_t mediaId = 0; ///< the video source of that user
+    uint32_t mediaId = 0; ///< video source of the user
     std::string userName;
     std::string protocol;
     std::string bitrate;
@@ -38,10 +38,10 @@ struct VideoQualityData
     std::string jitter;
 };
 
-/// One measurement. No list holds a null pointer.
+/// One measurement. No list may hold a null pointer.
 struct AVQualityInfo
 {
-    int32_t avQualityLevel = 0; ///< overall level, reported as an unsigned number
+    int32_t avQualityLevel = 0; ///< overall level; the report carries it as an unsigned number
     uint32_t userId = 0;
     uint32_t roomId = 0;
     std::string groupId;

@@ -8,65 +8,74 @@
 namespace onlinemanager
 {
 
-/// Names the meeting to join.
+/// The meeting to join.
 struct JoinData
 {
-    GUID guid;           ///< the meeting
-    uint32_t user_id;    ///< gateway tunnel only: the user, handed to the gateway as decimal text
-    uint32_t gw_param32; ///< gateway tunnel only: handed to the gateway as it is
-    uint16_t gw_param16; ///< gateway tunnel only: handed to the gateway as it is
-    uint64_t gw_param64; ///< gateway tunnel only: handed to the gateway as it is
+    GUID guid;           ///< the meeting; `InviteData::meetingId` has no connection with it
+    uint32_t user_id;    ///< gateway tunnel only: the user; the gateway gets it as decimal text
+    uint32_t gw_param32; ///< gateway tunnel only: the gateway gets it unchanged
+    uint16_t gw_param16; ///< gateway tunnel only: the gateway gets it unchanged
+    uint64_t gw_param64; ///< gateway tunnel only: the gateway gets it unchanged
 };
 static_assert(sizeof(JoinData) == 40 && offsetof(JoinData, gw_param64) == 32);
 
-/// Learns what happens in a meeting. Implemented by the host, registered with `IMeetingTunnel::AddNotify`, not owned.
+/// Receives the events of a meeting. The host implements it and registers it with `IMeetingTunnel::AddNotify`.
 class IMeetingTunnelNotify
 {
 public:
-    /// [platform] The join ended; 0 = joined. `ERR_JOIN_ABORTED_BY_RECONNECT` when the connection was lost meanwhile. A result
-    /// that arrives after `LeaveMeeting` is still reported.
+    /// [platform] A join has ended; 0 = joined. `ERR_JOIN_ABORTED_BY_RECONNECT` when the connection began to reconnect
+    /// while the join was pending. A result that arrives after `LeaveMeeting` is reported too.
     virtual void OnJoinMeetingResult(ErrCode code) = 0;
 
-    /// [platform] The leave ended. On the gateway tunnel also: the gateway ended the meeting.
+    /// [platform] A leave has ended. On the gateway tunnel also when the gateway has ended the meeting; code 36 stays
+    /// 36 there.
     virtual void OnLeaveMeetingResult(ErrCode code) = 0;
 
-    /// [platform] A user joined. On the PaaS tunnel the id is 0 when the platform's text is not a number; the gateway tunnel
-    /// leaves such a user out.
+    /// [platform] A user joined. The platform sends ids as texts and the component reads them as signed 32-bit numbers.
+    /// For a text that does not begin with a digit, and for a number above 2147483647, the PaaS tunnel reports user 0;
+    /// the gateway tunnel does not report the event, and no event of user 0 either.
     virtual void OnUserJoined(unsigned int userId) = 0;
 
-    /// [platform] A user left. (The spelling of the name is part of the interface.)
+    /// [platform] A user left. Ids as for `OnUserJoined`. (The spelling of the name is part of the interface.)
     virtual void OnUserLeaved(unsigned int userId) = 0;
 
 protected:
     ~IMeetingTunnelNotify() = default;
 };
 
-/// One way into a meeting: over the online session's connection, or over the older gateway connection.
+/// A tunnel into a meeting: the PaaS tunnel over the connection of the online session, or the gateway tunnel over the
+/// older gateway connection. docs/states.md lists what each does in every state.
 ///
-/// Implemented by the component; got from `IOnlineManager::GetMeetingTunnel`, or `IPaasOnline::GetMeetingTunnel` for the
-/// first kind. Borrowed; valid until `IOnlineManager::Destroy`. There is one tunnel of each kind and it carries one meeting
-/// at a time.
+/// The component implements it, one object of each kind. The host gets it from `IOnlineManager::GetMeetingTunnel`, the
+/// PaaS tunnel also from `IPaasOnline::GetMeetingTunnel`. Borrowed; valid until `IOnlineManager::Destroy`. A tunnel
+/// carries one meeting at a time.
+///
+/// The end of a login is not reported to the listeners of the PaaS tunnel; see `IPaasOnlineNotify::OnOffline`.
 class IMeetingTunnel
 {
 public:
-    /// [any] Registers a listener; null is ignored. A listener that is registered already is not registered twice; one that was
-    /// removed and not yet forgotten comes back in its old place. A listener added during a delivery is reached by it.
+    /// [any] Registers a listener; it is not owned. Null and a listener that is registered already are ignored.
+    /// Listeners are called in order of registration. A listener that is added during a notification is still called
+    /// for that event. A listener that is added again before the next event after its removal gets its old place back.
     virtual void AddNotify(IMeetingTunnelNotify* notify) = 0;
 
-    /// [any] Removes a listener; null and strangers are ignored. A delivery under way skips it from now on. A notification that
-    /// has begun on another thread may still be running when this returns.
+    /// [any] Removes a listener; null and a listener that is not registered are ignored. No new notification of it
+    /// begins. It does not wait: a notification that runs on another thread may still be running when this returns.
     virtual void RemoveNotify(IMeetingTunnelNotify* notify) = 0;
 
-    /// [any] Forgets all listeners; a delivery under way ends.
+    /// [any] Removes all listeners, and does not wait either. A delivery that is under way ends: listeners that are
+    /// added afterwards are not called for its event.
     virtual void RemoveAllNotify() = 0;
 
-    /// [any] Joins a meeting; the outcome comes by `OnJoinMeetingResult`. False when there is no connection, no record
-    /// (`*static_cast<const JoinData*>(nullptr)` is refused, not followed) or the platform refuses; on the PaaS tunnel also
-    /// when nobody is logged in.
+    /// [any] Joins a meeting. True: `OnJoinMeetingResult` will report the outcome. False: the reference is null
+    /// (`*static_cast<const JoinData*>(nullptr)` is tested, not read), the platform refuses, or there is no connection;
+    /// on the PaaS tunnel also when the session is not logged in. The record is not kept. User ids above 2147483647 are
+    /// sent, but their events cannot be read back (see `OnUserJoined`).
     virtual bool JoinMeeting(const JoinData& data) = 0;
 
-    /// [any] Leaves it; the outcome comes by `OnLeaveMeetingResult`. False when there is no connection or the platform refuses;
-    /// on the PaaS tunnel also when nobody is logged in. The gateway tunnel counts as out of the meeting even then.
+    /// [any] Leaves the meeting. True: `OnLeaveMeetingResult` will report the outcome. False: the platform refuses, or
+    /// there is no connection; on the PaaS tunnel also when the session is not logged in. The gateway tunnel is out of
+    /// the meeting even when the platform refuses.
     virtual bool LeaveMeeting() = 0;
 
 protected:

@@ -8,54 +8,59 @@
 namespace onlinemanager
 {
 
-/// Learns whether anybody wants quality reports. Implemented by the host, registered with `IPaasMdsClient::AddNotify`, not
-/// owned.
+/// Receives the start and the end of quality reporting. The host implements it and registers it with
+/// `IPaasMdsClient::AddNotify`.
 class IPaasMdsClientNotify
 {
 public:
-    /// [platform] At least one report is subscribed: measure. Sent for every command that leaves one subscribed, also when nothing
-    /// changed.
+    /// [platform] At least one report is subscribed: start measuring. Comes after every subscribe command that leaves a
+    /// report subscribed, also when the command changed nothing.
     virtual void OnSubscribeAVQualityInfo() = 0;
 
-    /// [platform] No report is subscribed any more: stop measuring. Sent for every such command while nothing is subscribed.
+    /// [platform] No report is subscribed: stop measuring. Comes after every unsubscribe command that leaves no report
+    /// subscribed, also when the command changed nothing.
     virtual void OnUnSubscribeAVQualityInfo() {}
 
 protected:
     ~IPaasMdsClientNotify() = default;
 };
 
-/// Sends quality reports to the monitoring data service, those that it has subscribed to.
+/// Sends the quality reports that the monitoring data service has subscribed to.
 ///
-/// Implemented by the component, one object; got from `IOnlineManager::GetPaasMdsClient`. Borrowed; valid until
-/// `IOnlineManager::Destroy`. It reaches the platform when it is first needed: call `InitMdsClient` once after `Initialize`, or
-/// no subscription arrives before the first `SendAVQualityInfo`.
+/// The component implements it, one object. The host gets it from `IOnlineManager::GetPaasMdsClient`. Borrowed; valid
+/// until `IOnlineManager::Destroy`.
+///
+/// It registers with the platform at the first `InitMdsClient` or `SendAVQualityInfo`. Call `InitMdsClient` once after
+/// `Initialize`: before the registration no subscription arrives.
 class IPaasMdsClient
 {
 public:
-    /// [any] Registers a listener; null is ignored. A listener that is registered already is not registered twice; one that was
-    /// removed and not yet forgotten comes back in its old place. A listener added during a delivery is reached by it.
+    /// [any] Registers a listener; it is not owned. Null and a listener that is registered already are ignored.
+    /// Listeners are called in order of registration. A listener that is added during a notification is still called
+    /// for that event. A listener that is added again before the next event after its removal gets its old place back.
     virtual void AddNotify(IPaasMdsClientNotify* notify) = 0;
 
-    /// [any] Removes a listener; null and strangers are ignored. A delivery under way skips it from now on. A notification that
-    /// has begun on another thread may still be running when this returns.
+    /// [any] Removes a listener; null and a listener that is not registered are ignored. No new notification of it
+    /// begins. It does not wait: a notification that runs on another thread may still be running when this returns.
     virtual void RemoveNotify(IPaasMdsClientNotify* notify) = 0;
 
-    /// [any] Forgets all listeners; a delivery under way ends.
+    /// [any] Removes all listeners, and does not wait either. A delivery that is under way ends: listeners that are
+    /// added afterwards are not called for its event.
     virtual void RemoveAllNotify() = 0;
 
-    /// Called by `IOnlineManager::Initialize`, not by hosts. False when there is no connection.
+    /// Hosts must not call it; `IOnlineManager::Initialize` does. False when there is no connection.
     virtual bool InitModel(IComponentFactory* factory) = 0;
 
-    /// Called by `IOnlineManager::Destroy`, not by hosts. Always true; what is subscribed stays subscribed.
+    /// Hosts must not call it; `IOnlineManager::Destroy` does. Returns true. Subscriptions stay.
     virtual bool UninitModel() = 0;
 
-    /// [any] Fetches the platform's client afresh and registers with it. Always true; a failure is logged and `SendAVQualityInfo`
-    /// tries again.
+    /// [any] Gets the platform's client again and registers with it. Returns true, also on failure: the failure is
+    /// logged, and the next `SendAVQualityInfo` tries again.
     virtual bool InitMdsClient() = 0;
 
-    /// [any] Sends the subscribed reports of one measurement, the overview first; nothing when none is subscribed or `info` is
-    /// null. A report that the platform does not take is logged and the result is still true; false when the platform has no
-    /// client.
+    /// [any] Sends the subscribed reports of one measurement, the overview first. Sends nothing when no report is
+    /// subscribed or `info` is null. A report that the platform refuses is logged, and the result is still true. False
+    /// only when the platform has no client or there is no connection. Needs no login.
     virtual bool SendAVQualityInfo(const std::shared_ptr<AVQualityInfo>& info) = 0;
 
 protected:

@@ -5,32 +5,32 @@
 namespace onlinemanager
 {
 
-/// Implemented by the host for the channel of transparent messages. It has no operation yet.
+/// The host's listener of transparent messages. It has no operation in this version.
 class IPaasTMsgNotify
 {
 };
 
-/// The channel of transparent messages: opaque texts from user to user or to a group.
+/// The channel of transparent messages: opaque texts from a user to a user or to a group.
 ///
-/// Implemented by the component, one object; got from `IOnlineManager::GetPaasTMsg`. Borrowed; valid until
-/// `IOnlineManager::Destroy`. In this version the channel ends here: messages are logged and nobody is notified.
+/// The component implements it, one object. The host gets it from `IOnlineManager::GetPaasTMsg`. Borrowed; valid until
+/// `IOnlineManager::Destroy`. In this version the component logs incoming messages and calls no listener.
 class IPaasTMsg
 {
 public:
-    /// [any] Registers a listener; null is ignored.
+    /// [any] Registers a listener; it is not owned. Null is ignored.
     virtual void AddNotify(IPaasTMsgNotify* notify) = 0;
 
-    /// [any] Removes a listener; null and strangers are ignored.
+    /// [any] Removes a listener. Null and a listener that is not registered are ignored.
     virtual void RemoveNotify(IPaasTMsgNotify* notify) = 0;
 
-    /// [any] Forgets all listeners.
+    /// [any] Removes all listeners.
     virtual void RemoveAllNotify() = 0;
 
-    /// Called by `IOnlineManager::Initialize`, not by hosts. False when there is no connection or it has no message component; may
-    /// be called again.
+    /// Hosts must not call it; `IOnlineManager::Initialize` does. False when there is no connection, or the connection
+    /// has no message component. It may be called again.
     virtual bool InitModel(IComponentFactory* factory) = 0;
 
-    /// Called by `IOnlineManager::Destroy`, not by hosts. Always true.
+    /// Hosts must not call it; `IOnlineManager::Destroy` does. Returns true.
     virtual bool UninitModel() = 0;
 
 protected:

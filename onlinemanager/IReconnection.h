@@ -6,39 +6,49 @@
 namespace onlinemanager
 {
 
-/// Learns of lost and restored connections. The host implements it as part of `IPaasOnlineNotify`. Every operation has an empty
-/// body, so a host overrides only those that it needs. Both tunnels report here; `type` says which one it is.
+/// Receives the reconnections of a tunnel's connection: type 1 the session's, type 2 the gateway's. The host implements
+/// it as part of `IPaasOnlineNotify`. Every operation has an empty body: override what you need.
 class IReconnectionNotify
 {
 public:
-    /// [platform] The connection was lost while the user was logged in, or in a gateway meeting. The decision about the
-    /// reconnection comes next.
+    /// [platform] The connection was lost while logged in (type 1) or in the meeting (type 2). On type 1 the strategy
+    /// is asked next.
     virtual void OnReadyReconnect(TunnelType /*type*/) {}
 
-    /// [platform] The platform reconnects.
+    /// [platform] The platform reconnects. May come several times.
     virtual void OnReconnectStart(TunnelType /*type*/) {}
 
-    /// [platform] The connection is back. (The spelling of the name is part of the interface.)
+    /// [platform] The connection is restored; on type 1 the session is logged in again. (The spelling of the name is
+    /// part of the interface.)
     virtual void OnReconnectSucess(TunnelType /*type*/) {}
 
-    /// [platform] The reconnection failed with the platform's code, or was given up: `ERR_RECONNECT_STOPPED`.
+    /// [platform] The reconnection failed, with the platform's code, or was given up, with `ERR_RECONNECT_STOPPED`.
+    /// Neither is followed by `IPaasOnlineNotify::OnOffline` of itself.
+    ///
+    /// Given up: the session is logged out, property 0 stays "true", and the presence service still takes the user for
+    /// logged in. Call `Relogin` or `Login`. `Logout` returns true, asks nothing of the platform and causes no
+    /// notification.
+    ///
+    /// Failed: property 0 is "false" and the session counts as logging in. Call `Login`, or `Logout` and wait for
+    /// `OnOffline`; `Relogin` returns false. On type 2 the tunnel keeps its state.
     virtual void OnReconnectFail(TunnelType /*type*/, ErrCode /*code*/) {}
 
 protected:
     ~IReconnectionNotify() = default;
 };
 
-/// Decides whether the platform restores a lost connection of the online session. The host implements and owns it, and sets it
-/// with `IPaasOnline::SetReconnectionStrategy`. It must stay alive until the host has set another one or null and no call of
-/// `CheckReconnect` is running.
+/// Decides whether a lost connection of the online session is restored. The host implements and owns it and sets it
+/// with `IPaasOnline::SetReconnectionStrategy`. It must live until another strategy or null has been set and no
+/// `CheckReconnect` is running. The gateway connection does not ask it.
 class IReconnectionStrategy
 {
 public:
     virtual ~IReconnectionStrategy() = default;
 
-    /// [platform] Returns an `avcore::ZolReconnectDecision`. After `ZOL_RECONNECT_GO_ON` the session sends `OnReconnectStart`.
-    /// After `ZOL_RECONNECT_STOP` it sends `OnReconnectFail` with `ERR_RECONNECT_STOPPED`, and the user is logged out. After
-    /// any other value it sends nothing, and the platform goes on as it does without a decision.
+    /// [platform] Returns an `avcore::ZolReconnectDecision`. After `ZOL_RECONNECT_GO_ON` the session sends
+    /// `OnReconnectStart`. After `ZOL_RECONNECT_STOP` it sends `OnReconnectFail` with `ERR_RECONNECT_STOPPED`, and the user
+    /// is logged out. After any other value the platform decides, and no notification follows until it reports what became
+    /// of the connection.
     virtual int32_t CheckReconnect() = 0;
 };
 

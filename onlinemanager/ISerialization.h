@@ -10,35 +10,38 @@
 namespace onlinemanager
 {
 
-/// Formats and parses every payload that travels inside the platform's messages. Implemented by `JsonSerialization`; each
-/// service makes its own and shares its ownership. It has no state: every operation may be called from any thread.
+/// Formats and parses every payload that travels inside the platform's messages. Internal to the module: hosts and
+/// platforms do not call it. `JsonSerialization` implements it. It has no state: every operation may be called on any
+/// thread.
 ///
-/// Nothing throws on bad input: what cannot be read leaves its output as it was.
+/// No operation throws on bad input. A field that cannot be read leaves its output unchanged.
 class ISerialization
 {
 public:
+    /// Returns the invitation as JSON text.
     virtual std::string FormatInviteUserMsg(const InviteData& data) = 0;
 
-    /// Fills `*out` and returns `out`, whatever happened: judge the record by its contents.
+    /// Reads an invitation into `*out`. Returns `out`, also when nothing could be read.
     virtual InviteData* ParseInviteUserMsg(const std::string& json, InviteData* out) = 0;
 
+    /// Return the answers to an invitation as JSON text.
     virtual std::string FormatAcceptInviteMsg(const quenda::TerminalType& terminalType) = 0;
     virtual std::string FormatRejectInviteMsg(const quenda::TerminalType& terminalType, int mode) = 0;
 
-    /// The text that other users see with a terminal.
+    /// Returns the extension text of a login, which other users see with the terminal.
     virtual std::string FormatLoginExtInfo(const quenda::TerminalType& terminalType) = 0;
 
-    /// The terminal type in such a text, 0 when there is none.
+    /// Returns the terminal type in an extension text; 0 when there is none.
     virtual uint32_t ParseLoginExtInfo(const std::string& json) = 0;
 
-    /// `info` and the elements of its lists must not be null.
+    /// Return the two quality reports as JSON text. `info` and the elements of its lists must not be null.
     virtual std::string FormatAvQualityOverview(const std::shared_ptr<AVQualityInfo>& info) = 0;
     virtual std::string FormatAvQualityDetail(const std::shared_ptr<AVQualityInfo>& info) = 0;
 
-    /// Transparent messages are passed on unparsed; this does nothing.
+    /// Does nothing: in this version transparent messages are opaque.
     virtual void ParseTMsgInfo(const std::string& json) = 0;
 
-    /// The command of the monitoring service and the report that it is about.
+    /// Reads a command of the monitoring data service, and the report that it concerns.
     virtual void ParseMdsClientInfo(const std::string& json, std::string& command, std::string& subType) = 0;
 
     virtual ~ISerialization() = default;

@@ -5,8 +5,9 @@
 namespace onlinemanager
 {
 
-/// True when the host passed a null pointer as this reference. The compiler option -fno-delete-null-pointer-checks
-/// keeps the comparison; without it the compiler assumes that a reference is never null.
+/// True when the reference is null. Hosts dereference pointers that may be null, and the binary interface passes a
+/// reference as a pointer. The module is compiled with `-fno-delete-null-pointer-checks`, so the compiler keeps this
+/// test.
 inline bool IsAbsent(const JoinData& data)
 {
     return reinterpret_cast<uintptr_t>(&data) == 0;

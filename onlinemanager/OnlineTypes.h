@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
-/// Enumerations that several of the component's interfaces share. Hosts and platforms extend most of them: a value that is
-/// not named here is passed on unchanged.
+/// Enumerations that several interfaces of the component share. Hosts and platforms may use further values; the
+/// component passes them on unchanged.
 
 namespace quenda
 {
 
-/// Kind of a client device. The host defines the values; the component only carries them.
+/// Kind of a terminal (client device). The host defines the values; the component only carries them.
 enum TerminalType : uint32_t
 {
     TERMINAL_TYPE_UNKNOWN = 0,
@@ -19,22 +19,22 @@ enum TerminalType : uint32_t
 namespace onlinemanager
 {
 
-/// Which connection carries a meeting.
+/// The connection that carries a meeting, and with it the meeting tunnel.
 enum TunnelType : int32_t
 {
-    TUNNEL_TYPE_NONE = 0, ///< none chosen yet
+    TUNNEL_TYPE_NONE = 0, ///< no tunnel chosen yet
     TUNNEL_TYPE_PAAS = 1, ///< the connection of the online session
     TUNNEL_TYPE_GW = 2,   ///< the older gateway connection
 };
 
-/// Error of every notification. 0 is success; codes of the platform (`avcore::ZolPortErrCode`) pass unchanged; the
-/// component adds the ones from 50001 on.
+/// The code of a notification. 0 is success. Codes of the platform (`avcore::ZolPortErrCode`) pass unchanged, except
+/// code 36 in a logout. The codes from 50001 on are the component's own.
 enum ErrCode : int32_t
 {
     ERR_SUCCESS = 0,
-    ERR_JOIN_ABORTED_BY_RECONNECT = 50001, ///< a join was waiting for its result when the connection began to reconnect
-    ERR_LOGIN_CONFLICT = 50002,            ///< logged out because the account logged in on another device
-    ERR_RECONNECT_STOPPED = 50010,         ///< reconnection given up: the strategy said stop, or there is none
+    ERR_JOIN_ABORTED_BY_RECONNECT = 50001, ///< the connection began to reconnect while a join was pending
+    ERR_LOGIN_CONFLICT = 50002,            ///< logged out because the user logged in on another device
+    ERR_RECONNECT_STOPPED = 50010,         ///< reconnection given up: the strategy answered 2, or none is set
 };
 
 } // namespace onlinemanager

@@ -4,40 +4,45 @@
 
 /// # How to read the interface headers
 ///
-/// Every operation names who calls it and on which thread, with one of four tags:
+/// Every operation begins with a tag that names its caller and the thread:
 ///
-/// - `[host]`      the host application, on any thread of its own. Operations of one object may run on several host threads
-///                 at once unless the text says "control thread": then the host calls them from one thread, one after the
-///                 other (creation, `Initialize`, `Destroy`, unloading).
-/// - `[platform]`  the platform library, on a thread of its own, never from inside a call that it is serving.
-/// - `[http]`      the host's HTTP object, on a thread of its own, never from inside `IHttpClient::Request`.
-/// - `[any]`       whoever holds the object, on any thread, at any time, also from inside a notification.
+/// - `[host]`      The host calls it, on any thread of its own. Several host threads may call operations of one object
+///                 at the same time. Where the text says "control thread", the host must call them from one thread, one
+///                 after the other: creation, `Initialize`, `Destroy`, unloading.
+/// - `[platform]`  The platform library calls it, on a thread of its own. The platform must not call it from inside an
+///                 operation of its own that has not returned.
+/// - `[http]`      The host's HTTP object calls it, on a thread of its own. The object must not call it from inside
+///                 `IHttpClient::Request`.
+/// - `[any]`       Every holder of the object may call it, on any thread, at any time, also from inside a notification.
 ///
-/// The module calls the host and the platform without holding a lock (the one exception stands in IHttpClient.h), so a
-/// notification may call any operation of the module again unless that operation forbids it.
+/// A "notification" is a call of a listener that the host has registered.
 ///
-/// Pointers that pass are borrowed for the duration of the call unless the text says that they are kept or owned. Texts are
-/// UTF-8 and NUL-terminated. A pointer is never null unless the text allows it.
+/// The module holds no lock while it calls the host or the platform, with one exception: `IHttpClient::Request`. A
+/// notification may therefore call any operation of the module, unless the text of that operation forbids it.
 ///
-/// Slots: an interface is the table of its virtual operations in the order of declaration. None of them has a virtual
-/// destructor unless it is declared. Adding, removing or reordering an operation breaks every binary that is out there.
+/// A pointer is borrowed for the duration of the call unless the text says that it is kept or owned. A pointer is not
+/// null unless the text allows it. Texts are UTF-8 and end with a NUL.
+///
+/// An interface is the table of its virtual operations, in the order of declaration. It has a virtual destructor only
+/// where one is declared. Do not add, remove or reorder operations: that breaks every binary built before.
 
 inline constexpr IID IID_IUnknown{0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
-/// The root of every component object: asks for another interface of the same object and counts references.
+/// The root of every component object. It counts references and gives access to the object's other interfaces.
 ///
-/// Implemented by the host, by the platform and by this module, each for its own objects.
+/// The host, the platform and this module implement it for their own objects.
 class IUnknown
 {
 public:
-    /// [any] Hands out the interface `iid` in `*out` with one reference added.
-    /// `E_POINTER` when `out` is null; `E_NOINTERFACE`, with null in `*out`, when the object does not have the interface.
+    /// [any] Writes the object's interface `iid` to `*out` and adds one reference. 0; `E_POINTER` for a null `out`;
+    /// `E_NOINTERFACE`, with null in `*out`, when the object does not have the interface.
     virtual HRESULT QueryInterface(const GUID& iid, void** out) = 0;
 
-    /// [any] Adds a reference. The result is for diagnosis: another thread may have changed the count meanwhile.
+    /// [any] Adds a reference. Returns the count. Use the result for diagnosis only: another thread may change the
+    /// count at any time.
     virtual uint32_t AddRef() = 0;
 
-    /// [any] Gives a reference back; the last one destroys the object. 0 exactly when it did.
+    /// [any] Removes a reference. Returns 0 exactly when that was the last one and the object has been destroyed.
     virtual uint32_t Release() = 0;
 
 protected:

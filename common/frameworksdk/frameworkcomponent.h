@@ -4,10 +4,10 @@
 
 #include <cstddef>
 
-/// The entry of the module: its exported functions, and the creation of components from the template table.
+/// The module's entry: the exported functions, and the creation of components from the template table.
 ///
-/// A host opens the module, looks up `FMDll` and calls it with a table whose size field it has set. From then on it
-/// calls the four functions of the table:
+/// The host loads the module, looks up `FMDll` and calls it with a table whose size field is set. It then uses the four
+/// functions of the table:
 ///
 ///     FMDllTable table;
 ///     table.m_Size = sizeof(FMDllTable);
@@ -17,58 +17,50 @@
 ///                                     factory, &component);
 ///     }
 ///
-/// Every exported function has an unmangled name, by which a host may look it up too. None of them throws. A host must
-/// call them on its control thread.
+/// Every exported function has an unmangled name, so the host may also look it up by that name. None of them throws.
+/// Call them on the control thread.
 
 namespace FRAMEWORKSDK
 {
 class CFrameUnknown;
 }
 
-/// Makes a component. Returns the new object with a reference count of 0, or null, and writes the reason to `*hr`. With
-/// a negative `*hr` the caller must delete a returned object.
+/// Creates a component. Returns the new object with a count of 0, or null. `*hr` receives the result; when it is
+/// negative, `CPDllCreateComponent2` destroys the returned object.
 using LPFNNewComponent = FRAMEWORKSDK::CFrameUnknown* (*)(IUnknown* outer, IComponentFactory* factory, int32_t* hr);
 
-/// One row of the module's template table. The table does not change and exists as long as the module is loaded.
+/// One row of the module's template table. The table is constant and lives as long as the module is loaded.
 struct ComponentObject
 {
     const char* m_Name;
-    const CLSID* m_ClsID;       ///< null disables the row
+    const CLSID* m_ClsID;       ///< a row with null is skipped
     const GUID* m_CategoryID;   ///< the id of the component's main interface
-    LPFNNewComponent m_lpfnNew; ///< null disables the row
+    LPFNNewComponent m_lpfnNew; ///< a row with null is skipped
 };
 static_assert(sizeof(ComponentObject) == 32);
 
-/// Writes the version words of the module: 0x01000001, 1 and 0. The first two pointers may be null; `info3` must not be
-/// null.
+/// [host] Writes the version words of the module: 0x01000001, 1 and 0. Returns 0. The first two pointers may be null,
+/// `info3` must not be.
 using LPFNDllGetInfo = HRESULT (*)(uint32_t* info1, uint32_t* info2, uint32_t* info3);
 
-/// Writes the address of the template table and the number of its rows. Either pointer may be null.
+/// [host] Writes the address of the template table and the number of its rows. Returns 0. Each pointer may be null.
 using LPFNDllGetComponentObject = HRESULT (*)(ComponentObject** templates, uint32_t* count);
 
-/// Returns 0 when no object of the module is alive: the host may then unload the module. Returns 1 otherwise. Every
-/// call detaches the module from its logger, also a call that returns 1; the next creation attaches it again. Before
-/// the unloading a host must also wait until no notification is running (see `IPaasOnline::TriggerNotify`).
+/// [host] Control thread. 0 when the module has no object and may be unloaded, 1 when it has one. Every call detaches
+/// the module from its logger, also a call that returns 1; the next creation attaches it again. Before it unloads the
+/// module, the host must also wait until no notification is running (see `IPaasOnline::TriggerNotify`).
 using LPFNDllCanUnloadNow = HRESULT (*)();
 
-/// Creates the component `clsid` and writes its interface `iid` to `*out`; the caller owns the only reference. The
-/// online manager needs a `factory`; components of other modules may work without one.
-///
-/// The component takes over one reference of `factory`: add one before the call. After `E_NOINTERFACE` that reference
-/// is released as well, because the component existed for a moment. After every other failure it still belongs to the
-/// caller.
-///
-/// Inside an aggregate (`outer` is not null) ask for `IID_IUnknown` only. Any other interface adds its reference to
-/// `outer`, so the new object loses its last own reference and is destroyed, and `*out` points to a destroyed object.
-///
-/// The results are those of `CPDllCreateComponent2`.
+/// [host] Control thread. Attaches the module to its logger, creates the component `clsid` and writes its interface
+/// `iid` to `*out`. The caller holds the only reference. Results and the reference of `factory` as for
+/// `CPDllCreateComponent2`.
 using LPFNDllCreateComponent = HRESULT (*)(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                            IComponentFactory* factory, void** out);
 
-/// The functions of the module, as `FMDll` writes them.
+/// The module's functions. `FMDll` writes the four pointers.
 struct FMDllTable
 {
-    uint32_t m_Size; ///< the host must set it to 40 before the call
+    uint32_t m_Size; ///< bytes; the host must set it to 40 before the call
     uint32_t m_Padding;
     LPFNDllGetInfo m_lpfnGetInfo;
     LPFNDllGetComponentObject m_lpfnGetComponentObject;
@@ -79,36 +71,47 @@ static_assert(sizeof(FMDllTable) == 40);
 static_assert(offsetof(FMDllTable, m_lpfnGetInfo) == 8 && offsetof(FMDllTable, m_lpfnGetComponentObject) == 16);
 static_assert(offsetof(FMDllTable, m_lpfnCanUnloadNow) == 24 && offsetof(FMDllTable, m_lpfnCreateComponent) == 32);
 
-/// [host] Fills the table. `E_POINTER` for a null table. `E_FAIL` for a size other than 40; the table is then
-/// unchanged.
+/// [host] Fills the table and returns 0. `E_POINTER` for a null table. `E_FAIL` for a size other than 40; the table is
+/// then unchanged.
 using LPFNFMDll = HRESULT (*)(FMDllTable* table);
 
 #define FRAMEWORK_EXPORT extern "C" __attribute__((visibility("default")))
 
-/// [host] `CPDllCreateComponent2` with the module's own table.
+/// [host] Control thread. Does what `CPDllCreateComponent2` does, with the module's own table.
 FRAMEWORK_EXPORT HRESULT CPDllCreateComponent(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                               IComponentFactory* factory, void** out);
 
-/// [host] Creates the component of the first enabled row whose class id is `clsid`, and asks it for `iid`.
+/// [host] Control thread. Creates the component of the first row whose class id equals `clsid`, and asks it for `iid`.
 ///
-/// | Result | When |
-/// |---|---|
-/// | `E_POINTER` | `out` is null |
-/// | `E_FAIL` | the table is empty or does not contain the class |
-/// | `E_OUTOFMEMORY` | the row's function returned null without a negative reason |
-/// | the negative reason of the row's function | that function failed; an object that it returned nevertheless is destroyed |
-/// | `E_NOINTERFACE`, null in `*out` | the component does not have the interface; the component is destroyed |
+/// The online manager takes over one reference of `factory`, which must not be null. The host adds that reference
+/// before the call. The last column says who holds it afterwards.
+///
+/// | Result | Condition | Reference of `factory` |
+/// |---|---|---|
+/// | 0 | the component was created | the component's; it releases the reference when it is destroyed |
+/// | `E_POINTER` | `out` is null; `*out` is not written | the caller's |
+/// | `E_FAIL` | the table is empty or has no such class; `*out` is not written | the caller's |
+/// | `E_OUTOFMEMORY` | the row's function returned null without a reason | the caller's |
+/// | the code of the row's function | it is negative; a returned object is destroyed | as that function says |
+/// | `E_FAIL` | of the online manager, for a null `factory` | there is none |
+/// | `E_NOINTERFACE`, null in `*out` | the component lacks the interface and is destroyed | released |
+///
+/// `outer` is the controlling object of an aggregate, or null. With an `outer`, ask for `IID_IUnknown`: that is the new
+/// object's own, non-delegating interface, and the caller must hold it as long as the aggregate lives. Any other
+/// interface of the component is one whose references are counted by `outer`. Nothing then holds the new object: it is
+/// destroyed before the call returns, the reference of `factory` with it. The result is 0 all the same, `*out` points
+/// to the destroyed object and must not be used, and one reference has been added to `outer`.
 FRAMEWORK_EXPORT HRESULT CPDllCreateComponent2(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                                IComponentFactory* factory, void** out, ComponentObject* table,
                                                int count);
 
-/// [host] Returns 0 when no object of the module is alive, else 1. Unlike `WDllCanUnloadNow` it does not touch the
-/// logger.
+/// [host] 0 when the module has no object, else 1. Unlike `WDllCanUnloadNow` it does not detach the logger.
 FRAMEWORK_EXPORT HRESULT CPDllCanUnloadNow();
 
-/// [any] Stores the interface `itf` in `*out` and adds a reference to it (slot 1). `E_POINTER` for a null `out`.
+/// [any] Writes the interface `itf` to `*out`, adds a reference to it (slot 1) and returns 0. `E_POINTER` for a null
+/// `out`.
 FRAMEWORK_EXPORT HRESULT GetComponentInterface(void* itf, void** out);
 
-/// The module's own template table. The file that defines the module's entry functions defines it too.
+/// The module's own template table, defined beside its entry functions.
 extern ComponentObject g_ComponentTemplates[];
 extern uint32_t g_cComponentTemplates;
