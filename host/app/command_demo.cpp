@@ -17,7 +17,6 @@
 #include <cstdio>
 #include <functional>
 #include <memory>
-#include <unistd.h>
 
 namespace host
 {
@@ -37,11 +36,6 @@ struct Options
     uint32_t timeout = 10;
     TraceOptions trace;
 };
-
-std::string DefaultLog()
-{
-    return std::filesystem::temp_directory_path() / ("onlinehost-demo-" + std::to_string(getpid()) + ".log");
-}
 
 LogCenter::Options ToLogOptions(const std::string& file)
 {
@@ -63,8 +57,7 @@ ExitCode Run(const Options& options)
     const auto start = std::chrono::steady_clock::now();
     const Console out(stdout);
     auto module = std::make_shared<Module>(FindModule(options.module));
-    const std::string logFile = options.log.empty() ? DefaultLog() : options.log;
-    LogCenter log(ToLogOptions(logFile));
+    LogCenter log(ToLogOptions(options.log));
     TraceFiles trace(options.trace, log);
     platform::Platform platform;
     platform.SetDiagnostic([&log](std::string_view text) { log.Write("platform", Quenda::LOG_LEVEL_WARNING, text); });
@@ -79,7 +72,14 @@ ExitCode Run(const Options& options)
 
     const auto time = std::chrono::steady_clock::now() - start;
     out.Line("\n" + TallyText(out, tally, std::chrono::duration_cast<std::chrono::milliseconds>(time)));
-    out.Line("The module's log: " + Printable(logFile));
+    if (!options.log.empty())
+    {
+        out.Line("The module's log: " + Printable(options.log));
+    }
+    else if (tally.failed != 0)
+    {
+        out.Line("Run the demonstration again with --log FILE to see the module's log.");
+    }
     if (!options.trace.trace.empty())
     {
         out.Line("The trace: " + Printable(options.trace.trace));
@@ -109,7 +109,7 @@ void AddDemoCommand(CLI::App& program, int& exitCode)
         ->check(CLI::Range(1u, 86400u))
         ->capture_default_str();
     command->add_option("--module", options->module, "The module's file; by default the one beside the program");
-    command->add_option("--log", options->log, "File for the module's log; by default one in the temporary folder");
+    command->add_option("--log", options->log, "File for the module's log; by default none is written");
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 

@@ -2,6 +2,7 @@
 
 #include "tests/support/TemporaryFolder.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -18,7 +19,8 @@ bool Redirect(int target, const std::string& path, int flags)
 
 } // namespace
 
-ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input, const std::string& out)
+ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input, const std::string& out,
+                      const std::map<std::string, std::string>& environment)
 {
     const TemporaryFolder folder;
     const std::string inPath = folder.Write("in", input);
@@ -37,6 +39,10 @@ ProgramResult RunHost(const std::vector<std::string>& arguments, const std::stri
     const pid_t process = fork();
     if (process == 0)
     {
+        for (const auto& [name, value] : environment)
+        {
+            setenv(name.c_str(), value.c_str(), 1);
+        }
         if (Redirect(STDIN_FILENO, inPath, O_RDONLY) && Redirect(STDOUT_FILENO, outPath, O_WRONLY | O_CREAT) &&
             Redirect(STDERR_FILENO, errPath, O_WRONLY | O_CREAT))
         {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,6 @@ struct ProgramResult
 };
 
 /// Runs `onlinehost` with these arguments and `input` on its standard input, and waits for its end. `out`, when given, is
-/// where its standard output goes instead.
+/// where its standard output goes instead. `environment` adds to the variables of the test.
 ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
-                      const std::string& out = {});
+                      const std::string& out = {}, const std::map<std::string, std::string>& environment = {});

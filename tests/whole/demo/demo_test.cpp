@@ -60,14 +60,19 @@ TEST(Demo, WritesTheModulesLogBeside)
     }
 }
 
-TEST(Demo, WithoutALogNamesOneOfItsOwn)
+TEST(Demo, WithoutALogFileLeavesNothingInTheTemporaryFolder)
 {
-    const ProgramResult result = RunHost({"demo", "--timeout", "60"});
-    ASSERT_EQ(result.exitCode, 0);
-    std::smatch match;
-    ASSERT_TRUE(std::regex_search(result.out, match, std::regex(R"(\nThe module's log: ([^\n]+)\n$)"))) << result.out;
-    EXPECT_NE(ReadFile(match[1].str()).find("OnlineManager::Initialize."), std::string::npos);
-    std::filesystem::remove(match[1].str());
+    const TemporaryFolder folder;
+    const ProgramResult result = RunHost({"demo", "--timeout", "60"}, {}, {}, {{"TMPDIR", folder / ""}});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(result.out.find("The module's log"), std::string::npos) << result.out;
+    EXPECT_TRUE(std::filesystem::is_empty(folder / "")) << "nothing is left in the temporary folder";
+}
+
+TEST(Demo, AnEmptyNameOfTheTemporaryFolderIsNoError)
+{
+    const ProgramResult result = RunHost({"demo", "--timeout", "60"}, {}, {}, {{"TMPDIR", ""}});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
 }
 
 TEST(Demo, ABiggerCompanyShowsItsProgress)
