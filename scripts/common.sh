@@ -1,7 +1,7 @@
-# Shared by run and check: the packages that are needed, and how they are installed and things are built.
-# Sourced by bash with the repository root as the current folder.
+# Shared by run and check: the needed packages, and functions that install them and build. Sourced by bash with the
+# repository's root as the current folder.
 
-# To build the module, the platform and the host. ca-certificates is what the host checks HTTPS servers against.
+# For the build of the module, the platform and the host. The host checks HTTPS servers against ca-certificates.
 build_packages=(
     ca-certificates
     cmake
@@ -14,7 +14,7 @@ build_packages=(
     rapidjson-dev
 )
 
-# What the tests, the benchmarks and the other checks need besides.
+# Also needed by the tests, the benchmarks and the other checks.
 check_packages=(
     ccache
     clang
@@ -23,6 +23,7 @@ check_packages=(
     libgtest-dev
     openssl
     pkg-config
+    valgrind
 )
 
 tidy_packages=(
@@ -45,7 +46,7 @@ fail()
     exit "$code"
 }
 
-# do_step WHAT COMMAND...: says what it does and ends the script when that fails.
+# do_step WHAT COMMAND...: prints WHAT and runs the command. Ends the script when the command fails.
 do_step()
 {
     local what=$1 code=0
@@ -71,11 +72,11 @@ as_root()
     fi
 }
 
-# install_packages NAME...: installs what is missing; without anything missing it asks nobody.
+# install_packages NAME...: installs the missing ones. Asks for no rights and uses no network when none is missing.
 install_packages()
 {
     command -v dpkg-query >/dev/null && command -v apt-get >/dev/null ||
-        fail 1 "this is not a Debian system: packages are installed through apt only. Needed are: $*"
+        fail 1 "this is not a Debian system: dpkg-query and apt-get are missing. Install these packages by hand: $*"
 
     local name missing=()
     for name in "$@"; do
@@ -86,19 +87,19 @@ install_packages()
         return
     fi
 
-    say "Installing what is missing: ${missing[*]}"
-    local hint="ask an administrator for: apt-get install --no-install-recommends ${missing[*]}"
+    say "Installing the missing packages: ${missing[*]}"
+    local hint="let an administrator run: apt-get install --no-install-recommends ${missing[*]}"
     if [ "$(id -u)" != 0 ]; then
         command -v sudo >/dev/null || fail "$no_rights" "no rights to install packages (not root, and no sudo); $hint"
         as_root true || fail "$no_rights" "no rights to install packages (sudo refused); $hint"
     fi
     local install=(env DEBIAN_FRONTEND=noninteractive apt-get)
-    as_root "${install[@]}" update -q || fail 1 "apt-get update failed; without a network, $hint"
+    as_root "${install[@]}" update -q || fail 1 "apt-get update failed; if there is no network, $hint"
     as_root "${install[@]}" install -q -y --no-install-recommends "${missing[@]}" ||
         fail 1 "apt-get could not install: ${missing[*]}"
 }
 
-# build PRESET [TARGET...]: configures and builds a preset, all of it unless targets are named.
+# build PRESET [TARGET...]: configures a preset and builds these targets of it, or all.
 build()
 {
     local preset=$1

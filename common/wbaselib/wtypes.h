@@ -3,6 +3,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if __cplusplus < 202002L
+#error "these headers need C++20: compile with -std=c++20 or newer"
+#endif
+
 /// Scalars, identifiers and result codes of the component model. They are in the global namespace, and hosts and
 /// platform libraries rely on their layout.
 

@@ -1,0 +1,9 @@
+# The README shows the example of a host whole.
+cmake_minimum_required(VERSION 3.25)
+
+file(READ "${SOURCE}/README.md" readme)
+file(READ "${SOURCE}/examples/minimal_host/minimal_host.cpp" example)
+string(FIND "${readme}" "```cpp\n${example}```\n" position)
+if(position EQUAL -1)
+    message(FATAL_ERROR "README.md does not quote examples/minimal_host/minimal_host.cpp as it stands")
+endif()

@@ -1,0 +1,18 @@
+# The README names every library that the module needs at run time.
+cmake_minimum_required(VERSION 3.25)
+include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
+
+file(READ "${SOURCE}/README.md" readme)
+find_program(readelf readelf REQUIRED)
+run("${readelf}" -d "${BUILD}/onlinemanager/libOnlineManager.so")
+string(REGEX MATCHALL "\\(NEEDED\\)[^\n]*" needed "${output}")
+if(NOT needed)
+    message(FATAL_ERROR "expected the module to need libraries")
+endif()
+foreach(library IN LISTS needed)
+    string(REGEX REPLACE ".*library: .(lib[a-z_+]+)[.].*" "\\1" library "${library}")
+    string(FIND "${readme}" "`${library}`" position)
+    if(position EQUAL -1)
+        message(FATAL_ERROR "README.md does not name ${library}")
+    endif()
+endforeach()
