@@ -4,7 +4,6 @@
 
 #include <mutex>
 #include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <type_traits>

@@ -16,7 +16,7 @@ std::string Log(std::string_view text)
 
 const std::string kJoin = Log("JoinMeeting()");
 const std::string kLeave = Log("LeaveMeeting()");
-const std::string kLogin = "connection2.LoginOldGw({12345678-9abc-def0-1234-56789abcdef0}, \"52011\", 32, 16, 64)";
+const std::string kLogin = "connection2.LoginOldGw({12345678-9ABC-DEF0-1234-56789ABCDEF0}, \"52011\", 32, 16, 64)";
 const std::string kReady = "[platform] A.OnReadyReconnect(2)";
 const std::string kStart = "[platform] A.OnReconnectStart(2)";
 

@@ -1,5 +1,5 @@
-#include "checks/SharedObject.h"
 #include "checks/Stage.h"
+#include "onlinehost/SharedObject.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -7,6 +7,9 @@
 
 namespace checks
 {
+
+using onlinehost::Module;
+using onlinehost::SharedObject;
 
 namespace
 {
@@ -97,9 +100,9 @@ CONTRACT_CHECK(ModuleFile, LeavesTheProcessWhenItIsClosed, "After dlclose the mo
     }
     {
         Stage stage(check, Scene::LoggedIn);
-        check.Expect(ModuleFile::IsLoaded(check.ModulePath()), "the module is mapped while it is used");
+        check.Expect(Module::IsLoaded(check.ModulePath()), "the module is mapped while it is used");
     }
-    check.Expect(!ModuleFile::IsLoaded(check.ModulePath()), "the module is gone after dlclose");
+    check.Expect(!Module::IsLoaded(check.ModulePath()), "the module is gone after dlclose");
 }
 
 CONTRACT_CHECK(ModuleFile, TwoCopiesInOneProcessDoNotMeet,

@@ -2,11 +2,11 @@
 
 #include "avcore/ZolTypes.h"
 #include "common/frameworksdk/ILogCenter.h"
+#include "onlinehost/Text.h"
 #include "onlinemanager/IOnlineManager.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 
 namespace checks
 {
@@ -15,33 +15,6 @@ namespace
 {
 
 thread_local const char* threadName = "module";
-
-void AppendUtf8(std::string& text, uint32_t character)
-{
-    const auto byte = [&text](uint32_t value) { text += static_cast<char>(value); };
-    if (character < 0x80)
-    {
-        byte(character);
-    }
-    else if (character < 0x800)
-    {
-        byte(0xC0 | (character >> 6));
-        byte(0x80 | (character & 0x3F));
-    }
-    else if (character < 0x10000)
-    {
-        byte(0xE0 | (character >> 12));
-        byte(0x80 | ((character >> 6) & 0x3F));
-        byte(0x80 | (character & 0x3F));
-    }
-    else
-    {
-        byte(0xF0 | ((character >> 18) & 0x07));
-        byte(0x80 | ((character >> 12) & 0x3F));
-        byte(0x80 | ((character >> 6) & 0x3F));
-        byte(0x80 | (character & 0x3F));
-    }
-}
 
 } // namespace
 
@@ -129,21 +102,7 @@ std::string NameOf(const GUID& id)
             return entry.name;
         }
     }
-    char text[40];
-    std::snprintf(text, sizeof(text), "{%08x-%04x-%04x-%02x%02x-%02x%02x%02x%02x%02x%02x}", id.Data1, id.Data2,
-                  id.Data3, id.Data4[0], id.Data4[1], id.Data4[2], id.Data4[3], id.Data4[4], id.Data4[5], id.Data4[6],
-                  id.Data4[7]);
-    return text;
-}
-
-std::string Narrow(std::wstring_view text)
-{
-    std::string narrow;
-    for (const wchar_t character : text)
-    {
-        AppendUtf8(narrow, static_cast<uint32_t>(character));
-    }
-    return narrow;
+    return onlinehost::GuidText(id);
 }
 
 } // namespace checks

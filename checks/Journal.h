@@ -67,7 +67,4 @@ std::string Quoted(const char* text);
 /// The name of an identifier that both sides know, else its text.
 std::string NameOf(const GUID& id);
 
-/// UTF-8 of wide text.
-std::string Narrow(std::wstring_view text);
-
 } // namespace checks

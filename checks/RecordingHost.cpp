@@ -1,7 +1,12 @@
 #include "checks/RecordingHost.h"
 
+#include "onlinehost/Text.h"
+#include "onlinehost/WideFormat.h"
+
 #include <cstdio>
-#include <cwchar>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
 
 namespace checks
 {
@@ -23,25 +28,6 @@ std::string Format(const char* format, va_list arguments)
     std::vsnprintf(text.data(), text.size(), format, arguments);
     text.pop_back();
     return text;
-}
-
-/// `%s` takes wide text in a message, narrow text in vswprintf.
-std::wstring WithWideTexts(std::wstring format)
-{
-    for (size_t position = 0; (position = format.find(L"%s", position)) != std::wstring::npos; position += 3)
-    {
-        format.replace(position, 2, L"%ls");
-    }
-    return format;
-}
-
-std::wstring FormatWide(const wchar_t* format, va_list arguments)
-{
-    const std::wstring wide = WithWideTexts(format);
-    std::wstring text(0x10000, L'\0');
-    const int length = std::vswprintf(text.data(), text.size(), wide.c_str(), arguments);
-    text.resize(length < 0 ? 0 : static_cast<size_t>(length));
-    return length < 0 ? L"unreadable format" : text;
 }
 
 /// The text with every address of an object in it as "<pointer>"; an address has more digits than a result code.
@@ -104,8 +90,8 @@ public:
 
     void AppendWide(const wchar_t* format, va_list arguments) override
     {
-        Take("message.AppendWide(", Narrow(format));
-        m_text += Narrow(FormatWide(format, arguments));
+        Take("message.AppendWide(", onlinehost::ToUtf8(format));
+        m_text += onlinehost::FormatWide(format, arguments);
     }
 
 private:
@@ -196,14 +182,14 @@ HRESULT RecordingLogCenter::RemoveLogWriter(const char* name, Quenda::ILogWriter
 HRESULT RecordingLogAllocator::CreateLog(const wchar_t* name, int32_t level, int32_t mode, IWLog** out)
 {
     std::ostringstream call;
-    call << "CreateLog(\"" << Narrow(name) << "\", " << level << ", " << mode << ")";
+    call << "CreateLog(\"" << onlinehost::ToUtf8(name) << "\", " << level << ", " << mode << ")";
     return HandOutLog(call.str(), "CreateLog", out);
 }
 
 HRESULT RecordingLogAllocator::CreateLog2(const wchar_t* name, int32_t level, int32_t mode, BOOL encrypt, IWLog** out)
 {
     std::ostringstream call;
-    call << "CreateLog2(\"" << Narrow(name) << "\", " << level << ", " << mode << ", " << encrypt << ")";
+    call << "CreateLog2(\"" << onlinehost::ToUtf8(name) << "\", " << level << ", " << mode << ", " << encrypt << ")";
     return HandOutLog(call.str(), "CreateLog2", out);
 }
 

@@ -8,10 +8,13 @@
 #include "common/frameworksdk/ILogCenter.h"
 #include "onlinemanager/IReconnection.h"
 
+#include <atomic>
 #include <deque>
 #include <map>
 #include <memory>
-#include <optional>
+#include <mutex>
+#include <string>
+#include <vector>
 
 namespace checks
 {

@@ -4,11 +4,12 @@
 #include "onlinemanager/IMeetingTunnel.h"
 #include "onlinemanager/IPaasMdsClient.h"
 #include "onlinemanager/IPaasOnline.h"
-#include "onlinemanager/IPaasTMsg.h"
 #include "onlinemanager/IUserOnline.h"
 
 #include <functional>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace checks
 {

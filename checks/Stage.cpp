@@ -183,7 +183,7 @@ void Stage::Strike()
     check.ExpectEqual(0, factory.center.manager.openMessages.load(), "log messages not released");
     check.ExpectEqual(0, factory.center.manager.wrongLoggerId.load(), "an unknown logger was asked for its level");
     ForgetLoggers();
-    module.Close();
+    module.Unload();
 }
 
 /// A build that stays mapped after dlclose must not remember this host's loggers when the next check loads it.

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "checks/Check.h"
-#include "checks/ModuleFile.h"
 #include "checks/RecordingHost.h"
 #include "checks/RecordingNotify.h"
 #include "checks/RecordingPlatform.h"
+#include "onlinehost/Module.h"
 #include "onlinemanager/IMeetingTunnel.h"
 #include "onlinemanager/IOnlineManager.h"
 #include "onlinemanager/IPaasMdsClient.h"
@@ -12,7 +12,8 @@
 #include "onlinemanager/IPaasTMsg.h"
 #include "onlinemanager/IUserOnline.h"
 
-#include <memory>
+#include <string>
+#include <vector>
 
 namespace checks
 {
@@ -73,7 +74,7 @@ public:
     RecordingPlatform platform;
     RecordingFactory factory;
     RecordingHttp http;
-    ModuleFile module;
+    onlinehost::Module module;
     onlinemanager::IOnlineManager* manager = nullptr;
 
 private:

@@ -1,10 +1,8 @@
 #include "onlinehost/Module.h"
 
-#include "onlinehost/ElfFile.h"
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"
 
-#include <algorithm>
 #include <dlfcn.h>
 
 namespace onlinehost
@@ -23,17 +21,8 @@ std::optional<GUID> Copy(const GUID* id)
     return id != nullptr ? std::optional(*id) : std::nullopt;
 }
 
-/// `functions` are those that the file exports: `dlsym` finds data too, which must not be called.
-FMDllTable AskForTable(void* library, const std::vector<std::string>& functions)
+FMDllTable AskForTable(LPFNFMDll entry)
 {
-    static constexpr char kEntry[] = "FMDll";
-
-    const bool isFunction = std::binary_search(functions.begin(), functions.end(), kEntry);
-    const auto entry = isFunction ? reinterpret_cast<LPFNFMDll>(dlsym(library, kEntry)) : nullptr;
-    if (entry == nullptr)
-    {
-        throw Error("is not a module: it has no function FMDll");
-    }
     FMDllTable table{};
     table.m_Size = sizeof(table);
     const HRESULT result = entry(&table);
@@ -56,9 +45,7 @@ void Module::Unloader::operator()(void* library) const
     dlclose(library);
 }
 
-Module::Module(const std::filesystem::path& path)
-    : m_path(std::filesystem::absolute(path)),
-      m_exportedFunctions(ReadExportedFunctions(path))
+Module::Module(const std::filesystem::path& path) : m_path(std::filesystem::absolute(path)), m_file(path)
 {
     m_library.reset(dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (m_library == nullptr)
@@ -67,7 +54,12 @@ Module::Module(const std::filesystem::path& path)
     }
     try
     {
-        m_table = AskForTable(m_library.get(), m_exportedFunctions);
+        // dlsym finds data too, which must not be called.
+        if (!m_file.functions.contains("FMDll"))
+        {
+            throw Error("is not a module: it has no function FMDll");
+        }
+        m_functions = AskForTable(Find<LPFNFMDll>("FMDll"));
     }
     catch (const Error& error)
     {
@@ -77,9 +69,9 @@ Module::Module(const std::filesystem::path& path)
 
 Module::~Module()
 {
-    if (!CanUnload())
+    if (m_library != nullptr && !CanUnload())
     {
-        // Code that somebody may still run must not be unmapped.
+        // Another thread may still run the module's code, so it must stay mapped.
         static_cast<void>(m_library.release());
     }
 }
@@ -87,7 +79,7 @@ Module::~Module()
 Module::Info Module::GetInfo() const
 {
     Info info;
-    const HRESULT result = m_table.m_lpfnGetInfo(&info.info1, &info.info2, &info.info3);
+    const HRESULT result = m_functions.m_lpfnGetInfo(&info.info1, &info.info2, &info.info3);
     if (result < 0)
     {
         throw Error(Printable(m_path.string()) + ": the module gives no information: " + CodeText(result));
@@ -99,7 +91,7 @@ std::vector<Module::ComponentInfo> Module::GetComponents() const
 {
     ComponentObject* rows = nullptr;
     uint32_t count = 0;
-    const HRESULT result = m_table.m_lpfnGetComponentObject(&rows, &count);
+    const HRESULT result = m_functions.m_lpfnGetComponentObject(&rows, &count);
     if (result < 0 || (rows == nullptr && count != 0))
     {
         throw Error(Printable(m_path.string()) + ": the module does not show its components: " + CodeText(result));
@@ -120,12 +112,12 @@ void* Module::Create(const CLSID& classId, const IID& interfaceId, IComponentFac
         factory->AddRef();
     }
     void* component = nullptr;
-    const HRESULT result = m_table.m_lpfnCreateComponent(classId, interfaceId, nullptr, factory, &component);
+    const HRESULT result = m_functions.m_lpfnCreateComponent(classId, interfaceId, nullptr, factory, &component);
     if (result >= 0 && component != nullptr)
     {
         return component;
     }
-    // A component that lacks the interface was made, and gave the reference back when it was destroyed.
+    // After E_NOINTERFACE the component existed, and its destruction has already released the factory.
     if (factory != nullptr && result != E_NOINTERFACE)
     {
         factory->Release();
@@ -136,7 +128,27 @@ void* Module::Create(const CLSID& classId, const IID& interfaceId, IComponentFac
 
 bool Module::CanUnload()
 {
-    return m_table.m_lpfnCanUnloadNow() == S_OK;
+    return m_functions.m_lpfnCanUnloadNow() == S_OK;
+}
+
+void Module::Unload()
+{
+    m_library.reset();
+}
+
+bool Module::IsLoaded(const std::filesystem::path& path)
+{
+    return std::unique_ptr<void, Unloader>(dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD)) != nullptr;
+}
+
+void* Module::FindAddress(const char* name) const
+{
+    void* const address = dlsym(m_library.get(), name);
+    if (address == nullptr)
+    {
+        throw Error(Printable(m_path.string()) + ": the module does not export " + name);
+    }
+    return address;
 }
 
 } // namespace onlinehost

@@ -2,9 +2,8 @@
 
 #include "onlinehost/Counted.h"
 #include "onlinehost/Error.h"
+#include "tests/support/TemporaryFolder.h"
 
-#include <algorithm>
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 using onlinehost::Module;
@@ -28,16 +27,6 @@ std::string LoadFailure(const std::filesystem::path& path)
     {
         return error.what();
     }
-}
-
-bool IsLoaded(const std::string& path)
-{
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_NOLOAD);
-    if (library != nullptr)
-    {
-        dlclose(library);
-    }
-    return library != nullptr;
 }
 
 class CountedFactory final : public onlinehost::Counted<IComponentFactory>
@@ -69,8 +58,7 @@ TEST(Module, TellsInfoValuesComponentsAndExports)
     EXPECT_FALSE(components[1].classId);
     EXPECT_FALSE(components[1].categoryId);
 
-    const auto& functions = module.ExportedFunctions();
-    EXPECT_TRUE(std::binary_search(functions.begin(), functions.end(), "FMDll"));
+    EXPECT_TRUE(module.ExportedFunctions().contains("FMDll"));
 }
 
 TEST(Module, FilesThatAreNoModuleAreRefusedWithTheReason)
@@ -97,18 +85,18 @@ TEST(Module, WhatTheSystemCannotLoadIsToldInItsWords)
 TEST(Module, IsUnloadedWithTheObject)
 {
     const std::string path = TestModule("good");
-    ASSERT_FALSE(IsLoaded(path));
+    ASSERT_FALSE(Module::IsLoaded(path));
     {
         const Module module(path);
-        EXPECT_TRUE(IsLoaded(path));
+        EXPECT_TRUE(Module::IsLoaded(path));
     }
-    EXPECT_FALSE(IsLoaded(path));
+    EXPECT_FALSE(Module::IsLoaded(path));
 }
 
 TEST(Module, ARefusedFileIsUnloaded)
 {
     EXPECT_NE(LoadFailure(TestModule("refuses")), "");
-    EXPECT_FALSE(IsLoaded(TestModule("refuses")));
+    EXPECT_FALSE(Module::IsLoaded(TestModule("refuses")));
 }
 
 TEST(Module, StaysLoadedWhileItSaysThatObjectsLive)
@@ -118,7 +106,25 @@ TEST(Module, StaysLoadedWhileItSaysThatObjectsLive)
         Module module(path);
         EXPECT_FALSE(module.CanUnload());
     }
-    EXPECT_TRUE(IsLoaded(path));
+    EXPECT_TRUE(Module::IsLoaded(path));
+}
+
+TEST(Module, IsUnloadedOnDemandAlsoWhileObjectsLive)
+{
+    // A copy, because another test leaves the module itself loaded.
+    const TemporaryFolder folder;
+    const std::filesystem::path path = folder / "module.so";
+    std::filesystem::copy_file(TestModule("stays_in_use"), path);
+    Module module(path);
+    module.Unload();
+    EXPECT_FALSE(Module::IsLoaded(path));
+}
+
+TEST(Module, FindsExportedFunctionsByName)
+{
+    const Module module(TestModule("good"));
+    EXPECT_EQ(module.Find<int (*)()>("SomeFunction")(), 1);
+    EXPECT_THROW(module.Find<int (*)()>("NoSuchFunction"), onlinehost::Error);
 }
 
 TEST(Module, CreationLendsOneReferenceOfTheFactory)

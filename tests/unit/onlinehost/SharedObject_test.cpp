@@ -1,4 +1,4 @@
-#include "onlinehost/ElfFile.h"
+#include "onlinehost/SharedObject.h"
 
 #include "onlinehost/Error.h"
 #include "tests/support/TemporaryFolder.h"
@@ -10,7 +10,7 @@
 #include <random>
 #include <sys/stat.h>
 
-using onlinehost::ReadExportedFunctions;
+using onlinehost::SharedObject;
 
 namespace
 {
@@ -22,7 +22,7 @@ std::string Refusal(const std::filesystem::path& path)
 {
     try
     {
-        ReadExportedFunctions(path);
+        const SharedObject file(path);
         return {};
     }
     catch (const onlinehost::Error& error)
@@ -31,7 +31,7 @@ std::string Refusal(const std::filesystem::path& path)
     }
 }
 
-class ElfFile : public testing::Test
+class SharedObjectFile : public testing::Test
 {
 protected:
     std::string RefusalOf(const std::string& content)
@@ -58,20 +58,36 @@ void ExpectContains(const std::string& text, const std::string& part)
 
 } // namespace
 
-TEST_F(ElfFile, ExportedFunctionsAreThoseThatAreDefinedAndVisibleInOrder)
+TEST_F(SharedObjectFile, ExportedFunctionsAreThoseThatAreDefinedAndVisible)
 {
-    const std::vector<std::string> functions = ReadExportedFunctions(kGoodModule);
-    EXPECT_TRUE(std::is_sorted(functions.begin(), functions.end()));
-    EXPECT_TRUE(std::binary_search(functions.begin(), functions.end(), "FMDll"));
-    EXPECT_TRUE(std::binary_search(functions.begin(), functions.end(), "SomeFunction"));
-    for (const std::string& function : functions)
+    const SharedObject file(kGoodModule);
+    EXPECT_TRUE(file.functions.contains("FMDll"));
+    EXPECT_TRUE(file.functions.contains("SomeFunction"));
+    for (const std::string& function : file.functions)
     {
         EXPECT_EQ(function.find("CreateComponent"), std::string::npos) << "is hidden";
         EXPECT_NE(function, "__cxa_finalize") << "is not defined in the file";
     }
 }
 
-TEST_F(ElfFile, NamesTheFileAndTheReason)
+TEST_F(SharedObjectFile, DataIsExportedButIsNoFunction)
+{
+    const SharedObject file(TEST_MODULE_FOLDER "/libtest_module_entry_is_data.so");
+    EXPECT_TRUE(file.exported.contains("FMDll"));
+    EXPECT_FALSE(file.functions.contains("FMDll"));
+    EXPECT_TRUE(file.functions.contains("SomeFunction"));
+}
+
+TEST_F(SharedObjectFile, TellsWhatTheFileNeedsFromOthers)
+{
+    // This program has the form of a shared object too.
+    const SharedObject file("/proc/self/exe");
+    EXPECT_TRUE(file.needed.contains("libc.so.6"));
+    EXPECT_TRUE(SharedObject(kGoodModule).undefined.contains("__cxa_finalize"));
+    EXPECT_FALSE(SharedObject(kGoodModule).exported.contains("__cxa_finalize"));
+}
+
+TEST_F(SharedObjectFile, NamesTheFileAndTheReason)
 {
     const std::string missing = m_folder / "missing.so";
     EXPECT_EQ(Refusal(missing), missing + ": no such file");
@@ -84,7 +100,7 @@ TEST_F(ElfFile, NamesTheFileAndTheReason)
                    "is not a shared object");
 }
 
-TEST_F(ElfFile, APipeIsNotWaitedFor)
+TEST_F(SharedObjectFile, APipeIsNotWaitedFor)
 {
     const std::filesystem::path pipe = m_folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -92,7 +108,7 @@ TEST_F(ElfFile, APipeIsNotWaitedFor)
     ExpectContains(Refusal("/dev/zero"), "is not a regular file");
 }
 
-TEST_F(ElfFile, OtherMachinesAndKindsAreRefused)
+TEST_F(SharedObjectFile, OtherMachinesAndKindsAreRefused)
 {
     ExpectContains(RefusalOfModuleWith<uint8_t>(EI_CLASS, ELFCLASS32), "is not for x86-64");
     ExpectContains(RefusalOfModuleWith<uint8_t>(EI_DATA, ELFDATA2MSB), "is not for x86-64");
@@ -100,15 +116,15 @@ TEST_F(ElfFile, OtherMachinesAndKindsAreRefused)
     ExpectContains(RefusalOfModuleWith<Elf64_Half>(offsetof(Elf64_Ehdr, e_type), ET_REL), "is not a shared object");
 }
 
-TEST_F(ElfFile, TablesThatLieOutsideTheFileAreRefused)
+TEST_F(SharedObjectFile, TablesThatLieOutsideTheFileAreRefused)
 {
     ExpectContains(RefusalOfModuleWith<Elf64_Off>(offsetof(Elf64_Ehdr, e_phoff), UINT64_MAX - 8), "is cut short");
     ExpectContains(RefusalOfModuleWith<Elf64_Off>(offsetof(Elf64_Ehdr, e_shoff), m_good.size()), "is cut short");
-    ExpectContains(RefusalOfModuleWith<Elf64_Half>(offsetof(Elf64_Ehdr, e_shentsize), 1), "strange size");
+    ExpectContains(RefusalOfModuleWith<Elf64_Half>(offsetof(Elf64_Ehdr, e_shentsize), 1), "unexpected size");
     ExpectContains(RefusalOfModuleWith<Elf64_Half>(offsetof(Elf64_Ehdr, e_shnum), 0), "no table of dynamic symbols");
 }
 
-TEST_F(ElfFile, APartToLoadThatTheFileDoesNotHaveIsRefused)
+TEST_F(SharedObjectFile, APartToLoadThatTheFileDoesNotHaveIsRefused)
 {
     Elf64_Ehdr header;
     std::memcpy(&header, m_good.data(), sizeof(header));
@@ -118,7 +134,7 @@ TEST_F(ElfFile, APartToLoadThatTheFileDoesNotHaveIsRefused)
     ExpectContains(RefusalOfModuleWith<Elf64_Off>(first + offsetof(Elf64_Phdr, p_offset), UINT64_MAX), "is cut short");
 }
 
-TEST_F(ElfFile, CutShortAtAnyPlaceIsRefused)
+TEST_F(SharedObjectFile, CutShortAtAnyPlaceIsRefused)
 {
     // The section headers stand at the end and are needed, so nothing shorter than the file can be whole.
     const size_t step = std::max<size_t>(m_good.size() / 150, 1);
@@ -128,7 +144,7 @@ TEST_F(ElfFile, CutShortAtAnyPlaceIsRefused)
     }
 }
 
-TEST_F(ElfFile, DamageAnywhereInTheTablesIsSurvived)
+TEST_F(SharedObjectFile, DamageAnywhereInTheTablesIsSurvived)
 {
     Elf64_Ehdr header;
     std::memcpy(&header, m_good.data(), sizeof(header));
