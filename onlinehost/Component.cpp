@@ -31,7 +31,7 @@ Service& Require(Service* service, const char* what)
     return *service;
 }
 
-/// The tunnels notify in the same words, so each has a listener of its own that knows which one it is.
+/// Both tunnels call the same operations, so each has its own listener, which knows its tunnel.
 class TunnelListener final : public IMeetingTunnelNotify
 {
 public:
@@ -64,7 +64,7 @@ private:
 
 } // namespace
 
-/// Everything that the module calls; each notification becomes an event.
+/// All listeners of the component and its reconnection strategy. Each notification becomes an event.
 class Component::Listeners final : public IPaasOnlineNotify,
                                    public IUserOnlineNotify,
                                    public IPaasMdsClientNotify,
@@ -194,7 +194,7 @@ IOnlineManager* Component::Create(IComponentFactory& factory, const Interposer& 
 
 void Component::Open()
 {
-    // The component takes this reference over and, on purpose of its own, never gives it back.
+    // The component takes over this reference and, on purpose, never releases it: its services end without destructors.
     m_http->AddRef();
     const HRESULT result = m_manager->Initialize(m_http.get());
     if (result < 0)
@@ -220,11 +220,11 @@ void Component::Open()
 
 void Component::Close()
 {
-    // A thread of the platform that waits for an answer must not keep the component from going.
+    // A platform thread inside the module may be waiting for an HTTP answer, and `Destroy` waits for that thread.
     m_http->Close();
     m_manager->Destroy();
     m_manager->Release();
-    // The module's code may run on the HTTP thread up to here, and may be unloaded after it.
+    // Until its end the HTTP thread may run code of the module, which may be unloaded afterwards.
     m_http.reset();
 }
 

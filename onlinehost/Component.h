@@ -21,56 +21,62 @@ namespace onlinehost
 
 class Module;
 
-/// Creates a component with the given factory.
+/// [host] Creates the component with `factory`, which takes the place of the host's own factory.
 using ComponentCreator = std::function<onlinemanager::IOnlineManager&(IComponentFactory& factory)>;
 
-/// Puts objects of the caller between a component and what it works with, to record or to check what passes between them.
+/// Puts proxies between a component and its host and platform, to record or to check the calls between them.
 ///
-/// [host] It calls `create` once, with `factory` or an object in front of it, and returns the new component or an object in
-/// front of that. The objects must live as long as the component; the one reference to the component is held through what
-/// is returned.
+/// [host] `Component` calls it once, while it is created. The interposer calls `create` once, with `factory` or with a proxy
+/// in front of it, and returns the new component or a proxy in front of it. It owns the proxies, which must live as long as
+/// the `Component`. The one reference to the component passes to the caller with the returned object, which must release the
+/// component when it is released.
 using Interposer =
     std::function<onlinemanager::IOnlineManager&(IComponentFactory& factory, const ComponentCreator& create)>;
 
-/// One device of one user: a component of the module with everything around it, torn down in the right order.
+/// One component of the module with its HTTP object and its listeners: one device of one user.
 ///
-/// Every notification arrives in `Events`. Creation and destruction belong to the control thread, and not to a notification;
-/// the factory must outlive the session. Everything else may be called from any thread.
+/// A host makes one for each login that it wants to have at the same time. Every notification of the component becomes an
+/// event in `Events`. The control thread creates and destroys the object, outside of notifications; the destructor takes the
+/// component down in the right order, and no notification comes after it. All other operations are [any] unless they say
+/// otherwise. What the getters return belongs to the component and ends with it.
 class Component
 {
 public:
-    /// `Error` when the component cannot be created or initialised. Without an `interposer` nothing stands between
-    /// the component and the host.
+    /// Creates a component of `module`, initialises it, and registers listeners and reconnection strategy. Keeps `module`
+    /// loaded, and borrows `factory`, which must outlive the object. An empty `interposer` interposes nothing. Throws `Error`
+    /// if the component cannot be created or initialised.
     Component(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {},
               const Interposer& interposer = {});
     ~Component();
     Component(const Component&) = delete;
     Component& operator=(const Component&) = delete;
 
+    /// All notifications so far that no thread has taken yet, in their order.
     EventQueue<Event>& Events();
 
-    /// Has the address behind an HTTP(S) server fetched, which a login to such a server needs first; true at once for other
-    /// servers. Blocks until the answer is there.
+    /// Has the platform fetch the address behind an HTTP(S) server, which must precede a login to such a server. Blocks until
+    /// the answer has come. Returns whether there is an address; true at once for other servers. Not [http].
     bool FetchAddress(const onlinemanager::LoginParam& param);
 
-    /// Starts a login. False when the module refuses at once; otherwise `LoginSuccess` or `Offline` follows.
+    /// Starts a login. False if the module refuses it at once; otherwise the event `LoginSuccess` or `Offline` follows.
+    /// `force` logs out another device of the user.
     bool Login(const onlinemanager::LoginParam& param, bool force);
 
-    /// The text of a connection property; absent before the module first wrote it.
+    /// The text of a connection property; absent until the module has written it.
     std::optional<std::string> Property(onlinemanager::ConnectProperty key);
 
-    /// What the component's reconnection strategy answers from now on; `ZOL_RECONNECT_GO_ON` at first.
+    /// Sets the answer to each later question of the module whether to reconnect; at first it is `ZOL_RECONNECT_GO_ON`.
     void SetReconnection(avcore::ZolReconnectDecision decision);
 
-    /// The component and its services; `Error` for a service that the component does not have.
+    /// The component and its services. Throw `Error` for a service that the component does not have.
     onlinemanager::IOnlineManager& Manager();
     onlinemanager::IPaasOnline& Online();
     onlinemanager::IUserOnline& Users();
     onlinemanager::IPaasMdsClient& Mds();
     onlinemanager::IPaasTMsg& Messages();
 
-    /// Control thread: choosing a tunnel also chooses the connection of the media process. The tunnel's notifications are
-    /// among the events from the first call on.
+    /// Control thread only, because it also chooses the connection that the media process gets. From the first call for a
+    /// type on, the notifications of that tunnel are among the events. Throws `Error` if there is no such tunnel.
     onlinemanager::IMeetingTunnel& Tunnel(onlinemanager::TunnelType type);
 
 private:

@@ -7,11 +7,11 @@
 namespace onlinehost
 {
 
-/// Base of the objects that the host lends to modules: counts references, and is destroyed by its owner in the host.
+/// Base of the host's own reference-counted objects, which it passes to a module: factory, log center, HTTP object.
 ///
-/// Modules keep references that they never give back (of the log center, of the HTTP object), so the count must not decide
-/// about an object's life. It starts at 1, the owner's own reference; the owner destroys the object when the components
-/// that it was lent to are gone.
+/// The host owns such an object and destroys it itself, after the components that use it. The count does not decide: a
+/// module keeps references of the log center and of the HTTP object that it never releases. The count starts at 1, which is
+/// the host's own reference, and may be read with `ForeignReferences`.
 template <typename Interface>
 class Counted : public Interface
 {
@@ -20,7 +20,8 @@ public:
     Counted(const Counted&) = delete;
     Counted& operator=(const Counted&) = delete;
 
-    /// Hands out `IID_IUnknown`; derived objects test their own interfaces first.
+    /// [any] Gives `IID_IUnknown` with a reference. Otherwise `E_NOINTERFACE`, and `*out` is null; `E_POINTER` for a null
+    /// `out`. A derived class that has further identifiers tests them first.
     HRESULT QueryInterface(const GUID& iid, void** out) override
     {
         if (out == nullptr)
@@ -37,6 +38,7 @@ public:
         return S_OK;
     }
 
+    /// [any] Both return the new count.
     uint32_t AddRef() override
     {
         return ++m_references;
@@ -47,7 +49,7 @@ public:
         return --m_references;
     }
 
-    /// [any] References that others hold.
+    /// [any] The number of references that others hold, without the host's own.
     uint32_t ForeignReferences() const
     {
         return m_references - 1;

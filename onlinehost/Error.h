@@ -5,7 +5,7 @@
 namespace onlinehost
 {
 
-/// What went wrong, in words for the person at the program.
+/// What every operation of the kit throws. `what` is a complete message for the user of the program, in one line.
 class Error : public std::runtime_error
 {
 public:

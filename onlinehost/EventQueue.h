@@ -12,17 +12,20 @@
 namespace onlinehost
 {
 
-/// Carries events from the threads on which they happen to those that wait for them, in order.
+/// A queue of events between the threads on which they happen and the threads that wait for them. It keeps their order, has
+/// no limit, and never blocks a thread that pushes.
 template <typename T>
 class EventQueue
 {
 public:
-    /// `onPush` is called after each push, on the thread that pushes. Set it before the first one.
+    /// [any] Sets a function that each later `Push` calls after it has added the event, on its own thread and without a
+    /// lock. Must be called before the first `Push`; an empty function calls nothing.
     void SetOnPush(std::function<void()> onPush)
     {
         m_onPush = std::move(onPush);
     }
 
+    /// [any] Adds an event at the end.
     void Push(T event)
     {
         {
@@ -36,13 +39,14 @@ public:
         }
     }
 
-    /// Takes the oldest event, waiting for one until the time limit has passed.
+    /// [any] Removes the oldest event and returns it. Waits for one up to `limit`; empty when none came.
     std::optional<T> Take(std::chrono::milliseconds limit)
     {
         return TakeIf([](const T&) { return true; }, limit);
     }
 
-    /// Takes the oldest event that `isWanted` accepts; the others stay.
+    /// [any] As `Take`, for the oldest event that `isWanted` accepts; the others stay in the queue. `isWanted` is called under
+    /// the queue's lock, so it must not use the queue.
     template <typename Predicate>
     std::optional<T> TakeIf(Predicate isWanted, std::chrono::milliseconds limit)
     {

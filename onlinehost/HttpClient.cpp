@@ -35,7 +35,7 @@ bool IsHttps(const std::string& url)
     return strncasecmp(url.c_str(), "https:", 6) == 0;
 }
 
-/// One request on its way, and what has come of it so far.
+/// One request and the part of its answer that has come.
 struct Transfer
 {
     uint32_t id = 0;
@@ -47,20 +47,20 @@ struct Transfer
 
     EasyHandle easy{nullptr, curl_easy_cleanup};
     HeaderList requestHeaders{nullptr, curl_slist_free_all};
-    std::vector<std::string> head; ///< of the latest answer
-    bool headTold = false;
+    std::vector<std::string> head; ///< lines of the latest answer's head
+    bool isHeadReported = false;
     std::string answer;
     bool tooLarge = false;
     char reason[CURL_ERROR_SIZE] = "";
 
-    /// The head waits until it is certain that no redirection follows.
-    void TellHead()
+    /// Called only once no redirection can follow any more.
+    void ReportHead()
     {
-        if (headTold)
+        if (isHeadReported)
         {
-            return; // what has come since are trailers
+            return; // lines that came later are trailers
         }
-        headTold = true;
+        isHeadReported = true;
         for (std::string& line : head)
         {
             notify->OnHeaderRespond(id, line.data(), EventLength(line.size()));
@@ -90,7 +90,7 @@ struct Transfer
             tooLarge = true;
             return false;
         }
-        TellHead();
+        ReportHead();
         answer.append(data, length);
         notify->OnDataRespond(id, data, EventLength(length));
         return true;
@@ -106,7 +106,7 @@ struct Transfer
     }
 };
 
-/// The library calls these from C, where no exception may pass.
+/// The library is written in C, so no exception may leave its callbacks.
 template <typename Action>
 size_t Guarded(size_t length, Action action) noexcept
 {
@@ -142,7 +142,7 @@ void InitLibraryOnce()
     static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
     if (result != CURLE_OK)
     {
-        throw Error(std::string("the HTTP library does not start: ") + curl_easy_strerror(result));
+        throw Error(std::string("the HTTP library cannot start: ") + curl_easy_strerror(result));
     }
 }
 
@@ -156,7 +156,7 @@ struct HttpClient::State
     {
         if (multi == nullptr)
         {
-            throw Error("the HTTP library does not start");
+            throw Error("the HTTP library cannot start");
         }
     }
 
@@ -214,12 +214,12 @@ struct HttpClient::State
             int running = 0;
             curl_multi_perform(multi.get(), &running);
             FinishDone();
-            // Wakes for what is added from now on, and from the library's own time limits.
+            // Ends early when a request is added and when a time limit of the library is due.
             curl_multi_poll(multi.get(), nullptr, 0, 60000, nullptr);
         }
     }
 
-    /// Starts what was added, or ends everything once the client is closed. False when the thread is to end.
+    /// Starts the added requests; once the client is closed, completes all requests. False if the thread must end.
     bool TakeAdded()
     {
         std::vector<std::unique_ptr<Transfer>> fresh;
@@ -314,7 +314,7 @@ struct HttpClient::State
         }
         if (result == CURLE_OK)
         {
-            transfer.TellHead();
+            transfer.ReportHead();
             transfer.notify->OnCompleteRespond(transfer.id, static_cast<unsigned int>(status), transfer.answer.data(),
                                                EventLength(transfer.answer.size()));
         }
@@ -322,7 +322,7 @@ struct HttpClient::State
         {
             if (options.onFailure)
             {
-                // Without the query, which may hold what is nobody's business.
+                // Without the query, which may hold a token.
                 options.onFailure(transfer.url.substr(0, transfer.url.find('?')) + ": " + transfer.Reason(result));
             }
             transfer.notify->OnCompleteRespond(transfer.id, 0, nullptr, 0);
@@ -335,15 +335,15 @@ struct HttpClient::State
     const Options options;
 
     std::mutex mutex;
-    std::condition_variable finished; ///< `unfinished` became smaller
+    std::condition_variable finished; ///< signalled when `unfinished` became smaller
     std::vector<std::unique_ptr<Transfer>> added;
     size_t unfinished = 0;
     uint32_t lastId = 0;
     bool closed = false;
     bool stopping = false;
 
-    const MultiHandle multi;                              ///< the thread's, apart from waking it
-    std::map<uint32_t, std::unique_ptr<Transfer>> active; ///< the thread's
+    const MultiHandle multi;                              ///< used by the thread only, except to wake it
+    std::map<uint32_t, std::unique_ptr<Transfer>> active; ///< used by the thread only
     std::thread thread;
 };
 

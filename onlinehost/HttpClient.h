@@ -11,32 +11,35 @@
 namespace onlinehost
 {
 
-/// The host's HTTP object: real HTTP and HTTPS, certificates verified, every event on one thread of its own that starts
-/// with the first request.
+/// An HTTP object for `IOnlineManager::Initialize`: requests over HTTP and HTTPS, with verified certificates.
 ///
-/// A request tells its listener of each line of the answer's head without its line end, the status line first; then of the
-/// pieces of the body; then of its completion with the HTTP status and the whole body. Redirections are followed within
-/// HTTP and HTTPS, never from HTTPS down to HTTP, and only the last answer is told. A request that fails, for whatever
-/// reason, completes with code 0 and no body. No proxy is used, and no environment variable is read.
+/// A host makes one for each component and destroys it after the component; `Component` does both. All events come on one
+/// thread of the client, which starts with the first request; this thread is [http] in the headers.
+///
+/// For each request its listener gets `OnHeaderRespond` for each line of the answer's head without its line end, the status
+/// line first; then `OnDataRespond` for each piece of the body; then `OnCompleteRespond` with the HTTP status and the whole
+/// body. A request that fails completes with code 0 and a null body. The client follows redirections within HTTP and HTTPS,
+/// but not from HTTPS to HTTP, and reports only the last answer. It uses no proxy and reads no environment variable.
 class HttpClient final : public Counted<IHttpClient>
 {
 public:
     struct Options
     {
-        std::string caFile; ///< PEM file of the authorities to trust; empty: those of the system
-        std::chrono::milliseconds timeLimit{30000}; ///< of a whole request
-        size_t largestBody = size_t{16} << 20;      ///< bytes; a request whose answer is larger fails
-        long redirections = 5;
-        std::function<void(const std::string& text)> onFailure; ///< [http] told why a request failed; may be empty
+        std::string caFile; ///< PEM file of the trusted authorities; empty for those of the system
+        std::chrono::milliseconds timeLimit{30000}; ///< for a whole request, redirections included
+        size_t largestBody = size_t{16} << 20;      ///< bytes; a request with a larger answer fails
+        long redirections = 5;                      ///< a request with more of them fails
+        std::function<void(const std::string& text)> onFailure; ///< [http] called with the reason of a failure; may be empty
     };
 
+    /// Throws `Error` if the HTTP library cannot start.
     explicit HttpClient(Options options);
 
-    /// As `Close`, and ends the thread. Not from inside an event.
+    /// As `Close`, and ends the thread. Must not be called from inside an event.
     ~HttpClient();
 
-    /// [any] Ends all requests under way, and every later one at once, with code 0. Returns when none is left, unless it is
-    /// called from inside an event.
+    /// [any] Completes all requests under way with code 0, and from now on every new one too. Returns when no request is
+    /// left; from inside an event it returns at once.
     void Close();
 
     void Reserved3() override {}
@@ -46,8 +49,9 @@ public:
     void Reserved7() override {}
     void Reserved8() override {}
 
-    /// The id is never 0. A request that makes no sense fails like one that cannot be sent; only without a listener nobody
-    /// is told.
+    /// [any] Starts a request and returns its id, which is never 0. It copies `request` with its texts, and borrows `notify`
+    /// until `OnCompleteRespond` has returned. A request that cannot be sent (a null `request`, an unknown method, a bad
+    /// address) fails as described above. With a null `notify` nothing is sent. `text` is not used.
     uint32_t Request(const HttpRequest* request, IHttpResponseNotify* notify,
                      WBASELIB::TStringBase<char>* text) override;
 

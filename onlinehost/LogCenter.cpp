@@ -27,7 +27,7 @@ namespace
 
 constexpr char kPattern[] = "%Y-%m-%d %H:%M:%S.%e %t %l %n %@ %v";
 
-/// The service's scale, lowest first; INFO ranks below TRACE there.
+/// The log service's levels, lowest first. On purpose INFO ranks below TRACE: modules are compiled with these numbers.
 constexpr struct
 {
     const char* name;
@@ -49,7 +49,7 @@ spdlog::level::level_enum ShownLevel(LogLevel level)
 
 } // namespace
 
-/// A writer and the threads that are inside it.
+/// A registered writer and the threads that are inside it.
 struct Registration
 {
     ILogWriter* writer;
@@ -74,7 +74,7 @@ struct LogCenter::Logger
     std::vector<std::shared_ptr<Registration>> writers;
 };
 
-/// Answers the question that precedes every log line, without a lock.
+/// Answers `GetLoggerLevel`, which precedes every log line, without a lock.
 class LogCenter::Manager final : public Counted<ILogMgr>
 {
 public:
@@ -131,8 +131,8 @@ struct LogCenter::State
         }
     }
 
-    /// The record of a name, made when there is none; null when there is no room. Records stay as long as the center, so
-    /// that messages may outlive the closing of their logger.
+    /// The logger of a name, added if there is none; null when `kMaxLoggers` are in use. Loggers live as long as the center,
+    /// so that a message may outlive the closing of its logger.
     Logger* GetLogger(std::string_view name)
     {
         const auto found =
@@ -200,7 +200,7 @@ struct LogCenter::State
         }
         catch (...)
         {
-            // A writer that fails must not fail the operation that logged.
+            // The operation that logged must not fail because a writer does.
         }
         lock.lock();
         auto& callers = registration.callers;
@@ -209,7 +209,7 @@ struct LogCenter::State
     }
 
     std::mutex mutex;
-    std::condition_variable returned; ///< a writer has returned
+    std::condition_variable returned; ///< signalled when a thread has left a writer
     std::vector<spdlog::sink_ptr> sinks;
     std::shared_ptr<spdlog::sinks::ringbuffer_sink_mt> kept;
     std::vector<std::unique_ptr<Logger>> loggers; ///< a logger's id is its index + 1
@@ -272,7 +272,7 @@ private:
         Settle(m_length + text.size());
     }
 
-    /// `length` is that of the whole text, also of what did not fit.
+    /// Sets the length and, if the whole text of `length` bytes did not fit, puts the mark at its end.
     void Settle(size_t length)
     {
         static constexpr std::string_view kMark = "[...]";
@@ -364,7 +364,7 @@ std::vector<std::string> LogCenter::Lines() const
     }
     for (std::string& line : lines)
     {
-        line.pop_back(); // the end of the line
+        line.pop_back(); // the line end
     }
     return lines;
 }
@@ -478,7 +478,7 @@ int32_t ParseLogLevel(std::string_view text)
         }
         ++level;
     }
-    throw Error("log level \"" + Printable(text) + "\" is none of info, trace, warning, error, fatal, off");
+    throw Error("log level \"" + Printable(text) + "\" is unknown: expected info, trace, warning, error, fatal or off");
 }
 
 } // namespace onlinehost

@@ -12,56 +12,66 @@
 namespace onlinehost
 {
 
-/// The log service of the host: named loggers that write to a file, to memory, and to the registered `ILogWriter`s.
+/// A log center for `ComponentFactory`: named loggers that write to a file, to memory, and to the registered `ILogWriter`s.
 ///
-/// A logger has one id as long as it is open; opening it again gives the same id, and it is closed when it was closed as
-/// often as it was opened. The mode and the options of `OpenLogger` mean nothing here. Everything may be called from any
-/// thread. Messages under construction must be released before the center is destroyed, and modules that were given the
-/// center must be unloaded: a module keeps its center as long as it is loaded, also for components made later.
+/// A host makes one before it loads a module. It must destroy the center only after it has unloaded every module that got it
+/// and released all messages: a module keeps its center while it is loaded, also for components created later.
+///
+/// All operations are [any]. A logger has one id while it is open: opening it again gives the same id, and it stays open
+/// until `CloseLogger` was called as often as `OpenLogger`.
 class LogCenter final : public Counted<ILogCenter>
 {
 public:
-    /// A level above all levels: nothing is written.
+    /// A level above the level of every message, so that nothing is written.
     static constexpr int32_t kLevelOff = 6;
-    static constexpr size_t kMaxLoggers = 64;
+    static constexpr size_t kMaxLoggers = 64; ///< names that can be in use
 
     struct Options
     {
-        std::filesystem::path file;                ///< empty: no file
-        size_t fileSize = Quenda::kMaxLogFileSize; ///< bytes after which a new file is begun
-        size_t olderFiles = 5; ///< full files that are kept beside it, as "name.1.log", "name.2.log", ...
-        size_t keptLines = 0;  ///< newest lines that `Lines` shows
-        int32_t level = Quenda::LOG_LEVEL_TRACE;
+        std::filesystem::path file;                ///< empty for no file
+        size_t fileSize = Quenda::kMaxLogFileSize; ///< bytes; the center starts a new file after this size
+        size_t olderFiles = 5; ///< number of full files that it keeps as "name.1.log", "name.2.log", ...
+        size_t keptLines = 0;  ///< number of newest lines that `Lines` returns
+        int32_t level = Quenda::LOG_LEVEL_TRACE; ///< of every logger until `SetLevel`
     };
 
-    /// `Error` when the file cannot be written.
+    /// Throws `Error` if the file cannot be opened for writing.
     explicit LogCenter(const Options& options);
     ~LogCenter();
 
-    /// Sets the level of every logger, also of those to come.
+    /// Sets the level of every logger, also of loggers that are opened later.
     void SetLevel(int32_t level);
 
-    /// Sets the level of one logger, open or not.
+    /// Sets the level of one logger, which need not be open.
     void SetLevel(const std::string& name, int32_t level);
 
-    /// Writes a line of the host's own under the logger `name`.
+    /// Writes a line of the host under the logger `name`, which need not be open.
     void Write(const std::string& name, Quenda::LogLevel level, std::string_view text);
 
-    /// The newest lines as they went to the file, the oldest first.
+    /// The newest lines, formatted as in the file, the oldest first.
     std::vector<std::string> Lines() const;
 
+    /// As `Counted`; also gives the center itself for `IID_ILogCenter`.
     HRESULT QueryInterface(const GUID& iid, void** out) override;
+
+    /// The manager of this center, which lives as long as the center; no reference is added.
     ILogMgr* GetLogMgr() override;
 
-    /// 0 for a null name, or when `kMaxLoggers` names are in use.
+    /// Opens a logger and returns its id; 0 for a null name, and when `kMaxLoggers` names are in use. The mode and the
+    /// options have no effect.
     int64_t OpenLogger(const char* name, int32_t mode, int32_t option1, int32_t option2) override;
+
+    /// `E_FAIL` if no logger with this id is open.
     HRESULT CloseLogger(int64_t loggerId) override;
 
-    /// `E_POINTER` for a null argument. A writer that is registered with the logger already stays registered once.
+    /// Registers a writer with a logger, which need not be open. The center borrows it until `RemoveLogWriter`, and calls it
+    /// on the thread that logs. A second registration changes nothing. `E_POINTER` for a null argument, `E_OUTOFMEMORY` when
+    /// `kMaxLoggers` names are in use.
     HRESULT AddLogWriter(const char* name, Quenda::ILogWriter* writer) override;
 
-    /// Waits until no other thread is inside the writer, unless it is called from inside that writer. `E_FAIL` for a writer
-    /// that is not registered. Two writers must not remove each other at the same time.
+    /// Removes a writer. Afterwards no thread is inside it, because this operation waits for them; from inside the writer
+    /// itself it does not wait. Two writers must not remove each other at the same time, since each would wait for the other.
+    /// `E_POINTER` for a null argument, `E_FAIL` for a writer that is not registered.
     HRESULT RemoveLogWriter(const char* name, Quenda::ILogWriter* writer) override;
 
 private:
@@ -73,7 +83,7 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// "info", "trace", "warning", "error", "fatal" or "off" as a level; `Error` for anything else.
+/// [any] The level that is called "info", "trace", "warning", "error", "fatal" or "off". Throws `Error` for any other text.
 int32_t ParseLogLevel(std::string_view text);
 
 } // namespace onlinehost

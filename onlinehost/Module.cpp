@@ -94,7 +94,7 @@ std::vector<Module::ComponentInfo> Module::GetComponents() const
     const HRESULT result = m_functions.m_lpfnGetComponentObject(&rows, &count);
     if (result < 0 || (rows == nullptr && count != 0))
     {
-        throw Error(Printable(m_path.string()) + ": the module does not show its components: " + CodeText(result));
+        throw Error(Printable(m_path.string()) + ": the module does not list its components: " + CodeText(result));
     }
     std::vector<ComponentInfo> components;
     for (uint32_t i = 0; i < count; ++i)

@@ -58,7 +58,7 @@ void AppendUtf8(std::string& out, char32_t character)
     }
 }
 
-/// The number of bytes of the character that `text` begins with, and the character; 0 when there is none.
+/// The number of bytes of the character at the start of `text`, and the character; 0 if no UTF-8 character starts there.
 size_t ReadCharacter(std::string_view text, char32_t& character)
 {
     static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};
@@ -95,7 +95,7 @@ size_t CutLength(std::string_view text, size_t limit)
     {
         --cut;
     }
-    // More continuation bytes than a character can have: this is not UTF-8, and any place is as good.
+    // More continuation bytes than a character can have: this is not UTF-8, so the cut need not respect characters.
     return IsContinuation(text[cut]) ? limit : cut;
 }
 

@@ -8,18 +8,18 @@
 #include <string>
 #include <string_view>
 
-/// Texts that come in from people and from modules, and texts that go out to them.
+/// Texts from outside made safe to show, and identifiers and codes as text. All functions are [any].
 
 namespace onlinehost
 {
 
-/// The length to which a text of more than `limit` bytes is cut so that no UTF-8 character is cut through.
+/// The number of bytes, at most `limit`, after which `text` may be cut without splitting a UTF-8 character.
 size_t CutLength(std::string_view text, size_t limit);
 
-/// Wide text as UTF-8. What is no character becomes U+FFFD.
+/// Wide text as UTF-8. A value that is not a Unicode character becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);
 
-/// A text that is safe to show: control characters and bytes that are not UTF-8 become "\xNN".
+/// `text` made safe to show: each byte of a control character, and each byte that is not UTF-8, becomes "\xNN".
 std::string Printable(std::string_view text);
 
 /// "{4022BD11-A92F-4F6D-9031-EEB92E998806}"

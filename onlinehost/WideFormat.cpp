@@ -18,7 +18,7 @@ namespace
 constexpr std::wstring_view kFlagsWidthAndPrecision = L"-+ #0'I123456789$*.";
 constexpr std::wstring_view kLengths = L"hlLqjztw";
 
-/// What the conversion of `conversion` with the length modifiers `length` is called by the system.
+/// The system's name of a conversion with its length modifiers.
 std::wstring SystemConversion(std::wstring_view length, wchar_t conversion)
 {
     const bool isText = conversion == L's' || conversion == L'S';
@@ -31,7 +31,7 @@ std::wstring SystemConversion(std::wstring_view length, wchar_t conversion)
     return std::wstring(isWide ? L"l" : L"") + (isText ? L's' : L'c');
 }
 
-/// Makes narrow arguments UTF-8 for the calling thread, whatever the process's locale is.
+/// Makes narrow arguments UTF-8 on the calling thread, whatever the locale of the process is.
 class Utf8Locale
 {
 public:

@@ -7,12 +7,12 @@
 namespace onlinehost
 {
 
-/// Rewrites a wide format in which `%s` and `%c` stand for wide text and `%S` and `%C` for narrow text, as the log service
-/// takes it, into what the system's wprintf family means by the same. `%hs` and `%ls` are narrow and wide in both.
+/// [any] Translates a format of the log service into one with the same meaning for the system's wprintf family. For the log
+/// service `%s` and `%c` take wide text and `%S` and `%C` narrow text; `%hs` is narrow and `%ls` wide for both.
 std::wstring TranslateWideFormat(std::wstring_view format);
 
-/// Formats such a text and returns it as UTF-8; narrow arguments are UTF-8 too. What came before an argument that cannot be
-/// converted is kept, with a mark behind it.
+/// [any] Formats `arguments` with a format of the log service and returns UTF-8. Narrow arguments must be UTF-8: at one that
+/// is not, the text ends with "[unreadable]". `format` must not be null.
 std::string FormatWide(const wchar_t* format, va_list arguments);
 
 } // namespace onlinehost
