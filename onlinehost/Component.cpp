@@ -243,6 +243,12 @@ bool Component::Login(const LoginParam& param, bool force)
     return Online().Login(param, force);
 }
 
+void Component::CancelWaits()
+{
+    m_http->Close();
+    Events().CancelWaits();
+}
+
 std::optional<std::string> Component::Property(ConnectProperty key)
 {
     std::string text(1, '\0');

@@ -62,6 +62,10 @@ public:
     /// `force` logs out another device of the user.
     bool Login(const onlinemanager::LoginParam& param, bool force);
 
+    /// [any] Ends every wait for this component, for a host that is to end: HTTP requests under way and to come end at once
+    /// without an answer, so that `FetchAddress` returns, and `Events` waits no longer.
+    void CancelWaits();
+
     /// The text of a connection property; absent until the module has written it.
     std::optional<std::string> Property(onlinemanager::ConnectProperty key);
 

@@ -39,6 +39,16 @@ public:
         }
     }
 
+    /// [any] Ends the waiting: waits under way end, and later ones take an event that is there already or none.
+    void CancelWaits()
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_isCancelled = true;
+        }
+        m_pushed.notify_all();
+    }
+
     /// [any] Removes the oldest event and returns it. Waits for one up to `limit`; empty when none came.
     std::optional<T> Take(std::chrono::milliseconds limit)
     {
@@ -52,13 +62,13 @@ public:
     {
         std::unique_lock lock(m_mutex);
         auto found = m_events.end();
-        const bool there = m_pushed.wait_for(lock, limit,
-                                             [&]
-                                             {
-                                                 found = std::find_if(m_events.begin(), m_events.end(), isWanted);
-                                                 return found != m_events.end();
-                                             });
-        if (!there)
+        m_pushed.wait_for(lock, limit,
+                          [&]
+                          {
+                              found = std::find_if(m_events.begin(), m_events.end(), isWanted);
+                              return found != m_events.end() || m_isCancelled;
+                          });
+        if (found == m_events.end())
         {
             return std::nullopt;
         }
@@ -71,6 +81,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_pushed;
     std::deque<T> m_events;
+    bool m_isCancelled = false;
     std::function<void()> m_onPush;
 };
 

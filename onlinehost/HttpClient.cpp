@@ -98,6 +98,10 @@ struct Transfer
 
     std::string Reason(CURLcode result) const
     {
+        if (result == CURLE_ABORTED_BY_CALLBACK)
+        {
+            return "the request was closed";
+        }
         if (tooLarge || result == CURLE_FILESIZE_EXCEEDED)
         {
             return "the answer is larger than " + std::to_string(largestBody) + " bytes";

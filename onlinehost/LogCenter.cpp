@@ -9,6 +9,7 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdio>
+#include <exception>
 #include <mutex>
 #include <spdlog/logger.h>
 #include <spdlog/sinks/ringbuffer_sink.h>
@@ -147,7 +148,18 @@ struct LogCenter::State
         }
         loggers.push_back(std::make_unique<Logger>(name, sinks));
         loggers.back()->level = level;
+        loggers.back()->output.set_error_handler([this](const std::string&) { NoteFailedWrite(); });
         return loggers.back().get();
+    }
+
+    /// The logging library calls it inside the `catch` for a sink that failed.
+    void NoteFailedWrite()
+    {
+        const std::lock_guard lock(failureMutex);
+        if (writeFailure == nullptr)
+        {
+            writeFailure = std::current_exception();
+        }
     }
 
     size_t IndexOf(const Logger& logger) const
@@ -208,6 +220,8 @@ struct LogCenter::State
         returned.notify_all();
     }
 
+    std::mutex failureMutex;
+    std::exception_ptr writeFailure; ///< of the first line that was not written
     std::mutex mutex;
     std::condition_variable returned; ///< signalled when a thread has left a writer
     std::vector<spdlog::sink_ptr> sinks;
@@ -353,6 +367,23 @@ void LogCenter::Write(const std::string& name, LogLevel level, std::string_view 
         }
     }
     m_state->Commit(*logger, KnownLevel(static_cast<int32_t>(level)), nullptr, 0, text);
+}
+
+void LogCenter::CheckWritten() const
+{
+    const std::lock_guard lock(m_state->failureMutex);
+    if (m_state->writeFailure == nullptr)
+    {
+        return;
+    }
+    try
+    {
+        std::rethrow_exception(m_state->writeFailure);
+    }
+    catch (const std::exception& error)
+    {
+        throw Error("the log could not be written: " + Printable(error.what()));
+    }
 }
 
 std::vector<std::string> LogCenter::Lines() const

@@ -148,6 +148,24 @@ TEST_F(SessionTest, EndsWhileALoginWaitsForAnHttpAnswer)
     asked.get_future().wait();
 }
 
+TEST_F(SessionTest, CancelledWaitsEndTheRequestOfAnAddress)
+{
+    std::promise<void> asked;
+    const HttpServer server(
+        [&](const HttpExchange& exchange)
+        {
+            asked.set_value();
+            exchange.Stall();
+        });
+    const std::unique_ptr<Component> session = Make();
+    std::future<bool> fetched =
+        std::async(std::launch::async, [&] { return session->FetchAddress(Param("pc", server.Url())); });
+    asked.get_future().wait();
+    session->CancelWaits();
+    EXPECT_FALSE(fetched.get());
+    EXPECT_EQ(session->Events().Take(std::chrono::hours(24)), std::nullopt);
+}
+
 TEST_F(SessionTest, TheModuleLogsIntoTheLogCenter)
 {
     MakeLoggedIn("pc").reset();

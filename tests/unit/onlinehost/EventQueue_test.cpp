@@ -39,3 +39,14 @@ TEST(EventQueue, WaitsForWhatAnotherThreadPushes)
     EXPECT_EQ(queue.TakeIf([](int event) { return event == 2; }, 1h), 2);
     other.join();
 }
+
+TEST(EventQueue, CancelledWaitsEndAtOnceAndTakeOnlyWhatIsThere)
+{
+    onlinehost::EventQueue<int> queue;
+    std::thread waiting([&queue] { EXPECT_EQ(queue.Take(24h), std::nullopt); });
+    queue.CancelWaits();
+    waiting.join();
+    queue.Push(1);
+    EXPECT_EQ(queue.Take(24h), 1);
+    EXPECT_EQ(queue.Take(24h), std::nullopt);
+}

@@ -4,10 +4,13 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
+#include <csignal>
+#include <filesystem>
 #include <functional>
 #include <future>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <sys/resource.h>
 #include <thread>
 
 using onlinehost::LogCenter;
@@ -484,4 +487,57 @@ TEST(LogCenter, LevelsHaveNames)
     EXPECT_EQ(onlinehost::ParseLogLevel("fatal"), Quenda::LOG_LEVEL_FATAL);
     EXPECT_EQ(onlinehost::ParseLogLevel("off"), LogCenter::kLevelOff);
     EXPECT_THROW(onlinehost::ParseLogLevel("loud"), onlinehost::Error);
+}
+
+namespace
+{
+
+/// Why the log could not be written; empty when it was.
+std::string WriteFailure(const LogCenter& center)
+{
+    try
+    {
+        center.CheckWritten();
+        return {};
+    }
+    catch (const onlinehost::Error& error)
+    {
+        return error.what();
+    }
+}
+
+} // namespace
+
+TEST(LogCenter, ALineThatIsNotWrittenIsNotedWithTheFileAndTheReason)
+{
+    LogCenter::Options options;
+    options.file = "/dev/full";
+    LogCenter center(options);
+    EXPECT_EQ(WriteFailure(center), "");
+    center.Write("host", Quenda::LOG_LEVEL_ERROR, "lost");
+    const std::string failure = WriteFailure(center);
+    EXPECT_NE(failure.find("/dev/full"), std::string::npos) << failure;
+    EXPECT_NE(failure.find("No space left on device"), std::string::npos) << failure;
+}
+
+TEST(LogCenter, ADiskThatFillsUpLaterIsNoted)
+{
+    const TemporaryFolder folder;
+    LogCenter::Options options;
+    options.file = folder / "log";
+    LogCenter center(options);
+    center.Write("host", Quenda::LOG_LEVEL_ERROR, "written");
+    EXPECT_EQ(WriteFailure(center), "");
+
+    // A limit on the size of files stands for the disk.
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit former{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);
+    const rlimit full{std::filesystem::file_size(folder / "log"), former.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+    center.Write("host", Quenda::LOG_LEVEL_ERROR, "lost");
+    setrlimit(RLIMIT_FSIZE, &former);
+
+    const std::string failure = WriteFailure(center);
+    EXPECT_NE(failure.find(folder / "log"), std::string::npos) << failure;
 }
