@@ -73,12 +73,13 @@ class Component::Listeners final : public IPaasOnlineNotify,
 public:
     void OnLoginSuccess() override
     {
+        m_isLoggedIn = true;
         events.Push({.kind = EventKind::LoginSuccess});
     }
 
     void OnOffline(ErrCode code) override
     {
-        events.Push({.kind = EventKind::Offline, .code = code});
+        events.Push({.kind = EventKind::Offline, .code = code, .wasLoggedIn = m_isLoggedIn.exchange(false)});
     }
 
     void OnReadyReconnect(TunnelType tunnel) override
@@ -98,6 +99,11 @@ public:
 
     void OnReconnectFail(TunnelType tunnel, ErrCode code) override
     {
+        // Only after a reconnection that the strategy stopped the module sends no `OnOffline`.
+        if (tunnel == TUNNEL_TYPE_PAAS && code == ERR_RECONNECT_STOPPED)
+        {
+            m_isLoggedIn = false;
+        }
         events.Push({.kind = EventKind::ReconnectFail, .tunnel = tunnel, .code = code});
     }
 
@@ -158,6 +164,7 @@ public:
     std::atomic<avcore::ZolReconnectDecision> reconnection{avcore::ZOL_RECONNECT_GO_ON};
 
 private:
+    std::atomic<bool> m_isLoggedIn{false};
     TunnelListener m_paasTunnel{events, TUNNEL_TYPE_PAAS};
     TunnelListener m_gwTunnel{events, TUNNEL_TYPE_GW};
 };

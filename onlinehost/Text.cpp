@@ -2,6 +2,7 @@
 
 #include "onlinehost/Error.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <ctime>
@@ -107,6 +108,20 @@ std::string ToUtf8(std::wstring_view text)
     {
         const auto character = static_cast<char32_t>(wide);
         AppendUtf8(out, IsCharacter(character) ? character : kReplacement);
+    }
+    return out;
+}
+
+std::string RepairUtf8(std::string_view text)
+{
+    std::string out;
+    out.reserve(text.size());
+    while (!text.empty())
+    {
+        char32_t character = 0;
+        const size_t length = ReadCharacter(text, character);
+        AppendUtf8(out, length != 0 ? character : kReplacement);
+        text.remove_prefix(std::max<size_t>(length, 1));
     }
     return out;
 }

@@ -19,6 +19,9 @@ size_t CutLength(std::string_view text, size_t limit);
 /// Wide text as UTF-8. A value that is not a Unicode character becomes U+FFFD.
 std::string ToUtf8(std::wstring_view text);
 
+/// `text` with U+FFFD in place of every byte that is not UTF-8.
+std::string RepairUtf8(std::string_view text);
+
 /// `text` made safe to show: each byte of a control character, and each byte that is not UTF-8, becomes "\xNN".
 std::string Printable(std::string_view text);
 

@@ -23,9 +23,6 @@ inline constexpr char kMessageEvent[] = "message";
 inline constexpr char kReportEvent[] = "report";
 inline constexpr char kNoticeEvent[] = "notice";
 
-/// "accepted", "user-joined", ...
-std::string ShellEventName(onlinehost::EventKind kind);
-
 /// Every name that an event can have.
 std::vector<std::string> ShellEventNames();
 

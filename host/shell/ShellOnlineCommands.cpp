@@ -396,7 +396,7 @@ private:
         const auto isResult = [&](const ShellEvent& event)
         {
             const bool isKind = std::find(kinds.begin(), kinds.end(), event.event.kind) != kinds.end();
-            return event.source == device.Name() && event.name == ShellEventName(event.event.kind) && isKind &&
+            return event.source == device.Name() && event.name == EventName(event.event.kind) && isKind &&
                    event.event.tunnel == tunnel;
         };
         const std::chrono::milliseconds limit = m_shell.World().Settings().timeLimit;

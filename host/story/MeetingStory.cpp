@@ -193,7 +193,7 @@ private:
                  { return TerminalsOf(info) == "laptop" && info.terminals.front().custom == state; });
 
         tablet->StartsLogin(false);
-        tablet->Gets("went offline: 36", {EventKind::LoginSuccess, EventKind::Offline},
+        tablet->Gets("could not log in: 36", {EventKind::LoginSuccess, EventKind::Offline},
                      [](const Event& event)
                      { return event.kind == EventKind::Offline && event.code == avcore::ZOL_PORT_LOGIN_CONFLICT; });
         tablet->Reads(CONNECT_PROPERTY_CONFLICT_DEVICE_ID, "the other device's id", "ben-laptop");

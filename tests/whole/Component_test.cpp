@@ -108,6 +108,33 @@ TEST_F(SessionTest, AForcedLoginLogsTheFirstDeviceOut)
     EXPECT_EQ(WaitFor(*first, EventKind::Offline).code, onlinemanager::ERR_LOGIN_CONFLICT);
 }
 
+TEST_F(SessionTest, ALoginThatNeverStoodDoesNotGoOffline)
+{
+    const std::unique_ptr<Component> session = Make();
+    m_platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_REFUSED);
+    ASSERT_TRUE(session->Login(Param("pc"), false));
+    EXPECT_EQ(Describe(WaitFor(*session, EventKind::Offline)), "could not log in: 37 (refused by the service)");
+    session->Online().TriggerNotify();
+    EXPECT_EQ(Describe(WaitFor(*session, EventKind::Offline)), "is not logged in");
+
+    m_platform.GetFaults().AcceptLogins();
+    ASSERT_TRUE(session->Login(Param("pc"), false));
+    WaitFor(*session, EventKind::LoginSuccess);
+    session->Online().Logout();
+    EXPECT_EQ(Describe(WaitFor(*session, EventKind::Offline)), "went offline: success");
+}
+
+TEST_F(SessionTest, ALoginAfterAStoppedReconnectionIsANewOne)
+{
+    const std::unique_ptr<Component> session = MakeLoggedIn("pc");
+    session->SetReconnection(Component::Reconnection::Stop);
+    ASSERT_EQ(m_platform.GetFaults().DropConnections("1001"), 1u);
+    WaitFor(*session, EventKind::ReconnectFail);
+    m_platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_REFUSED);
+    ASSERT_TRUE(session->Login(Param("pc"), false));
+    EXPECT_EQ(Describe(WaitFor(*session, EventKind::Offline)), "could not log in: 37 (refused by the service)");
+}
+
 TEST_F(SessionTest, ALostConnectionComesBackUnlessTheSessionSaysStop)
 {
     const std::unique_ptr<Component> session = MakeLoggedIn("pc");

@@ -39,7 +39,7 @@ TEST(Login, LogsInAndOutAgain)
     const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc"});
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(Story(result.out), (Lines{"pc logs in at tcp:in-process as user 1001", "pc logged in",
-                                        "pc sees the status of 1 user change", "pc went offline: success"}));
+                                        "pc sees 1 user change: 1001", "pc went offline: success"}));
     EXPECT_EQ(result.err, "");
 }
 
@@ -47,7 +47,7 @@ TEST(Login, ARefusalEndsWith1)
 {
     const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--refuse", "36"});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_EQ(Story(result.out).at(1), "pc went offline: 36 (logged in on another device)");
+    EXPECT_EQ(Story(result.out).at(1), "pc could not log in: 36 (logged in on another device)");
 }
 
 TEST(Login, WhatTheModuleRefusesAtOnceEndsWith1)

@@ -8,6 +8,7 @@ using onlinehost::CutLength;
 using onlinehost::ParseNumber;
 using onlinehost::ParseUserId;
 using onlinehost::Printable;
+using onlinehost::RepairUtf8;
 using onlinehost::ToUtf8;
 
 TEST(Text, CutsBetweenCharacters)
@@ -45,6 +46,13 @@ TEST(Text, WhatIsShownHasNoControlCharactersAndIsUtf8)
     EXPECT_EQ(Printable("\xed\xa0\x80"), "\\xED\\xA0\\x80") << "a surrogate";
     EXPECT_EQ(Printable("\xf4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80") << "above the last character";
     EXPECT_EQ(Printable(std::string_view("a\0b", 3)), "a\\x00b");
+}
+
+TEST(Text, RepairedTextIsUtf8AndKeepsItsControlCharacters)
+{
+    EXPECT_EQ(RepairUtf8("a\n\u00e9\U0001F600"), "a\n\u00e9\U0001F600");
+    EXPECT_EQ(RepairUtf8("a\xff\xc3"), "a\uFFFD\uFFFD");
+    EXPECT_EQ(RepairUtf8("\xed\xa0\x80z"), "\uFFFD\uFFFD\uFFFDz");
 }
 
 TEST(Text, GuidsHaveBracesAndCapitals)

@@ -75,7 +75,7 @@ TEST_F(MeetingStoryTest, ALoginThatIsRefusedIsAStepThatFails)
     EXPECT_GT(tally.failed, 0u);
     const std::string told = Told();
     EXPECT_NE(told.find("FAILED  ben-laptop      expected: logged in\n"), std::string::npos) << told;
-    EXPECT_NE(told.find("came:     went offline: 37"), std::string::npos) << told;
+    EXPECT_NE(told.find("came:     could not log in: 37"), std::string::npos) << told;
     EXPECT_NE(told.find("ok      the module      is unloaded\n"), std::string::npos) << told;
 }
 

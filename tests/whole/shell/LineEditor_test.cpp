@@ -110,7 +110,7 @@ TEST_F(LineEditor, TabCompletesCommandsUsersAndInvitations)
     shell.Type(kCtrlC);
     shell.Type("login 2147483647\r");
     ASSERT_TRUE(shell.SeeLastLine("2147483647@pc>"));
-    ASSERT_TRUE(shell.See("sees the status of 2 users change"));
+    ASSERT_TRUE(shell.See("sees 2 users change"));
     shell.Type("invite 21\t");
     ASSERT_TRUE(shell.SeeLastLine("2147483647@pc> invite 2147483647")) << shell.Now().Text();
     shell.Type(kCtrlC);
@@ -138,7 +138,7 @@ TEST_F(LineEditor, TabListsWhatFitsWhenSeveralDo)
 TEST_F(LineEditor, ManyCandidatesAreCutAndAskNothing)
 {
     TerminalProgram shell(Arguments({"--users", "300", "--user", "7"}), 60, 100);
-    ASSERT_TRUE(shell.See("sees the status of 301 users change")) << shell.Now().Text();
+    ASSERT_TRUE(shell.See("sees 301 users change")) << shell.Now().Text();
     shell.Type("invite 1\t");
     EXPECT_TRUE(shell.See("more")) << shell.Now().Text();
     EXPECT_TRUE(shell.SeeLastLine("7@pc> invite 1")) << shell.Now().Text();
