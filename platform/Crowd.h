@@ -34,8 +34,8 @@ struct CrowdScript
         Decline,
     };
 
-    Answer answer = Answer::Ignore;
-    std::chrono::milliseconds after{0}; ///< delay of the answer
+    Answer answer = Answer::Accept;
+    std::chrono::milliseconds after{0}; ///< delay of the answer, on top of `PlatformOptions::answerDelay`
     std::string message;                ///< JSON text of the answer; empty = the text that the module sends
     std::string joinGroupId;            ///< group that the member joins after it has accepted; empty = none
 };
@@ -76,7 +76,7 @@ public:
     /// Sets the custom information of the first terminal of an online member.
     void SetCustomInfo(uint32_t userId, const std::string& text);
 
-    /// Sets the script of all members without a script of their own.
+    /// Sets the script of all members without a script of their own. Before the first call they accept at once.
     void SetScript(const CrowdScript& script);
     void SetScript(uint32_t userId, const CrowdScript& script);
 

@@ -38,6 +38,7 @@ struct Options
     std::string user;
     std::string users;
     std::optional<std::string> history;
+    bool json = false;
     TraceOptions trace;
 };
 
@@ -75,6 +76,7 @@ Shell::Options ToShellOptions(const Options& options)
     {
         shell.first.push_back("login " + options.user);
     }
+    shell.json = options.json;
     shell.history = options.history ? std::filesystem::path(*options.history) : DefaultHistory();
     return shell;
 }
@@ -107,15 +109,15 @@ private:
     const int m_descriptor;
 };
 
-int Serve(Shell& shell, const std::string& scriptPath)
+int Serve(Shell& shell, const Options& options)
 {
-    if (!scriptPath.empty())
+    if (!options.script.empty())
     {
-        const File file(scriptPath);
-        ShellScript script(file.Descriptor(), scriptPath);
+        const File file(options.script);
+        ShellScript script(file.Descriptor(), options.script);
         return shell.RunScript(script);
     }
-    if (isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1)
+    if (!options.json && isatty(STDIN_FILENO) == 1 && isatty(STDOUT_FILENO) == 1)
     {
         return shell.RunTerminal();
     }
@@ -132,7 +134,11 @@ int Run(const Options& options)
     int exitCode = EXIT_DONE;
     {
         Shell shell(ToShellOptions(options), signals, log, trace.Get());
-        exitCode = Serve(shell, options.script);
+        exitCode = Serve(shell, options);
+        if (shell.World().IsOwnTraceRunning())
+        {
+            shell.World().StopTrace();
+        }
     }
     trace.Close();
     return exitCode;
@@ -157,6 +163,8 @@ void AddShellCommand(CLI::App& program, int& exitCode)
     command->add_option("--history", options->history,
                         "File that remembers what was typed at the prompt, or '' for none; by default "
                         "onlinehost/history in the user's folder for state");
+    command->add_flag("--json", options->json,
+                      "Write every event and every command's answer as one JSON object a line, and no prompt");
     AddTraceOptions(*command, options->trace);
     command->footer(std::string("\"help\" at the prompt lists the commands. A script ends at the first command that "
                                 "fails, with its exit code.\n") +

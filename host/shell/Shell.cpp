@@ -1,6 +1,7 @@
 #include "host/shell/Shell.h"
 
 #include "host/console/ExitCode.h"
+#include "host/console/JsonLine.h"
 #include "host/shell/LineEditor.h"
 #include "host/shell/ShellCompletion.h"
 #include "host/shell/ShellFailure.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <poll.h>
 #include <set>
+#include <sstream>
 #include <unistd.h>
 
 namespace host
@@ -25,7 +27,8 @@ namespace
 {
 
 constexpr size_t kMostEntries = 1000;
-constexpr size_t kMostChanges = 20; ///< users whose change is shown one by one
+constexpr size_t kMostChanges = 20; ///< watched users that are shown one by one
+constexpr std::chrono::milliseconds kBurst{200};
 
 int PollLimit(std::chrono::steady_clock::time_point deadline)
 {
@@ -74,7 +77,15 @@ void Shell::Say(std::string_view text)
         lines += '\n';
     }
     m_said += lines;
-    if (m_terminal != nullptr)
+    if (m_options.json)
+    {
+        std::istringstream stream(lines);
+        for (std::string line; std::getline(stream, line);)
+        {
+            m_answer.push_back(line);
+        }
+    }
+    else if (m_terminal != nullptr)
     {
         m_terminal->PrintAbove(lines);
     }
@@ -92,38 +103,109 @@ void Shell::Collect()
     }
 }
 
-void Shell::Show(Entry& entry)
+ShellTerminal* Shell::FindDevice(const std::string& name) const
 {
-    if (entry.isShown)
-    {
-        return;
-    }
-    entry.isShown = true;
-    const ShellEvent& event = entry.event;
     const auto& devices = m_world.Devices();
-    const auto device =
-        std::find_if(devices.begin(), devices.end(), [&](const auto& known) { return known->Name() == event.source; });
-    if (device != devices.end() && event.name != kMessageEvent)
+    const auto found =
+        std::find_if(devices.begin(), devices.end(), [&name](const auto& known) { return known->Name() == name; });
+    return found == devices.end() ? nullptr : found->get();
+}
+
+void Shell::Note(Entry& entry)
+{
+    entry.isShown = true;
+    ShellTerminal* const device = FindDevice(entry.event.source);
+    if (device != nullptr && entry.event.name != kMessageEvent)
     {
-        (*device)->Note(event.event);
+        device->Note(entry.event.event);
     }
     if (m_terminal != nullptr)
     {
         m_terminal->SetPrompt(Prompt());
     }
-    const std::string time = m_terminal == nullptr ? "" : m_out.Paint(Tone::Quiet, ClockText(event.event.time)) + " ";
-    Say(time + m_out.Paint(Tone::Strong, event.source) + " " + event.text);
-    if (device != devices.end() && event.event.kind == EventKind::UserStatusChanged)
+    if (m_options.json)
     {
-        ShowChanges(**device, event.event.userIds);
+        m_out.Line(ShellEventJson(entry.event));
     }
 }
 
-void Shell::ShowChanges(ShellTerminal& device, const std::vector<unsigned>& userIds)
+void Shell::SayEvent(const ShellEvent& event, const std::string& text)
+{
+    if (m_options.json)
+    {
+        m_said += event.source + " " + text + "\n";
+        return;
+    }
+    const std::string time = m_terminal == nullptr ? "" : m_out.Paint(Tone::Quiet, ClockText(event.event.time)) + " ";
+    Say(time + m_out.Paint(Tone::Strong, event.source) + " " + text);
+}
+
+void Shell::ShowUpTo(size_t end)
+{
+    size_t index = 0;
+    while (index < end)
+    {
+        Entry& entry = m_entries[index];
+        if (!entry.isShown && IsChange(entry.event))
+        {
+            index = ShowBurst(index, end);
+            continue;
+        }
+        if (!entry.isShown)
+        {
+            Note(entry);
+            SayEvent(entry.event, entry.event.text);
+        }
+        ++index;
+    }
+}
+
+size_t Shell::ShowBurst(size_t begin, size_t end)
+{
+    struct Burst
+    {
+        ShellEvent first;
+        std::vector<UserChange> changes;
+    };
+    std::vector<Burst> bursts;
+    size_t index = begin;
+    for (; index < end && IsChange(m_entries[index].event); ++index)
+    {
+        const ShellEvent& event = m_entries[index].event;
+        Note(m_entries[index]);
+        auto burst = std::find_if(bursts.begin(), bursts.end(),
+                                  [&event](const Burst& known) { return known.first.source == event.source; });
+        if (burst == bursts.end())
+        {
+            burst = bursts.insert(burst, Burst{event, {}});
+        }
+        burst->changes.insert(burst->changes.end(), event.changes.begin(), event.changes.end());
+    }
+    for (const Burst& burst : bursts)
+    {
+        for (const std::string& sentence : DescribeChanges(burst.changes))
+        {
+            SayEvent(burst.first, sentence);
+        }
+        if (ShellTerminal* const device = FindDevice(burst.first.source))
+        {
+            ShowWatched(*device, burst.changes);
+        }
+    }
+    return index;
+}
+
+void Shell::ShowWatched(ShellTerminal& device, const std::vector<UserChange>& changes)
 {
     std::vector<unsigned> watched;
-    std::copy_if(userIds.begin(), userIds.end(), std::back_inserter(watched),
-                 [&](unsigned id) { return device.watchesAll || device.watched.contains(id); });
+    std::set<unsigned> seen;
+    for (const UserChange& change : changes)
+    {
+        if ((device.watchesAll || device.watched.contains(change.userId)) && seen.insert(change.userId).second)
+        {
+            watched.push_back(change.userId);
+        }
+    }
     const size_t left = watched.size() > kMostChanges ? watched.size() - kMostChanges : 0;
     watched.resize(watched.size() - left);
     for (const onlinemanager::UserOnlineInfo& user : device.Query(watched))
@@ -139,11 +221,28 @@ void Shell::ShowChanges(ShellTerminal& device, const std::vector<unsigned>& user
 void Shell::ShowAll()
 {
     Collect();
-    for (size_t i = 0; i < m_entries.size(); ++i)
-    {
-        Show(m_entries[i]);
-    }
+    ShowUpTo(m_entries.size());
     DropOld();
+}
+
+int Shell::ShowNews()
+{
+    using std::chrono::milliseconds;
+    Collect();
+    const auto isNew = [](const Entry& entry) { return !entry.isShown; };
+    const auto isNewAndNoChange = [](const Entry& entry) { return !entry.isShown && !IsChange(entry.event); };
+    if (std::none_of(m_entries.begin(), m_entries.end(), isNew))
+    {
+        return -1;
+    }
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_nextBurst && std::none_of(m_entries.begin(), m_entries.end(), isNewAndNoChange))
+    {
+        return PollLimit(m_nextBurst);
+    }
+    m_nextBurst = now + kBurst;
+    ShowAll();
+    return -1;
 }
 
 void Shell::DropOld()
@@ -171,7 +270,7 @@ Shell::Entry* Shell::FindEntry(const std::function<bool(const Entry&)>& isWanted
     {
         return nullptr;
     }
-    std::for_each(m_entries.begin(), found + 1, [this](Entry& entry) { Show(entry); });
+    ShowUpTo(static_cast<size_t>(found - m_entries.begin()) + 1);
     return &*found;
 }
 
@@ -179,6 +278,7 @@ Shell::Entry* Shell::AwaitEntry(const std::function<bool(const Entry&)>& isWante
 {
     const auto deadline = std::chrono::steady_clock::now() + limit;
     m_out.Flush();
+    int held = -1;
     do
     {
         Collect();
@@ -188,17 +288,18 @@ Shell::Entry* Shell::AwaitEntry(const std::function<bool(const Entry&)>& isWante
         }
         if (m_terminal != nullptr)
         {
-            ShowAll();
+            held = ShowNews();
         }
-    } while (WaitForNews(deadline));
+    } while (WaitForNews(deadline, held));
     ShowAll();
     return nullptr;
 }
 
-bool Shell::WaitForNews(std::chrono::steady_clock::time_point deadline)
+bool Shell::WaitForNews(std::chrono::steady_clock::time_point deadline, int held)
 {
     pollfd wanted[] = {{m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
-    poll(wanted, std::size(wanted), PollLimit(deadline));
+    const int limit = PollLimit(deadline);
+    poll(wanted, std::size(wanted), held < 0 ? limit : std::min(limit, held));
     TakeSignals();
     return wanted[0].revents != 0 || std::chrono::steady_clock::now() < deadline;
 }
@@ -251,6 +352,7 @@ void Shell::ExecuteLine(const std::string& line)
     m_saidBefore = std::move(m_said);
     m_said.clear();
     Execute(words);
+    SayAnswer(line, EXIT_DONE, "", "");
     DropOld();
 }
 
@@ -282,6 +384,22 @@ void Shell::Execute(const std::vector<std::string>& words)
     }
 }
 
+void Shell::SayAnswer(const std::string& line, int exitCode, const std::string& place, const std::string& error)
+{
+    if (!m_options.json)
+    {
+        return;
+    }
+    JsonLine answer;
+    answer.Text("type", "answer").Time("time", std::chrono::system_clock::now());
+    answer.Text("command", line).Number("exitCode", exitCode).Texts("lines", std::exchange(m_answer, {}));
+    if (exitCode != EXIT_DONE)
+    {
+        answer.Text("place", place).Text("error", error);
+    }
+    m_out.Line(answer.Take());
+}
+
 int Shell::RunFirstLines()
 {
     for (const std::string& line : m_options.first)
@@ -302,12 +420,18 @@ int Shell::Report(const std::string& place, const std::string& line, const std::
 {
     constexpr size_t kMostShown = 200;
     const auto* const failure = dynamic_cast<const ShellFailure*>(&error);
+    // A line that does not even fall into words is wrong usage as well.
+    const int exitCode = failure == nullptr ? int{EXIT_USAGE} : failure->Code();
+    if (m_options.json)
+    {
+        SayAnswer(line, exitCode, place, error.what());
+        return exitCode;
+    }
     const std::string where = place.empty() ? "" : place + ": ";
     const std::string what = line.substr(0, CutLength(line, kMostShown)) + (line.size() > kMostShown ? "..." : "");
     m_out.Flush();
     m_errors.Line(m_errors.Paint(Tone::Bad, Printable(where + what)) + ": " + error.what());
-    // A line that does not even fall into words is wrong usage as well.
-    return failure == nullptr ? EXIT_USAGE : failure->Code();
+    return exitCode;
 }
 
 int Shell::RunScript(ShellScript& script)
@@ -317,6 +441,7 @@ int Shell::RunScript(ShellScript& script)
         return exitCode;
     }
     bool isOpen = true;
+    int held = -1;
     while (isOpen && !m_isOver)
     {
         std::optional<std::string> line;
@@ -334,7 +459,7 @@ int Shell::RunScript(ShellScript& script)
             pollfd wanted[] = {{script.Descriptor(), POLLIN, 0},
                                {m_inbox.Descriptor(), POLLIN, 0},
                                {m_signals.Descriptor(), POLLIN, 0}};
-            poll(wanted, std::size(wanted), -1);
+            poll(wanted, std::size(wanted), held);
             TakeSignals();
             // A line that is there comes before events, so that they appear where the script waits for them.
             if (wanted[0].revents != 0)
@@ -343,7 +468,7 @@ int Shell::RunScript(ShellScript& script)
             }
             else
             {
-                ShowAll();
+                held = ShowNews();
             }
         }
         catch (const Error& error)
@@ -395,12 +520,9 @@ void Shell::AwaitKey()
 {
     pollfd wanted[] = {
         {STDIN_FILENO, POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
-    poll(wanted, std::size(wanted), -1);
+    poll(wanted, std::size(wanted), ShowNews());
     HandleTerminalSignals();
-    if (wanted[1].revents != 0)
-    {
-        ShowAll();
-    }
+    ShowNews();
 }
 
 void Shell::HandleTerminalSignals()

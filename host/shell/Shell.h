@@ -34,6 +34,7 @@ public:
         ShellWorld::Options world;
         std::filesystem::path history;  ///< empty: none
         std::vector<std::string> first; ///< lines to run before all others
+        bool json = false;              ///< every event and every answer is a JSON object on a line of its own
     };
 
     /// What is handed over must outlive the shell; `trace` is null when nothing is recorded. `Error` when something that it
@@ -64,6 +65,12 @@ public:
     const Console& Out() const
     {
         return m_out;
+    }
+
+    /// Where the progress of a long command is shown.
+    const Console& ProgressOut() const
+    {
+        return m_options.json ? m_errors : m_out;
     }
 
     /// The terminal that commands are for; `ShellFailure` when there is none yet.
@@ -128,16 +135,26 @@ private:
     };
 
     void Collect();
-    void Show(Entry& entry);
-    void ShowChanges(ShellTerminal& device, const std::vector<unsigned>& userIds);
+    ShellTerminal* FindDevice(const std::string& name) const;
+    void Note(Entry& entry);
+    void ShowUpTo(size_t end);
+    /// Shows changes of users that came in a row in as few lines as possible. Returns where the row ends.
+    size_t ShowBurst(size_t begin, size_t end);
+    void ShowWatched(ShellTerminal& device, const std::vector<UserChange>& changes);
+    void SayEvent(const ShellEvent& event, const std::string& text);
+    /// Shows what has come, but holds changes of users back for a moment after others were shown, to gather them. Returns for
+    /// how many milliseconds it holds something back, or -1.
+    int ShowNews();
     void DropOld();
     Entry* FindEntry(const std::function<bool(const Entry&)>& isWanted);
     Entry* AwaitEntry(const std::function<bool(const Entry&)>& isWanted, std::chrono::milliseconds limit);
-    /// False when the time has come.
-    bool WaitForNews(std::chrono::steady_clock::time_point deadline);
+    /// Waits for an event, a signal, or `held` milliseconds unless that is -1. False when the deadline has passed.
+    bool WaitForNews(std::chrono::steady_clock::time_point deadline, int held);
     void TakeSignals();
 
     void ExecuteLine(const std::string& line);
+    /// Says the answer to a line as JSON: what the command said, and how it ended.
+    void SayAnswer(const std::string& line, int exitCode, const std::string& place, const std::string& error);
     int Report(const std::string& place, const std::string& line, const std::exception& error);
     int RunFirstLines();
     void AwaitKey();
@@ -156,6 +173,8 @@ private:
     std::unique_ptr<LineEditor> m_terminal; ///< null in a script
     ShellTerminal* m_device = nullptr;
     std::deque<Entry> m_entries;
+    std::chrono::steady_clock::time_point m_nextBurst{}; ///< changes of users are held back until then
+    std::vector<std::string> m_answer;                   ///< the lines of the running command, when they become JSON
     std::string m_said;
     std::string m_saidBefore;
     bool m_isOver = false;

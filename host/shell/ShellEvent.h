@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/shell/ShellPresence.h"
 #include "onlinehost/Event.h"
 
 #include <cstdint>
@@ -9,14 +10,17 @@
 namespace host
 {
 
-/// Something that reached the shell from outside: a notification of the module, or word from the platform.
+/// Something that reached the shell from outside: a notification of the module, a message, a report, or a notice of the
+/// platform.
 struct ShellEvent
 {
-    std::string source;        ///< the terminal ("7@pc"), or whoever else tells it
-    std::string name;          ///< as `wait` knows it
-    std::string text;          ///< in words
-    onlinehost::Event event{}; ///< of a notification; otherwise only the user ids and the time mean anything
-    uint64_t number = 0;       ///< counts up in the order of arrival
+    std::string source;                ///< the terminal ("7@pc"), "monitoring" or "platform"
+    std::string name;                  ///< as `wait` knows it
+    std::string text;                  ///< in words
+    onlinehost::Event event{};         ///< of a notification; of all others only `userId` and `time` have a meaning
+    std::string content{};             ///< of a message or a report, as it came
+    std::vector<UserChange> changes{}; ///< of `changed`: how the users changed
+    uint64_t number = 0;               ///< counts up in the order of arrival
 };
 
 inline constexpr char kMessageEvent[] = "message";
@@ -26,9 +30,17 @@ inline constexpr char kNoticeEvent[] = "notice";
 /// Every name that an event can have.
 std::vector<std::string> ShellEventNames();
 
+/// The event of a notification that a terminal got.
 ShellEvent MakeShellEvent(const std::string& terminal, onlinehost::Event event);
 
-/// Whether the event tells something about the user.
+/// Whether the event is `OnUserStatusChanged`.
+bool IsChange(const ShellEvent& event);
+
+/// The event as a JSON object on one line. A notification has the fields of `EventJson`. The others have `type`, `time`,
+/// `source`, `event` and `text` too, messages and reports also `user` and `content`.
+std::string ShellEventJson(const ShellEvent& event);
+
+/// Whether the event is about the user.
 bool Concerns(const ShellEvent& event, uint32_t userId);
 
 } // namespace host

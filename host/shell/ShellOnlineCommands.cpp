@@ -7,6 +7,8 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <iterator>
+#include <set>
 #include <utility>
 
 namespace host
@@ -187,8 +189,8 @@ public:
             device.watchesAll = false;
             device.watched.clear();
         }
-        m_shell.Say(device.watchesAll        ? std::string("watches everybody")
-                    : device.watched.empty() ? std::string("watches nobody")
+        m_shell.Say(device.watchesAll        ? std::string("watches all users")
+                    : device.watched.empty() ? std::string("watches no users")
                                              : "watches " + ListIds(device.watched));
     }
 
@@ -219,7 +221,7 @@ public:
         data.inviteCode = arguments.Number("code");
         data.roomCompanyId = device.login.companyid;
         data.isForce = arguments.Has("force");
-        data.meetingId = arguments.Has("meeting") ? arguments.Meeting("meeting").Data1 : device.roomId;
+        data.meetingId = MeetingToInviteTo(device, arguments);
         data.userId = device.login.userid;
         data.userName = arguments.Text("name", "user " + std::to_string(data.userId));
         data.terminal = device.login.deviceid;
@@ -232,26 +234,29 @@ public:
         }
         if (inviteId == 0)
         {
-            m_shell.Say("nobody else is invited");
+            m_shell.Say("invites no other user, so there is no invitation id");
             return;
         }
-        device.sent[inviteId] = ids;
+        device.sent[inviteId] = {ids};
         m_shell.Say("sends invitation " + std::to_string(inviteId) + " to " + CountText(ids.size(), "user"));
     }
 
     void Invitations(const ShellArguments&)
     {
         const ShellTerminal& device = m_shell.Device();
-        for (const auto& [id, inviter] : device.received)
+        size_t accepted = 0;
+        for (const auto& [id, invitation] : device.received)
         {
-            m_shell.Say("received: " + std::to_string(id) + " of user " + std::to_string(inviter));
+            accepted += invitation.isAccepted ? 1 : 0;
+            m_shell.Say("received: " + std::to_string(id) + " of user " + std::to_string(invitation.inviter) +
+                        (invitation.isAccepted ? ", accepted" : ", open"));
         }
-        for (const auto& [id, users] : device.sent)
+        for (const auto& [id, invitation] : device.sent)
         {
-            m_shell.Say("sent: " + std::to_string(id) + " to " + ListIds(users));
+            m_shell.Say("sent: " + std::to_string(id) + " to " + ListIds(invitation.users) + Answers(invitation));
         }
-        m_shell.Say(std::to_string(device.received.size()) + " received and open, " +
-                    std::to_string(device.sent.size()) + " sent");
+        m_shell.Say(std::to_string(device.received.size() - accepted) + " received and open, " +
+                    std::to_string(accepted) + " accepted, " + std::to_string(device.sent.size()) + " sent");
     }
 
     void Answer(const ShellArguments& arguments, bool isAccept)
@@ -261,10 +266,15 @@ public:
         const auto found = device.received.find(id);
         if (found == device.received.end() && !arguments.Has("from"))
         {
-            throw ShellFailure(EXIT_REFUSED, "there is no open invitation " + std::to_string(id) + Open(device) +
+            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is not open" + Open(device) +
                                                  "; with from=USER it is answered all the same");
         }
-        const uint32_t inviter = arguments.Number("from", found == device.received.end() ? 0 : found->second);
+        if (found != device.received.end() && found->second.isAccepted && isAccept)
+        {
+            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is accepted already; \"decline " +
+                                                 std::to_string(id) + "\" takes that back");
+        }
+        const uint32_t inviter = arguments.Number("from", found == device.received.end() ? 0 : found->second.inviter);
         m_shell.World().TakeFailure();
         if (!device.Online().Users().AcceptInvite(inviter, id, isAccept))
         {
@@ -273,6 +283,10 @@ public:
         if (!isAccept)
         {
             device.received.erase(id);
+        }
+        else if (found != device.received.end())
+        {
+            found->second.isAccepted = true;
         }
     }
 
@@ -305,12 +319,21 @@ public:
         }
         if (ids.empty())
         {
-            ids = found->second;
+            ids = found->second.users;
         }
         m_shell.World().TakeFailure();
         if (!device.Online().Users().AbandonInvite(id, ids))
         {
             Refuse(m_shell, device);
+        }
+        if (found != device.sent.end())
+        {
+            const std::set<uint32_t> withdrawn(ids.begin(), ids.end());
+            std::erase_if(found->second.users, [&withdrawn](uint32_t user) { return withdrawn.contains(user); });
+            if (found->second.users.empty())
+            {
+                device.sent.erase(found);
+            }
         }
     }
 
@@ -328,8 +351,10 @@ public:
             Refuse(m_shell, device);
         }
         Check("the join", Result(device, mark, {EventKind::JoinMeetingResult}, tunnel));
-        device.roomId = data.guid.Data1;
-        device.groupId = platform::Platform::MeetingGroupId(data.guid);
+        ShellTerminal::Meeting& meeting = device.meetings[tunnel];
+        meeting.name = Printable(arguments.Text("MEETING"));
+        meeting.roomId = data.guid.Data1;
+        meeting.groupId = platform::Platform::MeetingGroupId(data.guid);
     }
 
     void Leave(const ShellArguments& arguments)
@@ -345,14 +370,84 @@ public:
         Check("the leave", Result(device, mark, {EventKind::LeaveMeetingResult}, tunnel));
     }
 
+    void Members(const ShellArguments& arguments)
+    {
+        const ShellTerminal& device = m_shell.Device();
+        if (device.meetings.empty())
+        {
+            throw ShellFailure(EXIT_REFUSED, device.Name() + " is not in a meeting; \"join MEETING\" joins one");
+        }
+        for (const auto& [tunnel, meeting] : device.meetings)
+        {
+            const size_t count = meeting.others.size();
+            const size_t shown = arguments.Has("all") ? count : std::min(count, kMostUsers);
+            m_shell.Say("user " + std::to_string(device.login.userid) + ", this terminal");
+            std::for_each(meeting.others.begin(), std::next(meeting.others.begin(), static_cast<std::ptrdiff_t>(shown)),
+                          [this](uint32_t user) { m_shell.Say("user " + std::to_string(user)); });
+            if (shown < count)
+            {
+                m_shell.Say("and " + std::to_string(count - shown) + " more (\"members all\")");
+            }
+            m_shell.Say(CountText(count + 1, "user") + " in meeting " + meeting.name +
+                        (tunnel == TUNNEL_TYPE_GW ? ", joined over the gateway" : ""));
+        }
+    }
+
+    void ForgetTerminal(const ShellArguments& arguments)
+    {
+        const std::string name = arguments.Text("TERMINAL");
+        ShellTerminal* device = name.empty() ? &m_shell.Device() : nullptr;
+        if (device == nullptr)
+        {
+            const auto [user, deviceName] = ParseTerminal(name);
+            device = m_shell.World().FindDevice(user, deviceName);
+        }
+        if (device == nullptr)
+        {
+            throw ShellFailure(EXIT_REFUSED,
+                               "there is no terminal " + Printable(name) + "; \"as\" lists the terminals");
+        }
+        const std::string said = "forgets " + device->Name() + (device->isLoggedIn ? ", which ends its login" : "");
+        if (device == m_shell.CurrentDevice())
+        {
+            m_shell.SetDevice(nullptr);
+        }
+        m_shell.World().Forget(*device);
+        m_shell.Say(said);
+    }
+
+    void StartOrStopTrace(const ShellArguments& arguments)
+    {
+        const bool isStart = arguments.Has("FILE") || arguments.Has("diagram");
+        if (arguments.Has("off") == isStart)
+        {
+            throw ShellFailure(EXIT_USAGE, "name a FILE, or diagram=FILE, or both; or say off");
+        }
+        if (!isStart)
+        {
+            m_shell.World().StopTrace();
+            m_shell.Say("the recording is complete");
+            return;
+        }
+        m_shell.World().StartTrace({arguments.Text("FILE"), arguments.Text("diagram")});
+        const size_t count = m_shell.World().Devices().size();
+        m_shell.Say("records every terminal that is made from now on" +
+                    (count == 0 ? ""
+                                : ", and not the " + CountText(count, "terminal") +
+                                      " made before; forget such a terminal and log it in again to record it"));
+    }
+
     void Quality(const ShellArguments& arguments)
     {
         ShellTerminal& device = m_shell.Device();
         const auto info = std::make_shared<AVQualityInfo>();
         info->avQualityLevel = static_cast<int32_t>(arguments.Number("LEVEL"));
         info->userId = device.login.userid;
-        info->roomId = device.roomId;
-        info->groupId = device.groupId;
+        if (const ShellTerminal::Meeting* const meeting = device.Joined())
+        {
+            info->roomId = meeting->roomId;
+            info->groupId = meeting->groupId;
+        }
         info->appId = device.login.appid;
         AddStreams(*info, device.login.userid, arguments);
         m_shell.World().TakeFailure();
@@ -360,8 +455,8 @@ public:
         {
             Refuse(m_shell, device);
         }
-        m_shell.Say(device.isMeasured ? "the reports that were asked for are on their way"
-                                      : "nobody has asked for reports, so none was sent");
+        m_shell.Say(device.isMeasured ? "sends the reports that the monitoring service has asked for"
+                                      : "the monitoring service has not asked for reports, so none is sent");
     }
 
     void Reconnect(const ShellArguments& arguments)
@@ -426,11 +521,51 @@ private:
     static std::string Open(const ShellTerminal& device)
     {
         std::vector<uint32_t> ids;
-        for (const auto& invitation : device.received)
+        for (const auto& [id, invitation] : device.received)
         {
-            ids.push_back(invitation.first);
+            if (!invitation.isAccepted)
+            {
+                ids.push_back(id);
+            }
         }
-        return ids.empty() ? "; none is open" : "; open are " + ListIds(ids);
+        return ids.empty() ? "; no invitation is open" : "; open are " + ListIds(ids);
+    }
+
+    /// The number of the meeting that `invite` is about.
+    static uint32_t MeetingToInviteTo(const ShellTerminal& device, const ShellArguments& arguments)
+    {
+        if (arguments.Has("meeting"))
+        {
+            return arguments.Meeting("meeting").Data1;
+        }
+        const ShellTerminal::Meeting* const meeting = device.Joined();
+        if (device.isLoggedIn && meeting == nullptr)
+        {
+            throw ShellFailure(EXIT_REFUSED, device.Name() +
+                                                 " is not in a meeting to invite to; \"join MEETING\" first, "
+                                                 "or name one with meeting=MEETING");
+        }
+        return meeting == nullptr ? 0 : meeting->roomId;
+    }
+
+    /// "; 2 accepted, 1 declined, 1 offline, 3 have not answered"
+    static std::string Answers(const ShellTerminal::Sent& invitation)
+    {
+        size_t open = invitation.users.size();
+        std::string text;
+        const auto add = [&](const std::set<uint32_t>& users, const char* what)
+        {
+            const auto count =
+                static_cast<size_t>(std::count_if(invitation.users.begin(), invitation.users.end(),
+                                                  [&users](uint32_t user) { return users.contains(user); }));
+            open -= count;
+            text += count == 0 ? "" : (text.empty() ? "; " : ", ") + std::to_string(count) + what;
+        };
+        add(invitation.accepted, " accepted");
+        add(invitation.declined, " declined");
+        add(invitation.offline, " offline");
+        text += open == 0 ? "" : (text.empty() ? "; " : ", ") + std::to_string(open) + " without an answer";
+        return text;
     }
 
     void GoBack(const ShellTerminal* device)
@@ -523,6 +658,8 @@ void AddOnlineCommands(Shell& shell)
         "Go on as another terminal, or run one command as that one",
         "Without arguments it lists the terminals. A terminal that does not exist yet is made, and is offline.\n",
         call(&OnlineCommands::As));
+    add("forget", {{"TERMINAL", Form::Optional, Kind::Terminal}}, "Destroy a terminal with its component",
+        "Without TERMINAL it is the present one. A login that stands ends.\n", call(&OnlineCommands::ForgetTerminal));
     add("who", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"online", Form::Flag}},
         "Show what the module knows of users",
         "Without users it shows the known ones, the first " + std::to_string(kMostUsers) +
@@ -542,9 +679,11 @@ void AddOnlineCommands(Shell& shell)
          {"name", Form::Option},
          {"force", Form::Flag}},
         "Invite users to a meeting",
-        "USER may be a range, such as 2..46. The meeting is the one that was joined last unless it is named.\n",
+        "USER may be a range, such as 2..46. The meeting is the one that the terminal is in, unless meeting names "
+        "another.\n",
         call(&OnlineCommands::Invite));
-    add("invitations", {}, "List the invitations that came in and are open, and those that went out", "",
+    add("invitations", {}, "List the invitations that came in and those that went out, with their answers",
+        "An accepted invitation stays in the list, because it can still be withdrawn, and declined after all.\n",
         call(&OnlineCommands::Invitations));
     add("accept", {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
         "Accept an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, true); });
@@ -552,7 +691,8 @@ void AddOnlineCommands(Shell& shell)
         "Decline an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, false); });
     add("decline-all", {{"SPARED", Form::Any, Kind::Received}, {"reason", Form::Option, Kind::Number}},
         "Decline all open invitations but the spared ones",
-        "The module forgets the spared ones: they can be accepted, but nobody is told any more when they are "
+        "The module forgets the spared ones: they can be accepted, but the module does not report any more that they "
+        "are\n"
         "withdrawn.\n",
         call(&OnlineCommands::DeclineAll));
     add("abandon", {{"INVITATION", Form::One, Kind::Sent}, {"USER", Form::Any, Kind::Users}},
@@ -561,6 +701,10 @@ void AddOnlineCommands(Shell& shell)
     add("join", {{"MEETING", Form::One, Kind::Meeting}, {"gateway", Form::Flag}}, "Join a meeting",
         "MEETING is a number or a GUID. The way over the gateway needs no login.\n", call(&OnlineCommands::Join));
     add("leave", {{"gateway", Form::Flag}}, "Leave the meeting", "", call(&OnlineCommands::Leave));
+    add("members", {{"all", Form::Flag}}, "List who is in the meeting",
+        "The module tells who joins and who leaves; the list is made of that. It shows the first " +
+            std::to_string(kMostUsers) + " users unless all are wanted.\n",
+        call(&OnlineCommands::Members));
     add("quality",
         {{"LEVEL", Form::One, Kind::Number, {}, INT32_MAX},
          {"audio", Form::Option, Kind::Number, {}, kMostStreams},
@@ -573,6 +717,12 @@ void AddOnlineCommands(Shell& shell)
         call(&OnlineCommands::Quality));
     add("reconnect", {{"DECISION", Form::One, Kind::Word, {"yes", "no", "undecided"}}},
         "Decide whether a lost connection is restored", "", call(&OnlineCommands::Reconnect));
+    add("trace", {{"FILE", Form::Optional}, {"diagram", Form::Option}, {"off", Form::Flag}},
+        "Start or stop recording what crosses the module's boundary",
+        "FILE gets a trace, diagram a sequence diagram; both are complete at \"trace off\" or at the end of the shell. "
+        "Only\n"
+        "terminals that are made while it records are recorded. --trace and --diagram record from the beginning.\n",
+        call(&OnlineCommands::StartOrStopTrace));
     add("log-level", {{"LEVEL", Form::One, Kind::Word, {"info", "trace", "warning", "error", "fatal", "off"}}},
         "Set the level of the module's log", "", call(&OnlineCommands::LogLevel));
     add("log", {{"COUNT", Form::Optional, Kind::Number}}, "Show the newest lines of the log", "",

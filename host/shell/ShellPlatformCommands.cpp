@@ -62,12 +62,12 @@ public:
         platform::Crowd* const company = m_shell.World().Company();
         if (company == nullptr)
         {
-            m_shell.Say("the company has gone home");
+            m_shell.Say("all simulated users are offline");
             return;
         }
         SetAnswers(*company, options, arguments);
         {
-            ProgressBar bar(m_shell.Out(), "colleagues come online");
+            ProgressBar bar(m_shell.ProgressOut(), "colleagues come online");
             company->ComeOnline([&bar](size_t done, size_t total) { bar.Show(done, total); });
         }
         m_shell.Say("users " + std::to_string(options.firstUserId) + " to " +
@@ -84,15 +84,14 @@ public:
             const platform::CrowdOptions& options = m_shell.World().CompanySettings();
             if (company == nullptr || user < options.firstUserId || user - options.firstUserId >= options.count)
             {
-                Refuse("user " + std::to_string(user) + " is not one of the company; \"company COUNT\" makes one");
+                Refuse("user " + std::to_string(user) + " is not a simulated colleague; \"company COUNT\" makes some");
             }
         }
         const std::string action = arguments.Text("ACTION");
         const std::string value = arguments.Text("VALUE");
         if (NeedsValue(action) != arguments.Has("VALUE"))
         {
-            throw ShellFailure(EXIT_USAGE,
-                               action + (NeedsValue(action) ? " needs a VALUE behind it" : " takes no VALUE"));
+            throw ShellFailure(EXIT_USAGE, action + (NeedsValue(action) ? " needs a VALUE" : " takes no VALUE"));
         }
         const std::string group = IsAboutMeeting(action) ? Group(value) : "";
         for (const uint32_t user : users)
@@ -107,14 +106,14 @@ public:
         const uint32_t id = m_shell.World().Platform().SendUserMessage(
             login.appid, std::to_string(login.companyid), Sender(arguments),
             std::to_string(arguments.Users("USER").front()), arguments.Text("TEXT"));
-        m_shell.Say("message " + std::to_string(id) + " is on its way");
+        m_shell.Say("message " + std::to_string(id) + " is sent");
     }
 
     void Announce(const ShellArguments& arguments)
     {
         const uint32_t id = m_shell.World().Platform().SendGroupMessage(Group(arguments.Text("MEETING")),
                                                                         Sender(arguments), arguments.Text("TEXT"));
-        m_shell.Say("message " + std::to_string(id) + " is on its way");
+        m_shell.Say("message " + std::to_string(id) + " is sent");
     }
 
     void Monitor(const ShellArguments& arguments)
@@ -151,7 +150,7 @@ public:
             m_shell.World().Platform().GetFaults().DropConnections(std::to_string(user), device, outage);
         if (count == 0)
         {
-            Refuse("no connection of that terminal stands");
+            Refuse("that terminal has no connection");
         }
         m_shell.Say("connections cut: " + std::to_string(count));
     }
@@ -181,7 +180,7 @@ public:
                         (session.groupId.empty() ? "" : ", in " + Printable(session.groupId)) +
                         (session.custom.empty() ? "" : ", \"" + Printable(session.custom) + "\""));
         }
-        m_shell.Say(std::to_string(sessions.size()) + " logins");
+        m_shell.Say(CountText(sessions.size(), "login"));
     }
 
 private:
@@ -220,7 +219,7 @@ private:
                            const ShellArguments& arguments)
     {
         static constexpr Answer kInTurn[] = {Answer::Accept, Answer::Decline, Answer::Ignore};
-        const std::string word = arguments.Text("answer", "ignore");
+        const std::string word = arguments.Text("answer", "accept");
         if (word != "mixed")
         {
             company.SetScript(MakeScript(ToAnswer(word), arguments));
@@ -280,8 +279,8 @@ private:
             isNew ? company.AddTerminal(user, device, R"({"tt":2})") : company.RemoveTerminal(user, device);
         if (!isDone)
         {
-            Refuse("user " + std::to_string(user) + " is offline, or has " + (isNew ? "" : "not ") + "that terminal" +
-                   (isNew ? " already" : ""));
+            Refuse("user " + std::to_string(user) + " is offline, or " +
+                   (isNew ? "has that terminal already" : "does not have that terminal"));
         }
     }
 
@@ -319,10 +318,10 @@ void AddPlatformCommands(Shell& shell)
          {"joins", Form::Option, Kind::Meeting}},
         "Bring simulated colleagues online",
         "Their ids count up from " + std::to_string(kFirstColleague) +
-            " or from first. answer is what they do with an invitation, after is how long they think\n"
-            "about it, and those that accept join the meeting that joins names. A later company takes the place of "
-            "the\n"
-            "present one; company 0 sends it home.\n",
+            " or from first. answer is what they do with an invitation (accept unless it is given),\n"
+            "after is how long they wait before they answer, and those that accept join the meeting that joins names. "
+            "A later\n"
+            "company takes the place of the present one; company 0 takes all of them offline.\n",
         &PlatformCommands::Company);
     add("colleague",
         {{"USER", Form::One, Kind::Users},
@@ -333,9 +332,9 @@ void AddPlatformCommands(Shell& shell)
            "no-terminal"}},
          {"VALUE", Form::Optional}},
         "Have members of the company do something",
-        "accept, decline and ignore are for invitations to come; vanish is the end without a word. VALUE is the "
-        "meeting to\n"
-        "join or leave, the custom text, or the device of another terminal.\n",
+        "accept, decline and ignore are for invitations to come; vanish ends without leaving the meeting first. VALUE "
+        "is the\n"
+        "meeting to join or leave, the custom text, or the device of another terminal.\n",
         &PlatformCommands::Colleague);
     add("message",
         {{"USER", Form::One, Kind::User}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
@@ -346,13 +345,13 @@ void AddPlatformCommands(Shell& shell)
         &PlatformCommands::Message);
     add("announce",
         {{"MEETING", Form::One, Kind::Meeting}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
-        "Send a message to everybody in a meeting", "", &PlatformCommands::Announce);
+        "Send a message to all users in a meeting", "", &PlatformCommands::Announce);
     add("monitor",
         {{"USER", Form::One, Kind::User},
          {"REPORT", Form::One, Kind::Word, {"overview", "detail", "all"}},
          {"off", Form::Flag}},
         "Have the monitoring service ask a user's terminals for quality reports",
-        "With off it does not want them any more. See also: quality.\n", &PlatformCommands::Monitor);
+        "With off it stops asking. See also: quality.\n", &PlatformCommands::Monitor);
     add("monitor-command", {{"USER", Form::One, Kind::User}, {"TEXT", Form::One, Kind::Text}},
         "Send any text to a user's terminals as a command of the monitoring service", "",
         &PlatformCommands::MonitorCommand);
@@ -364,7 +363,7 @@ void AddPlatformCommands(Shell& shell)
         &PlatformCommands::Drop);
     add("restore", {}, "End all outages", "", &PlatformCommands::Restore);
     add("refuse", {{"CODE", Form::One, Kind::Number, {}, INT32_MAX}, {"USER", Form::Optional, Kind::User}},
-        "Have the service refuse logins with a code", "Without USER it refuses everybody.\n",
+        "Have the service refuse logins with a code", "Without USER it refuses all users.\n",
         &PlatformCommands::RefuseLogins);
     add("allow", {{"USER", Form::Optional, Kind::User}}, "End what refuse began for the same USER", "",
         &PlatformCommands::AllowLogins);

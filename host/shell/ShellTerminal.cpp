@@ -70,7 +70,8 @@ private:
         ShellEvent event{.source = m_terminal,
                          .name = kMessageEvent,
                          .text = "gets message " + std::to_string(id) + " of user " + Printable(from) + where + ": " +
-                                 Printable(text)};
+                                 Printable(text),
+                         .content = text};
         std::from_chars(from, from + std::strlen(from), event.event.userId);
         m_inbox.Push(std::move(event));
     }
@@ -87,17 +88,38 @@ ShellTerminal::ShellTerminal(const LoginParam& param, std::unique_ptr<Component>
       m_session(std::move(session))
 {
     m_session->Events().SetOnPush(
-        [name = m_name, &inbox, &events = m_session->Events()]
+        [this, &inbox, &events = m_session->Events()]
         {
             if (std::optional<Event> event = events.Take(std::chrono::milliseconds(0)))
             {
-                inbox.Push(MakeShellEvent(name, std::move(*event)));
+                inbox.Push(Understand(std::move(*event)));
             }
         });
     m_messages = std::make_unique<Messages>(*m_session, m_name, inbox);
 }
 
 ShellTerminal::~ShellTerminal() = default;
+
+ShellEvent ShellTerminal::Understand(Event event)
+{
+    std::vector<UserChange> changes;
+    if (event.kind == EventKind::UserStatusChanged)
+    {
+        changes = m_presence.Learn(Query(event.userIds));
+    }
+    else if (event.kind == EventKind::LoginSuccess || event.kind == EventKind::Offline)
+    {
+        m_presence.Forget();
+    }
+    ShellEvent understood = MakeShellEvent(m_name, std::move(event));
+    understood.changes = std::move(changes);
+    return understood;
+}
+
+const ShellTerminal::Meeting* ShellTerminal::Joined() const
+{
+    return meetings.empty() ? nullptr : &meetings.begin()->second;
+}
 
 void ShellTerminal::Note(const Event& event)
 {
@@ -109,16 +131,40 @@ void ShellTerminal::Note(const Event& event)
     case EventKind::Offline:
         isLoggedIn = false;
         known.clear();
+        received.clear();
+        meetings.erase(TUNNEL_TYPE_PAAS);
         break;
     case EventKind::ReconnectFail:
-        isLoggedIn = isLoggedIn && event.tunnel != TUNNEL_TYPE_PAAS;
+        meetings.erase(event.tunnel);
+        if (event.tunnel == TUNNEL_TYPE_PAAS)
+        {
+            isLoggedIn = false;
+            received.clear();
+        }
+        break;
+    case EventKind::JoinMeetingResult:
+        if (event.code == ERR_SUCCESS)
+        {
+            meetings[event.tunnel] = {};
+        }
+        break;
+    case EventKind::LeaveMeetingResult:
+        meetings.erase(event.tunnel);
+        break;
+    case EventKind::UserJoined:
+    case EventKind::UserLeaved:
+        NoteMember(event);
         break;
     case EventKind::UserStatusChanged:
         known.insert(event.userIds.begin(), event.userIds.end());
         known.erase(0); // stands for ids that the module could not read
         break;
     case EventKind::InviteIncome:
-        received.insert_or_assign(event.requestId, event.userId);
+        received.insert_or_assign(event.requestId, Received{event.userId});
+        break;
+    case EventKind::InviteAccepted:
+    case EventKind::InviteRejected:
+        NoteAnswer(event);
         break;
     case EventKind::InviteAbandoned:
         received.erase(event.requestId);
@@ -132,6 +178,39 @@ void ShellTerminal::Note(const Event& event)
     default:
         break;
     }
+}
+
+void ShellTerminal::NoteMember(const Event& event)
+{
+    const auto meeting = meetings.find(event.tunnel);
+    if (meeting == meetings.end())
+    {
+        return;
+    }
+    if (event.kind == EventKind::UserJoined)
+    {
+        meeting->second.others.insert(event.userId);
+    }
+    else
+    {
+        meeting->second.others.erase(event.userId);
+    }
+}
+
+void ShellTerminal::NoteAnswer(const Event& event)
+{
+    const auto found = sent.find(event.requestId);
+    if (found == sent.end())
+    {
+        return;
+    }
+    Sent& invitation = found->second;
+    // Who accepted can still decline.
+    invitation.accepted.erase(event.userId);
+    std::set<uint32_t>& answers = event.kind == EventKind::InviteAccepted             ? invitation.accepted
+                                  : event.reason == avcore::ZOL_INVITE_REJECT_OFFLINE ? invitation.offline
+                                                                                      : invitation.declined;
+    answers.insert(event.userId);
 }
 
 std::vector<UserOnlineInfo> ShellTerminal::Query(const std::vector<unsigned>& ids)

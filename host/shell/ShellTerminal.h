@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/shell/ShellPresence.h"
 #include "onlinehost/Component.h"
 #include "onlinehost/Event.h"
 
@@ -14,14 +15,40 @@ namespace host
 {
 
 class ShellInbox;
+struct ShellEvent;
 
-/// One terminal of one user at the shell: its session, and what its notifications have taught so far.
+/// One terminal of one user at the shell: its component, and what the shell has learned from its notifications.
 ///
-/// Belongs to the shell's thread; its events go to the inbox on whatever thread they happen.
+/// Use it on the shell's thread only. Its events go to the inbox on the thread that notifies.
 class ShellTerminal
 {
 public:
-    /// The inbox must outlive the device.
+    /// An invitation that came in, until it is declined, withdrawn or answered on another terminal.
+    struct Received
+    {
+        uint32_t inviter = 0;
+        bool isAccepted = false; ///< stays listed, since it can still be withdrawn or declined
+    };
+
+    /// An invitation that went out, and the answers so far.
+    struct Sent
+    {
+        std::vector<uint32_t> users;
+        std::set<uint32_t> accepted{};
+        std::set<uint32_t> declined{};
+        std::set<uint32_t> offline{};
+    };
+
+    /// A meeting that the terminal is in.
+    struct Meeting
+    {
+        std::string name{}; ///< as the user named it
+        uint32_t roomId = 0;
+        std::string groupId{};
+        std::set<uint32_t> others{}; ///< the users in it, without the terminal's own
+    };
+
+    /// The inbox must outlive the terminal.
     ShellTerminal(const onlinemanager::LoginParam& login, std::unique_ptr<onlinehost::Component> session,
                   ShellInbox& inbox);
     ~ShellTerminal();
@@ -39,27 +66,36 @@ public:
         return *m_session;
     }
 
-    /// Learns from an event that is being shown.
+    /// Learns from an event that the shell shows.
     void Note(const onlinehost::Event& event);
 
-    /// What the module knows of users now, in the order of `ids`.
+    /// [any] What the module knows of users now, in the order of `ids`.
     std::vector<onlinemanager::UserOnlineInfo> Query(const std::vector<unsigned>& ids);
 
     onlinemanager::LoginParam login; ///< of the next login, or of the one that stands
     bool isLoggedIn = false;
-    bool isMeasured = false; ///< somebody wants quality reports
+    bool isMeasured = false; ///< the monitoring service wants quality reports
     bool watchesAll = false;
     std::set<uint32_t> watched;
-    std::set<uint32_t> known;                       ///< users that were reported
-    std::map<uint32_t, uint32_t> received;          ///< open invitations that came in, and who sent them
-    std::map<uint32_t, std::vector<uint32_t>> sent; ///< invitations that went out, and to whom
-    uint32_t roomId = 0;                            ///< the meeting joined last
-    std::string groupId;
+    std::set<uint32_t> known; ///< users that were reported
+    std::map<uint32_t, Received> received;
+    std::map<uint32_t, Sent> sent;
+    std::map<onlinemanager::TunnelType, Meeting> meetings; ///< by the tunnel that carries them
+
+    /// The meeting that the terminal is in, the one of the session when it is in two; null when it is in none.
+    const Meeting* Joined() const;
 
 private:
     class Messages;
 
+    /// [any] The event as the shell shows it. Asks the module how the users are that changed, before they change again.
+    ShellEvent Understand(onlinehost::Event event);
+
+    void NoteMember(const onlinehost::Event& event);
+    void NoteAnswer(const onlinehost::Event& event);
+
     const std::string m_name;
+    ShellPresence m_presence;
     std::unique_ptr<onlinehost::Component> m_session;
     std::unique_ptr<Messages> m_messages;
 };

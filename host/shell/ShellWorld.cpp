@@ -36,15 +36,20 @@ ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log
     m_platform.SetDiagnostic([&inbox](std::string_view text) { inbox.Push(Notice(text)); });
 }
 
-ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
+ShellTerminal* ShellWorld::FindDevice(uint32_t userId, const std::string& device) const
 {
     const auto found =
         std::find_if(m_devices.begin(), m_devices.end(),
                      [&](const auto& known)
                      { return known->login.userid == userId && (device.empty() || known->login.deviceid == device); });
-    if (found != m_devices.end())
+    return found == m_devices.end() ? nullptr : found->get();
+}
+
+ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
+{
+    if (ShellTerminal* const found = FindDevice(userId, device))
     {
-        return **found;
+        return *found;
     }
     onlinemanager::LoginParam login = m_options.login;
     login.userid = userId;
@@ -58,6 +63,38 @@ ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
     const std::string name = std::to_string(userId) + "@" + Printable(login.deviceid);
     auto session = std::make_unique<Component>(m_module, m_factory, std::move(http), RecordComponent(m_trace, name));
     return *m_devices.emplace_back(std::make_unique<ShellTerminal>(login, std::move(session), m_inbox));
+}
+
+void ShellWorld::Forget(const ShellTerminal& device)
+{
+    std::erase_if(m_devices, [&device](const auto& known) { return known.get() == &device; });
+}
+
+void ShellWorld::StartTrace(const Trace::Options& options)
+{
+    if (m_trace != nullptr)
+    {
+        throw ShellFailure(EXIT_REFUSED, "a trace is running already");
+    }
+    m_trace = m_ownTraces.emplace_back(std::make_unique<Trace>(options)).get();
+}
+
+void ShellWorld::StopTrace()
+{
+    if (m_trace == nullptr)
+    {
+        throw ShellFailure(EXIT_REFUSED, "no trace is running");
+    }
+    if (!IsOwnTraceRunning())
+    {
+        throw ShellFailure(EXIT_REFUSED, "the trace was started on the command line, and ends with the shell");
+    }
+    std::exchange(m_trace, nullptr)->Close();
+}
+
+bool ShellWorld::IsOwnTraceRunning() const
+{
+    return m_trace != nullptr && !m_ownTraces.empty() && m_ownTraces.back().get() == m_trace;
 }
 
 void ShellWorld::SetCompany(const platform::CrowdOptions& options)
@@ -86,7 +123,8 @@ platform::MonitoringService& ShellWorld::Monitoring()
                 ShellEvent event{.source = "monitoring",
                                  .name = kReportEvent,
                                  .text = "gets a report of " + Printable(report.userId + "@" + report.deviceId) + ": " +
-                                         Printable(report.json)};
+                                         Printable(report.json),
+                                 .content = report.json};
                 std::from_chars(report.userId.data(), report.userId.data() + report.userId.size(), event.event.userId);
                 inbox.Push(std::move(event));
             });

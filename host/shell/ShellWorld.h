@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/shell/ShellTerminal.h"
+#include "host/trace/Trace.h"
 #include "onlinehost/ComponentFactory.h"
 #include "onlinehost/LogCenter.h"
 #include "onlinehost/LogWatch.h"
@@ -20,9 +21,8 @@ namespace host
 {
 
 class ShellInbox;
-class Trace;
 
-/// What the shell stands on: the platform and the people on it, the module, and the terminals of the person at the shell.
+/// What the shell works with: the platform with its simulated users, the module, and the terminals of the shell's user.
 class ShellWorld
 {
 public:
@@ -34,8 +34,8 @@ public:
         std::chrono::milliseconds timeLimit{10'000};
     };
 
-    /// What is handed over must outlive the world; `trace` is null when nothing is recorded. `Error` when something cannot
-    /// be made.
+    /// What is handed over must outlive the world; `trace` records from the beginning and may be null. `Error` when the
+    /// module cannot be loaded.
     ShellWorld(const Options& options, ShellInbox& inbox, onlinehost::LogCenter& log, Trace* trace);
 
     const Options& Settings() const
@@ -60,6 +60,23 @@ public:
     {
         return m_devices;
     }
+
+    /// The terminal that `Device` would return, or null when it would have to make one.
+    ShellTerminal* FindDevice(uint32_t userId, const std::string& device) const;
+
+    /// Destroys the terminal with its component.
+    void Forget(const ShellTerminal& device);
+
+    /// Records the terminals that are made from now on. `ShellFailure` when something is recorded already, `Error` when a file
+    /// cannot be written.
+    void StartTrace(const Trace::Options& options);
+
+    /// Completes the files of `StartTrace`; nothing is recorded any more. `ShellFailure` when `StartTrace` records nothing,
+    /// `Error` when the files could not be written.
+    void StopTrace();
+
+    /// Whether `StartTrace` records something.
+    bool IsOwnTraceRunning() const;
 
     /// Sends the present company home; the new one is still offline. `ShellFailure` when the ids run out.
     void SetCompany(const platform::CrowdOptions& options);
@@ -88,7 +105,7 @@ private:
     std::mutex m_failureMutex;
     std::string m_failure;
     onlinehost::LogCenter& m_log;
-    Trace* const m_trace;
+    Trace* m_trace; ///< that records new terminals; may be null
     platform::Platform m_platform;
     onlinehost::ComponentFactory m_factory{std::bind_front(&platform::Platform::CreateComponent, &m_platform), m_log};
     std::shared_ptr<onlinehost::Module> m_module;
@@ -96,6 +113,7 @@ private:
     std::unique_ptr<platform::MonitoringService> m_monitoring;
     platform::CrowdOptions m_companySettings;
     std::unique_ptr<platform::Crowd> m_company;
+    std::vector<std::unique_ptr<Trace>> m_ownTraces; ///< each stays as long as the terminals that it recorded
     std::vector<std::unique_ptr<ShellTerminal>> m_devices;
 };
 

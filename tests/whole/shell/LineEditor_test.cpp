@@ -51,7 +51,7 @@ TEST_F(LineEditor, AnEventStandsAboveTheLineThatIsBeingTyped)
     ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
     shell.Type("company 1 answer=accept after=3s\r");
     ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
-    shell.Type("invite 1001\r");
+    shell.Type("invite 1001 meeting=42\r");
     ASSERT_TRUE(shell.See("sends invitation"));
     shell.Type("echo half a li");
     ASSERT_TRUE(shell.SeeLastLine("7@pc> echo half a li"));
@@ -72,7 +72,7 @@ TEST_F(LineEditor, ATypedLineOfSeveralRowsSurvivesAnEventToo)
     ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
     shell.Type("company 1 answer=decline after=3s\r");
     ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
-    shell.Type("invite 1001\r");
+    shell.Type("invite 1001 meeting=42\r");
     ASSERT_TRUE(shell.See("sends invitation"));
     const std::string typed = "echo " + std::string(50, 'a') + std::string(50, 'b');
     shell.Type(typed + kCtrlA);
@@ -110,11 +110,11 @@ TEST_F(LineEditor, TabCompletesCommandsUsersAndInvitations)
     shell.Type(kCtrlC);
     shell.Type("login 2147483647\r");
     ASSERT_TRUE(shell.SeeLastLine("2147483647@pc>"));
-    ASSERT_TRUE(shell.See("sees 2 users change"));
+    ASSERT_TRUE(shell.See("sees 2 users online"));
     shell.Type("invite 21\t");
     ASSERT_TRUE(shell.SeeLastLine("2147483647@pc> invite 2147483647")) << shell.Now().Text();
     shell.Type(kCtrlC);
-    shell.Type("invite 7 code=5\r");
+    shell.Type("invite 7 code=5 meeting=42\r");
     ASSERT_TRUE(shell.See("sends invitation 1 "));
     shell.Type("as 7\r");
     ASSERT_TRUE(shell.See("is invited by user 2147483647"));
@@ -138,7 +138,7 @@ TEST_F(LineEditor, TabListsWhatFitsWhenSeveralDo)
 TEST_F(LineEditor, ManyCandidatesAreCutAndAskNothing)
 {
     TerminalProgram shell(Arguments({"--users", "300", "--user", "7"}), 60, 100);
-    ASSERT_TRUE(shell.See("sees 301 users change")) << shell.Now().Text();
+    ASSERT_TRUE(shell.See("sees 301 users online")) << shell.Now().Text();
     shell.Type("invite 1\t");
     EXPECT_TRUE(shell.See("more")) << shell.Now().Text();
     EXPECT_TRUE(shell.SeeLastLine("7@pc> invite 1")) << shell.Now().Text();
@@ -162,7 +162,7 @@ TEST_F(LineEditor, CtrlRSearchesTheLinesTypedBeforeAndEventsAppearMeanwhile)
     ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
     shell.Type("company 1 answer=accept after=3s\r");
     ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
-    shell.Type("echo first\recho second\rinvite 1001\r");
+    shell.Type("echo first\recho second\rinvite 1001 meeting=42\r");
     ASSERT_TRUE(shell.See("sends invitation"));
     shell.Type(std::string(kCtrlR) + "fir");
     ASSERT_TRUE(shell.See("7@pc> echo first\nbck:fir")) << shell.Now().Text();
@@ -198,7 +198,7 @@ TEST_F(LineEditor, ACharacterOfSeveralBytesIsEditedAsOne)
     ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
     shell.Type("company 1 answer=accept after=3s\r");
     ASSERT_TRUE(shell.See("users 1001 to 1001 are online"));
-    shell.Type("invite 1001\r");
+    shell.Type("invite 1001 meeting=42\r");
     ASSERT_TRUE(shell.See("sends invitation"));
     std::string typed = "echo ";
     for (int i = 0; i < 40; ++i)

@@ -154,9 +154,45 @@ TEST(Shell, WritesATraceAndADiagramOfWhatItDid)
     const std::string diagram = folder / "diagram.mmd";
     const ProgramResult result =
         RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", trace, "--diagram", diagram},
-                "login 7\nlogin 8\nsettle\ninvite 7\nas 7 wait invited\nas 7 accept 1\nwait accepted 7\n");
+                "login 7\nlogin 8\nsettle\ninvite 7 meeting=42\nas 7 wait invited\nas 7 accept 1\nwait accepted 7\n");
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(ReadFile(trace).find("OnInviteAccepted"), std::string::npos);
     EXPECT_NE(ReadFile(trace).find("8@pc"), std::string::npos);
     EXPECT_NE(ReadFile(diagram).find("sequenceDiagram"), std::string::npos);
+}
+
+TEST(Shell, TraceRecordsTheTerminalsThatAreMadeAfterIt)
+{
+    const TemporaryFolder folder;
+    const std::string trace = folder / "trace.json";
+    const std::string diagram = folder / "diagram.mmd";
+    const std::string start = "trace " + trace + " diagram=" + diagram + "\n";
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE},
+                                         "login 7\nfails trace\nfails trace off\n" + start + "fails " + start +
+                                             "login 8\nsettle\ntrace off\nlogin 9\nas 8 logout\nfails trace off\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("and not the 1 terminal made before"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("fails as it should: a trace is running already"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("fails as it should: no trace is running"), std::string::npos) << result.out;
+    const std::string recorded = ReadFile(trace);
+    EXPECT_NE(recorded.find("OnLoginSuccess"), std::string::npos);
+    EXPECT_NE(recorded.find("8@pc"), std::string::npos);
+    EXPECT_EQ(recorded.find("7@pc"), std::string::npos) << "was made before";
+    EXPECT_EQ(recorded.find("9@pc"), std::string::npos) << "was made after";
+    EXPECT_EQ(recorded.find("\"Logout\""), std::string::npos) << "came after the end";
+    EXPECT_NE(ReadFile(diagram).find("OnLoginSuccess"), std::string::npos);
+}
+
+TEST(Shell, ATraceThatIsStillRunningIsCompleteAtTheEnd)
+{
+    const TemporaryFolder folder;
+    const std::string trace = folder / "trace.json";
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, "trace " + trace + "\nlogin 7\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(ReadFile(trace).ends_with("]}")) << ReadFile(trace);
+    const ProgramResult full = RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, "trace /dev/full\nlogin 7\n");
+    EXPECT_EQ(full.exitCode, 3) << full.err;
+    const ProgramResult option =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", trace}, "fails trace off\n");
+    EXPECT_NE(option.out.find("was started on the command line"), std::string::npos) << option.out;
 }

@@ -1,0 +1,112 @@
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TerminalProgram.h"
+
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+namespace
+{
+
+constexpr char kFence[] = "```";
+constexpr char kCommandLine[] = "$ onlinehost ";
+
+using Lines = std::vector<std::string>;
+
+/// The lines of the page's block that begins with a command line of a system's shell.
+Lines Transcript()
+{
+    Lines lines;
+    std::istringstream stream(ReadFile(SHELL_PAGE));
+    bool isInside = false;
+    for (std::string line; std::getline(stream, line);)
+    {
+        isInside = isInside ? line != kFence : line.starts_with(kCommandLine);
+        if (isInside)
+        {
+            lines.push_back(line);
+        }
+        else if (!lines.empty())
+        {
+            break;
+        }
+    }
+    return lines;
+}
+
+std::string WithoutTime(const std::string& line)
+{
+    static const std::regex kTime(R"(^\d\d:\d\d:\d\d\.\d\d\d )");
+    return std::regex_replace(line, kTime, "TIME ");
+}
+
+Lines WithoutTimes(const Lines& lines)
+{
+    Lines result;
+    for (const std::string& line : lines)
+    {
+        if (!line.empty())
+        {
+            result.push_back(WithoutTime(line));
+        }
+    }
+    return result;
+}
+
+/// What a line of the transcript has behind its prompt; empty when it has no prompt.
+std::string Typed(const std::string& line)
+{
+    static const std::regex kPrompt(R"(^(?:onlinehost|\d+@\w+(?: \(offline\))?)> (.*)$)");
+    std::smatch found;
+    return std::regex_match(line, found, kPrompt) ? found[1].str() : "";
+}
+
+Lines Words(const std::string& line)
+{
+    std::istringstream stream(line);
+    return {std::istream_iterator<std::string>(stream), {}};
+}
+
+} // namespace
+
+TEST(ShellPage, ItsTranscriptIsTrue)
+{
+    const Lines transcript = Transcript();
+    ASSERT_GT(transcript.size(), 10u);
+    Lines arguments = Words(transcript.front());
+    arguments.erase(arguments.begin(), arguments.begin() + 2);
+    arguments.insert(arguments.end(), {"--module", ONLINEMANAGER_MODULE, "--history", ""});
+    TerminalProgram shell(arguments, 50, 150);
+
+    for (size_t shown = 1; shown < transcript.size(); ++shown)
+    {
+        const std::string typed = Typed(transcript[shown]);
+        if (typed.empty() && shown + 1 < transcript.size())
+        {
+            continue;
+        }
+        // Everything above the line that is typed next, or the whole.
+        const bool isEnd = typed.empty();
+        const Lines expected(transcript.begin() + 1,
+                             transcript.begin() + static_cast<std::ptrdiff_t>(isEnd ? shown + 1 : shown));
+        const auto isThere = [&](const Screen& screen)
+        {
+            const Lines lines = WithoutTimes(screen.Lines());
+            return lines.size() == expected.size() + 1 &&
+                   std::equal(expected.begin(), expected.end(), lines.begin(),
+                              [](const std::string& one, const std::string& other)
+                              { return WithoutTime(one) == other; });
+        };
+        ASSERT_TRUE(shell.See(isThere)) << "before \"" << typed << "\":\n" << shell.Now().Text();
+        if (!isEnd)
+        {
+            // The prompt appears a moment before the editor takes over the keys; until then the terminal echoes them.
+            while ((shell.Modes().c_lflag & ICANON) != 0)
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            shell.Type(typed + kEnter);
+        }
+    }
+}
