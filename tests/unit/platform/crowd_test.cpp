@@ -92,7 +92,8 @@ TEST_F(CrowdTest, MembersAnswerAsTheirScriptsSay)
     script.answer = CrowdScript::Answer::Decline;
     script.message = "{no}";
     crowd->SetScript(11, script);
-    crowd->SetScript(12, CrowdScript());
+    script.answer = CrowdScript::Answer::Ignore;
+    crowd->SetScript(12, script);
     script.answer = CrowdScript::Answer::Accept;
     script.message.clear();
     script.joinGroupId.clear();
@@ -108,8 +109,20 @@ TEST_F(CrowdTest, MembersAnswerAsTheirScriptsSay)
                                 "A GroupUserJoined 10", "A InviteAccepted 13 #1 " + accepted}));
 }
 
+TEST_F(CrowdTest, MembersAcceptUnlessToldOtherwise)
+{
+    crowd->ComeOnline(10);
+    Settled();
+    Invite({"10"});
+    EXPECT_EQ(Settled(),
+              (Lines{R"(A InviteAccepted 10 #1 {"version":"1.0","method":"AcceptInvite","params":{"terminal":"1"}})"}));
+}
+
 TEST_F(CrowdTest, InvitationsAreToldAndSoAreWithdrawals)
 {
+    CrowdScript silent;
+    silent.answer = CrowdScript::Answer::Ignore;
+    crowd->SetScript(silent);
     crowd->ComeOnline(10);
     Settled();
     const auto write = [this](const char* what)

@@ -1,7 +1,9 @@
 #include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
+#include <set>
 #include <sstream>
 
 namespace
@@ -13,6 +15,7 @@ std::vector<rapidjson::Document> RunJson(const std::string& script, int exitCode
     const ProgramResult result = RunHost(arguments, script);
     EXPECT_EQ(result.exitCode, exitCode) << result.err;
     EXPECT_EQ(result.err, "");
+    const std::string page = ReadFile(SHELL_PAGE);
     std::vector<rapidjson::Document> objects;
     std::istringstream stream(result.out);
     for (std::string line; std::getline(stream, line);)
@@ -20,6 +23,10 @@ std::vector<rapidjson::Document> RunJson(const std::string& script, int exitCode
         rapidjson::Document& object = objects.emplace_back();
         EXPECT_FALSE(object.Parse(line.c_str()).HasParseError()) << line;
         EXPECT_TRUE(object.IsObject() && object.HasMember("type") && object.HasMember("time")) << line;
+        for (const auto& member : object.GetObject())
+        {
+            EXPECT_NE(page.find("`" + std::string(member.name.GetString()) + "`"), page.npos) << line;
+        }
     }
     return objects;
 }
@@ -82,6 +89,27 @@ TEST(ShellJson, MessagesAndReportsHaveTheirContent)
     EXPECT_EQ(Short(message), "event 7@pc message");
     EXPECT_EQ(message["user"].GetUint(), 7u);
     EXPECT_STREQ(message["content"].GetString(), "a\nb");
+}
+
+TEST(ShellJson, InvitationsMeetingsAndLogoutsHaveTheFieldsOfThePage)
+{
+    const auto objects = RunJson("company 2 answer=mixed\nlogin 7\nsettle\njoin 42\ninvite 1001..1002\nwait accepted\n"
+                                 "wait declined\ncolleague 1001 join 42\nwait user-joined\nrefresh\ndrop\nwait back\n"
+                                 "leave\nlogout\n",
+                                 0);
+    std::set<std::string> events;
+    for (const rapidjson::Document& object : objects)
+    {
+        if (object.HasMember("event"))
+        {
+            events.insert(object["event"].GetString());
+        }
+    }
+    for (const char* name : {"accepted", "back", "changed", "declined", "joined", "left", "login", "lost", "offline",
+                             "reconnecting", "refreshed", "user-joined"})
+    {
+        EXPECT_TRUE(events.contains(name)) << name;
+    }
 }
 
 TEST(ShellJson, ProgressAndWhatTheOptionsOrderDoNotMixIn)

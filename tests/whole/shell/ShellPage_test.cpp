@@ -1,3 +1,4 @@
+#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TerminalProgram.h"
 
@@ -14,15 +15,15 @@ constexpr char kCommandLine[] = "$ onlinehost ";
 
 using Lines = std::vector<std::string>;
 
-/// The lines of the page's block that begins with a command line of a system's shell.
-Lines Transcript()
+/// The lines of the page's block whose first line begins so.
+Lines Block(const std::string& beginning)
 {
     Lines lines;
     std::istringstream stream(ReadFile(SHELL_PAGE));
     bool isInside = false;
     for (std::string line; std::getline(stream, line);)
     {
-        isInside = isInside ? line != kFence : line.starts_with(kCommandLine);
+        isInside = isInside ? line != kFence : line.starts_with(beginning);
         if (isInside)
         {
             lines.push_back(line);
@@ -72,7 +73,7 @@ Lines Words(const std::string& line)
 
 TEST(ShellPage, ItsTranscriptIsTrue)
 {
-    const Lines transcript = Transcript();
+    const Lines transcript = Block(kCommandLine);
     ASSERT_GT(transcript.size(), 10u);
     Lines arguments = Words(transcript.front());
     arguments.erase(arguments.begin(), arguments.begin() + 2);
@@ -109,4 +110,16 @@ TEST(ShellPage, ItsTranscriptIsTrue)
             shell.Type(typed + kEnter);
         }
     }
+}
+
+TEST(ShellPage, ItsScriptSucceeds)
+{
+    std::string script;
+    for (const std::string& line : Block("# Two users meet."))
+    {
+        script += line + "\n";
+    }
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE}, script);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("sees user 7 join the meeting"), std::string::npos) << result.out;
 }
