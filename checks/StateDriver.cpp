@@ -308,6 +308,7 @@ public:
             return;
         }
         Explore();
+        FindIdleText();
         for (const auto& [state, way] : m_ways)
         {
             for (const std::string& event : m_machine.Events())
@@ -317,13 +318,6 @@ public:
                     return;
                 }
                 Compare(state, way, event);
-            }
-        }
-        for (const int line : m_machine.Lines())
-        {
-            if (!m_used.contains(line))
-            {
-                Fail("line " + std::to_string(line) + ": no state that can be reached fulfils the row");
             }
         }
     }
@@ -365,12 +359,35 @@ private:
             for (const std::string& event : m_machine.Events())
             {
                 const StateStep step = m_machine.Step(state, event);
+                m_used.insert(step.lines.begin(), step.lines.end());
+                m_newValues.insert(step.newValues.begin(), step.newValues.end());
                 Way way = m_ways[state];
                 way.push_back(event);
                 if (!step.ends && m_ways.emplace(step.next, std::move(way)).second)
                 {
                     waiting.push_back(step.next);
                 }
+            }
+        }
+    }
+
+    /// Rows that apply in no state, and next values that change nothing in any state: nothing else would notice that they are
+    /// wrong.
+    void FindIdleText()
+    {
+        for (const int line : m_machine.Lines())
+        {
+            if (!m_used.contains(line))
+            {
+                Fail("line " + std::to_string(line) + ": no state that can be reached fulfils the row");
+            }
+        }
+        for (const auto& [line, value] : m_machine.NextValues())
+        {
+            if (!m_newValues.contains({line, value}))
+            {
+                Fail("line " + std::to_string(line) + ": \"" + value +
+                     "\" holds before the event in every state of the row");
             }
         }
     }
@@ -390,7 +407,6 @@ private:
         for (size_t done = 0; done < events.size(); ++done)
         {
             const StateStep expected = m_machine.Step(current, events[done]);
-            m_used.insert(expected.lines.begin(), expected.lines.end());
             const std::string difference = DifferenceOf(expected, driver.Fire(events[done]));
             if (!difference.empty())
             {
@@ -457,7 +473,8 @@ private:
     Stage& m_stage;
     const StateMachine& m_machine;
     std::map<StateValues, Way> m_ways;
-    std::set<int> m_used;
+    std::set<int> m_used;                              ///< lines of rows
+    std::set<std::pair<int, std::string>> m_newValues; ///< with lines
     size_t m_failures = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace checks
 {
@@ -165,7 +166,10 @@ StateStep StateMachine::Step(const StateValues& state, const std::string& event)
             step.lines.push_back(chosen->line);
             for (const auto& [variable, value] : chosen->next)
             {
-                step.next[variable] = value;
+                if (std::exchange(step.next[variable], value) != value)
+                {
+                    step.newValues.emplace(chosen->line, value);
+                }
             }
         }
         else if (isNamed)
@@ -192,6 +196,22 @@ std::set<int> StateMachine::Lines() const
         }
     }
     return lines;
+}
+
+std::set<std::pair<int, std::string>> StateMachine::NextValues() const
+{
+    std::set<std::pair<int, std::string>> values;
+    for (const Table& table : m_tables)
+    {
+        for (const StateRow& row : table.rows)
+        {
+            for (const auto& [variable, value] : row.next)
+            {
+                values.emplace(row.line, value);
+            }
+        }
+    }
+    return values;
 }
 
 std::string StateMachine::TextOf(const StateValues& state) const

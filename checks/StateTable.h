@@ -4,6 +4,7 @@
 #include <set>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// The state tables of a Markdown page as a model that can be executed: in a state, an event has one expected outcome.
@@ -47,7 +48,9 @@ struct StateStep
     std::string result;
     StateValues next;
     bool ends = false;
-    std::vector<int> lines; ///< the rows that say so
+    std::vector<int> lines; ///< of the rows that say so
+    std::set<std::pair<int, std::string>>
+        newValues; ///< that differ from the state before, with the lines that set them
 };
 
 /// One second-level section of the page that has a table of variables.
@@ -73,6 +76,9 @@ public:
 
     /// Lines of all rows.
     std::set<int> Lines() const;
+
+    /// Every value in a "Next state" cell, with its line.
+    std::set<std::pair<int, std::string>> NextValues() const;
 
     /// "logged in, user kept", for messages.
     std::string TextOf(const StateValues& state) const;
