@@ -1,4 +1,4 @@
-# Settings of the build as a whole that every target takes over.
+# Settings for all targets of the build.
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
@@ -15,7 +15,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 find_program(ONLINE_CCACHE ccache DOC "Compiler cache, used when present")
 if(ONLINE_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
-    # The sloppiness is what ccache asks for before it caches anything compiled with a precompiled header.
+    # Without this sloppiness ccache does not cache what is compiled with a precompiled header.
     set(CMAKE_CXX_COMPILER_LAUNCHER
         "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${ONLINE_CCACHE}"
     )

@@ -1,4 +1,4 @@
-# online_flags: how all code of this repository is compiled. Every target links it.
+# online_flags: the compiler options of all code in this repository. Every target links it.
 
 add_library(online_flags INTERFACE)
 
@@ -48,7 +48,7 @@ if(ONLINE_SANITIZE)
     endif()
 endif()
 
-# Checks of the standard library that change no layout, wherever speed is not the point.
+# Checks of the standard library that change no layout, in the builds that are not for speed.
 if(ONLINE_SANITIZE)
     target_compile_definitions(online_flags INTERFACE _GLIBCXX_ASSERTIONS)
 else()

@@ -1,4 +1,4 @@
-# rapidjson: the headers of RapidJSON as a target. Its own package names only the folder.
+# rapidjson: a target for the headers of RapidJSON. RapidJSON's own package gives only their folder.
 
 find_package(RapidJSON REQUIRED)
 add_library(rapidjson INTERFACE)

@@ -1,4 +1,4 @@
-// A complete host: opens the module, logs one user in on the in-process platform, says what happened, and leaves.
+// A complete host: opens the module, logs one user in on the in-process platform, prints the result, and ends.
 #include "common/frameworksdk/frameworkcomponent.h"
 #include "onlinemanager/IOnlineManager.h"
 #include "onlinemanager/IPaasOnline.h"
@@ -11,7 +11,7 @@
 namespace
 {
 
-// Gives the component its platform connections. It has no log center, so the module writes no log.
+// Creates the platform connections for the component. It offers no log center, so the module writes no log.
 class Factory : public IComponentFactory
 {
 public:
@@ -40,7 +40,7 @@ private:
     platform::Platform m_platform;
 };
 
-// Hears of the login, on the platform's thread.
+// Receives the result of the login, on the platform's thread.
 class Listener : public onlinemanager::IPaasOnlineNotify
 {
 public:
@@ -76,7 +76,7 @@ int main(int argc, char** argv)
     if (fmdll == nullptr || fmdll(&table) != S_OK)
     {
         const char* const reason = dlerror();
-        std::fprintf(stderr, "no module: %s\n", reason != nullptr ? reason : "it refuses this host");
+        std::fprintf(stderr, "cannot use the module: %s\n", reason != nullptr ? reason : "FMDll failed");
         return 1;
     }
 
@@ -87,12 +87,12 @@ int main(int argc, char** argv)
     if (table.m_lpfnCreateComponent(onlinemanager::CLSID_OnlineManager, onlinemanager::IID_OnlineManager, nullptr,
                                     &factory, &created) != S_OK)
     {
-        std::fprintf(stderr, "the module made no component\n");
+        std::fprintf(stderr, "the module did not create the component\n");
         return 1;
     }
     auto* const manager = static_cast<onlinemanager::IOnlineManager*>(created);
     onlinemanager::IPaasOnline* session = nullptr;
-    // No HTTP object: the server below is no HTTP(S) address.
+    // No HTTP object is needed: the server below is no HTTP or HTTPS address.
     if (manager->Initialize(nullptr) != S_OK || manager->GetPaasOnline(&session) != S_OK || session == nullptr)
     {
         std::fprintf(stderr, "the component has no session\n");
@@ -116,7 +116,7 @@ int main(int argc, char** argv)
     }
 
     session->RemoveNotify(&listener);
-    manager->Destroy(); // `session` is void from here on
+    manager->Destroy(); // `session` is invalid from here on
     manager->Release();
     const bool unload = table.m_lpfnCanUnloadNow() == 0 && dlclose(module) == 0;
     std::printf("module unloaded: %s\n", unload ? "yes" : "no");
