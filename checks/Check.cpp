@@ -15,7 +15,8 @@ std::vector<Check>& Registry()
     return checks;
 }
 
-/// The lines of both texts in order: "  " in both, "- " only expected, "+ " only seen.
+/// The lines of both texts in their order, marked with "  " for lines of both, "- " for expected lines, "+ " for seen
+/// lines.
 std::string ListDifference(const std::vector<std::string>& expected, const std::vector<std::string>& seen)
 {
     // common[i][j]: length of the longest common subsequence of the lines from i and from j on.
@@ -106,7 +107,7 @@ CheckResult RunCheck(const Check& check, const std::string& modulePath)
     }
     catch (const CheckEnded&)
     {
-        // The failure that ended it is in the context.
+        // The context has the failure that ended the check.
     }
     catch (const CheckLeftOut& leftOut)
     {

@@ -10,13 +10,13 @@
 #include <utility>
 #include <vector>
 
-/// Named checks of a module's file. A check knows nothing of the module but its exported functions and the slots of its
-/// interfaces, so it runs against any module file; it depends on no test framework and reports what failed as text.
+/// Named checks of a module file. A check uses only the module's exported functions and the slots of its interfaces, so
+/// it runs against any module file. The checks depend on no test framework: a failure is a text with a position.
 
 namespace checks
 {
 
-/// A position in the source of a check; as a default argument it is the position of the call.
+/// A position in the source of a check. As a default argument, `Here` gives the position of the call.
 struct Where
 {
     const char* file;
@@ -34,25 +34,25 @@ struct Failure
     std::string text;
 };
 
-/// What came of a check. It passed when it has no failure and was not left out.
+/// The result of a check, which passed if it has no failure and was not left out.
 struct CheckResult
 {
     std::vector<Failure> failures;
-    std::string leftOut; ///< why the check could not be made; empty when it was
+    std::string leftOut; ///< why the check was left out; empty if it ran
 };
 
-/// Ends a check at once; thrown after a failure that leaves nothing to go on with.
+/// Ends a check at once. A check throws it after a failure without which it cannot continue.
 struct CheckEnded
 {
 };
 
-/// Ends a check that cannot be made with this module file.
+/// Ends a check at once and leaves it out, because it cannot be made with this module file.
 struct CheckLeftOut
 {
     std::string reason;
 };
 
-/// Given to a check while it runs: names the module and collects what fails. May be used by several threads.
+/// The argument of a running check: it knows the path of the module and collects the failures. [any], except `Require`.
 class CheckContext
 {
 public:
@@ -65,7 +65,7 @@ public:
 
     void Fail(std::string text, Where where = Where::Here());
 
-    /// The expectations return whether they hold.
+    /// Each `Expect` operation adds a failure if the claim does not hold, and returns whether it holds.
     bool Expect(bool holds, std::string_view claim, Where where = Where::Here())
     {
         if (!holds)
@@ -88,12 +88,12 @@ public:
         return holds;
     }
 
-    /// Compares whole sequences and tells the difference line by line. An expected line that begins with a thread's name
-    /// in brackets, as "[platform] A.OnLoginSuccess()", is compared with the thread of the seen one too.
+    /// Compares two sequences; the failure shows the difference line by line. An expected line may begin with the name
+    /// of a thread in brackets, as "[platform] A.OnLoginSuccess()"; then the entry's thread is compared too.
     bool ExpectLines(const std::vector<std::string>& expected, const std::vector<JournalEntry>& seen,
                      Where where = Where::Here());
 
-    /// Like `Expect`, and ends the check when it does not hold. Only on the thread that runs the check.
+    /// Like `Expect`, but ends the check if the claim does not hold. Only on the thread that runs the check.
     void Require(bool holds, std::string_view claim, Where where = Where::Here())
     {
         if (!Expect(holds, claim, where))
@@ -164,14 +164,14 @@ private:
     }
 
     const std::string m_modulePath;
-    std::mutex m_mutex; ///< guards what is below
+    std::mutex m_mutex; ///< guards the members below
     std::vector<Failure> m_failures;
 };
 
 struct Check
 {
     std::string group;
-    std::string claim;       ///< what holds, in one word of capitalised words
+    std::string claim;       ///< what the check proves, as one word in camel case
     std::string description; ///< the same as a sentence
     Where where;
     void (*run)(CheckContext& check);
@@ -182,18 +182,18 @@ struct Check
     }
 };
 
-/// All checks, in the order of their files' names and of their lines there.
+/// All checks, sorted by the names of their files and by their lines there.
 std::vector<Check> AllChecks();
 
-/// Runs one check on the calling thread; what it throws becomes a failure.
+/// Runs one check on the calling thread. An exception that leaves the check becomes a failure.
 CheckResult RunCheck(const Check& check, const std::string& modulePath);
 
-/// Puts a check into `AllChecks`; used by CONTRACT_CHECK before main.
+/// Adds a check to `AllChecks`. CONTRACT_CHECK calls it before main.
 bool RegisterCheck(Check check);
 
 } // namespace checks
 
-/// Defines and registers a check; its body follows and has a `CheckContext& check`.
+/// Defines and registers a check. The body follows the macro and has the argument `CheckContext& check`.
 #define CONTRACT_CHECK(group, claim, description)                                                            \
     static void Run_##group##_##claim(checks::CheckContext& check);                                          \
     [[maybe_unused]] static const bool registered_##group##_##claim =                                        \

@@ -6,7 +6,7 @@ namespace checks
 namespace
 {
 
-/// Texts that are no user id: the last ones begin with a digit and fit no int.
+/// Texts that are not user ids. The last ones begin with a digit, but their value fits no int.
 const char* const kNoUserIds[] = {nullptr, "",           "x7",         "-7",          " 7",
                                   "\xFF",  "2147483648", "4294967295", "99999999999", "123456789012345678901234567890"};
 
@@ -15,7 +15,7 @@ std::string Named(const char* text)
     return "the text " + Quoted(text);
 }
 
-/// A component with a listener everywhere and nothing in the journal but what the listeners are told.
+/// A component with a listener at every service; the journal holds notifications only, no log lines.
 struct Heard
 {
     explicit Heard(CheckContext& check) : stage(check, Scene::LoggedIn)
@@ -52,8 +52,9 @@ struct Heard
 
 } // namespace
 
-CONTRACT_CHECK(BadInput, ATerminalEventOfNoUserIsIgnored,
-               "Nobody is told, nothing is logged and nothing is raised, digits that fit no int included.")
+CONTRACT_CHECK(
+    BadInput, ATerminalEventOfNoUserIsIgnored,
+    "No listener is called, nothing is logged, no exception is thrown, also for digits whose value fits no int.")
 {
     Stage stage(check, Scene::LoggedIn);
     UserNotify listener(stage.journal, "U");
@@ -74,7 +75,7 @@ CONTRACT_CHECK(BadInput, ATerminalEventOfNoUserIsIgnored,
     stage.Users()->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(BadInput, ARefreshedUserWithoutAnIdIsKeptAsUser0, "Every text that is no id is read as 0.")
+CONTRACT_CHECK(BadInput, ARefreshedUserWithoutAnIdIsKeptAsUser0, "Every text that is not a user id is read as 0.")
 {
     Heard heard(check);
     for (const char* const id : kNoUserIds)
@@ -90,7 +91,7 @@ CONTRACT_CHECK(BadInput, ARefreshedUserWithoutAnIdIsKeptAsUser0, "Every text tha
     }
 }
 
-CONTRACT_CHECK(BadInput, AnInvitationEventOfNoUserIsToldAsUser0, "The event itself is not lost.")
+CONTRACT_CHECK(BadInput, AnInvitationEventOfNoUserIsToldAsUser0, "The listeners are still called for the event.")
 {
     Heard heard(check);
     RecordingOnline& online = heard.stage.Connection().online;
@@ -114,7 +115,8 @@ CONTRACT_CHECK(BadInput, AnInvitationEventOfNoUserIsToldAsUser0, "The event itse
     }
 }
 
-CONTRACT_CHECK(BadInput, AGroupUserWithoutAnIdIsUser0OnThePaasTunnel, "Joins and leaves are told all the same.")
+CONTRACT_CHECK(BadInput, AGroupUserWithoutAnIdIsUser0OnThePaasTunnel,
+               "The listeners are called for joins and for leaves.")
 {
     Heard heard(check);
     for (const char* const id : kNoUserIds)
@@ -129,7 +131,7 @@ CONTRACT_CHECK(BadInput, AGroupUserWithoutAnIdIsUser0OnThePaasTunnel, "Joins and
 }
 
 CONTRACT_CHECK(BadInput, AGroupUserWithoutAnIdIsLeftOutByTheGatewayTunnel,
-               "Each is logged; the text \"0\" is none too.")
+               "Each is logged; the text \"0\" does not count as an id either.")
 {
     Heard heard(check);
     heard.stage.factory.center.manager.level = Quenda::LOG_LEVEL_INFO;
@@ -178,7 +180,7 @@ CONTRACT_CHECK(BadInput, TextsThatAreNotUtf8ComeThroughAsTheyAre,
 }
 
 CONTRACT_CHECK(BadInput, EventsThatNobodyWaitsForDoNoHarm,
-               "Results and reconnections without a login are told or ignored.")
+               "Results and reconnections without a login are reported or ignored; none fails.")
 {
     Stage stage(check);
     SessionNotify session(stage.journal, "S");
@@ -200,7 +202,7 @@ CONTRACT_CHECK(BadInput, EventsThatNobodyWaitsForDoNoHarm,
     stage.Session()->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(BadInput, APropertyIsNeverCopiedIntoANegativeSize, "The status is 0 and the buffer stays.")
+CONTRACT_CHECK(BadInput, APropertyIsNeverCopiedIntoANegativeSize, "The status is 0 and the buffer is unchanged.")
 {
     Stage stage(check, Scene::LoggedIn);
     char buffer[8] = "unused";
@@ -210,7 +212,7 @@ CONTRACT_CHECK(BadInput, APropertyIsNeverCopiedIntoANegativeSize, "The status is
 }
 
 CONTRACT_CHECK(BadInput, ADestroyFromInsideANotificationEndsTheDelivery,
-               "The component comes down under a delivery of any service, and the platform's call returns.")
+               "Any listener may call Destroy from inside a notification; the platform's call returns.")
 {
     const std::function<void(Heard&)> events[] = {
         [](Heard& heard) { heard.stage.Connection().LoginResult(0); },

@@ -31,7 +31,7 @@ struct PageStage : Stage
 } // namespace
 
 CONTRACT_CHECK(BadInput, PagesThatRepeatUsersKeepTheFirstRecordOfEach,
-               "Within a page and across pages; the id is told as often as it came.")
+               "Within a page and across pages; the id is reported as often as it came.")
 {
     PageStage stage(check);
     stage.Send({UserOnPc("7", 1, "first"), UserOnPc("8", 1), UserOnPc("7", 1, "second")}, 2, 0);
@@ -41,7 +41,7 @@ CONTRACT_CHECK(BadInput, PagesThatRepeatUsersKeepTheFirstRecordOfEach,
 }
 
 CONTRACT_CHECK(BadInput, PagesOutOfOrderAreTakenAsTheyComeAndTheLastIndexEndsTheRefresh,
-               "What comes after the page with the last index belongs to the next refresh.")
+               "Pages that come after the page with the last index belong to the next refresh.")
 {
     PageStage stage(check);
     stage.Send({UserOnPc("3", 1)}, 3, 1);
@@ -55,7 +55,7 @@ CONTRACT_CHECK(BadInput, PagesOutOfOrderAreTakenAsTheyComeAndTheLastIndexEndsThe
 }
 
 CONTRACT_CHECK(BadInput, ALastPageThatComesTwiceEndsTheRefreshTwiceAndTheRequestOnce,
-               "The second one replaces the table by what it holds.")
+               "The second one replaces the table by its own users.")
 {
     PageStage stage(check);
     unsigned requestId = 0;
@@ -72,7 +72,8 @@ CONTRACT_CHECK(BadInput, ALastPageThatComesTwiceEndsTheRefreshTwiceAndTheRequest
     });
 }
 
-CONTRACT_CHECK(BadInput, PagesThatNeverEndAreCollectedWithoutAWordUntilALastOneComes, "And nothing of them is lost.")
+CONTRACT_CHECK(BadInput, PagesThatNeverEndAreCollectedWithoutAWordUntilALastOneComes,
+               "The last page then delivers the users of all pages.")
 {
     PageStage stage(check);
     Page page;
@@ -97,7 +98,7 @@ CONTRACT_CHECK(BadInput, PagesThatNeverEndAreCollectedWithoutAWordUntilALastOneC
 }
 
 CONTRACT_CHECK(BadInput, CountsAndIndicesThatMakeNoSenseEndNothing,
-               "Only a count that is one more than its index ends a refresh; 0 of -1 does, by the same rule.")
+               "Only a count that is one more than its index ends a refresh; so count 0 with index -1 does.")
 {
     PageStage stage(check);
     const int senseless[][2] = {{0, 0}, {1, 1}, {-1, 0}, {3, 7}, {-5, -7}, {-2147483647 - 1, 2147483647}, {0, 5}};
@@ -110,7 +111,7 @@ CONTRACT_CHECK(BadInput, CountsAndIndicesThatMakeNoSenseEndNothing,
     check.ExpectEqual(1, stage.journal.Count("U.OnUserStatusChanged([7,7,7,7,7,7,7])"), "reports");
 }
 
-CONTRACT_CHECK(BadInput, PagesOfRequestsNeverMadeAreTakenButNotReportedAsFinished, "By any request id.")
+CONTRACT_CHECK(BadInput, PagesOfRequestsNeverMadeAreTakenButNotReportedAsFinished, "For any request id.")
 {
     PageStage stage(check);
     unsigned requestId = 0;
@@ -125,7 +126,7 @@ CONTRACT_CHECK(BadInput, PagesOfRequestsNeverMadeAreTakenButNotReportedAsFinishe
 }
 
 CONTRACT_CHECK(BadInput, PagesOfTwoRefreshesAtOnceAreMergedAndEachEndIsToldOnce,
-               "The collected pages are one heap: the first end takes all of it.")
+               "The pages of all refreshes are collected together: the first end takes all of them.")
 {
     PageStage stage(check);
     unsigned first = 0;
@@ -145,7 +146,7 @@ CONTRACT_CHECK(BadInput, PagesOfTwoRefreshesAtOnceAreMergedAndEachEndIsToldOnce,
     });
 }
 
-CONTRACT_CHECK(BadInput, AUserWithANegativeCountOfTerminalsHasNone, "The record is taken, its terminals are not read.")
+CONTRACT_CHECK(BadInput, AUserWithANegativeCountOfTerminalsHasNone, "The user is kept, and the terminals are not read.")
 {
     PageStage stage(check);
     WBASELIB::Vector<avcore::ZolUserInfo> records;
@@ -159,7 +160,7 @@ CONTRACT_CHECK(BadInput, AUserWithANegativeCountOfTerminalsHasNone, "The record 
 }
 
 CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsEver,
-               "Pages, terminal events, invitations, answers, group and tunnel results: nothing fails or is lost.")
+               "Pages, terminal events, invitations, answers, results of groups and tunnels: each is still reported.")
 {
     PageStage stage(check);
     unsigned requestId = 0;
@@ -191,8 +192,9 @@ CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsEver,
     });
 }
 
-CONTRACT_CHECK(BadInput, ACommandToAClientOfADestroyedComponentIsHarmlessAmongNewOnes,
-               "The platform still holds the old client; a component made anew on it hears only its own.")
+CONTRACT_CHECK(
+    BadInput, ACommandToAClientOfADestroyedComponentIsHarmlessAmongNewOnes,
+    "The platform still knows the old client; a component created later gets only the commands to its own client.")
 {
     Stage stage(check);
     MdsNotify before(stage.journal, "old");

@@ -20,8 +20,8 @@ std::string Command(const std::string& command, const std::string& subType)
     return "{\"message\":{\"command\":\"" + command + "\",\"data\":{\"subType\":\"" + subType + "\"}}}";
 }
 
-/// A component at work whose platform events come on the threads that send them, with listeners that answer from inside
-/// their notifications. What is checked is what may not happen: an exception, a data race, a hang, something left behind.
+/// A component whose platform events come on the threads that send them, with listeners that call operations from
+/// inside their notifications. The checks look for an exception, a data race, a hang, and an object that is left over.
 struct BusyStage : Stage
 {
     explicit BusyStage(CheckContext& context)
@@ -56,7 +56,7 @@ struct BusyStage : Stage
         mds->SendAVQualityInfo(std::make_shared<onlinemanager::AVQualityInfo>());
     }
 
-    /// Runs every job on a thread of its own, all at once, `kRounds` times each.
+    /// Runs every job `kRounds` times on its own thread, all threads at the same time.
     void RunAtOnce(const std::vector<std::function<void(int round)>>& jobs)
     {
         std::barrier start(static_cast<std::ptrdiff_t>(jobs.size()));
@@ -97,7 +97,7 @@ struct BusyStage : Stage
 } // namespace
 
 CONTRACT_CHECK(Concurrency, LoginsAndReconnectionsMayComeWhileTheHostWorksWithTheSession,
-               "Login, logout, properties and re-sent notifications on host threads, events on platform threads.")
+               "Login, logout, properties and TriggerNotify run on host threads, events on platform threads.")
 {
     BusyStage stage(check);
     stage.RunAtOnce({
@@ -134,7 +134,7 @@ CONTRACT_CHECK(Concurrency, LoginsAndReconnectionsMayComeWhileTheHostWorksWithTh
 }
 
 CONTRACT_CHECK(Concurrency, PresenceMayChangeWhileTheHostAsksForIt,
-               "Pages, terminal events and logouts against queries, refreshes and the custom text.")
+               "Pages, terminal events and logouts run beside queries, refreshes and the custom text.")
 {
     BusyStage stage(check);
     stage.RunAtOnce({
@@ -172,11 +172,11 @@ CONTRACT_CHECK(Concurrency, PresenceMayChangeWhileTheHostAsksForIt,
             }
         },
     });
-    check.Expect(stage.journal.Count("U.OnUserStatusChanged(") >= kRounds, "every refresh was told");
+    check.Expect(stage.journal.Count("U.OnUserStatusChanged(") >= kRounds, "every refresh is reported");
 }
 
 CONTRACT_CHECK(Concurrency, InvitationsMayComeAndBeAnsweredWhileTheHostInvitesAndRejects,
-               "No invitation is answered twice by rejections of all, whoever makes them.")
+               "RejectAllInvite on several threads answers no invitation twice.")
 {
     BusyStage stage(check);
     std::atomic<unsigned> nextId{1000};
@@ -206,7 +206,8 @@ CONTRACT_CHECK(Concurrency, InvitationsMayComeAndBeAnsweredWhileTheHostInvitesAn
     check.ExpectEqual(0, stage.journal.Count("U.OnInviteAccepted(8, 0)"), "answers that lost their invitation");
 }
 
-CONTRACT_CHECK(Concurrency, MeetingsMayChangeWhileTheHostJoinsAndLeaves, "On both tunnels.")
+CONTRACT_CHECK(Concurrency, MeetingsMayChangeWhileTheHostJoinsAndLeaves,
+               "On both tunnels, joins and leaves run beside group events.")
 {
     BusyStage stage(check);
     stage.RunAtOnce({
@@ -243,7 +244,7 @@ CONTRACT_CHECK(Concurrency, MeetingsMayChangeWhileTheHostJoinsAndLeaves, "On bot
     check.ExpectEqual(kRounds, stage.journal.Count("G.OnJoinMeetingResult(0)"), "joins of the gateway tunnel");
 }
 
-CONTRACT_CHECK(Concurrency, CommandsMayComeWhileReportsAreSent, "And messages beside them, on several threads.")
+CONTRACT_CHECK(Concurrency, CommandsMayComeWhileReportsAreSent, "Commands and messages come on several threads.")
 {
     BusyStage stage(check);
     const auto message = [&](int round)
@@ -269,7 +270,7 @@ CONTRACT_CHECK(Concurrency, CommandsMayComeWhileReportsAreSent, "And messages be
     check.ExpectEqual(4 * kRounds, stage.journal.Count("MsgIncome srcUserId:5"), "messages in the log");
 }
 
-CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtOnce, "Whatever the services make when they first need it.")
+CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtOnce, "What a service creates at its first use is created once.")
 {
     for (int attempt = 0; attempt < 20; ++attempt)
     {
@@ -301,12 +302,12 @@ CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtOnce, "Whatever the service
 }
 
 CONTRACT_CHECK(Concurrency, TheComponentMayBeDestroyedWhileThePlatformSendsEvents,
-               "The platform lets no event run on a listener that it has taken away; those under way end first.")
+               "The platform ends the events under way before it removes a listener, and sends none afterwards.")
 {
     for (int attempt = 0; attempt < 20; ++attempt)
     {
         BusyStage stage(check);
-        // Commands go on during Destroy, when the host must not call the client any more.
+        // Commands still come during Destroy, but the host must not call the client any more.
         stage.mdsListener.hook = nullptr;
         std::atomic<bool> ends{false};
         std::barrier start(4);
@@ -347,7 +348,7 @@ CONTRACT_CHECK(Concurrency, TheComponentMayBeDestroyedWhileThePlatformSendsEvent
                 stage.Connection().mds.MsgData(Command("subscribe_av_quality", "all").c_str());
             }));
         start.arrive_and_wait();
-        check.Expect(stage.journal.Await("U.OnAbandonInvite(", 2), "the events flow");
+        check.Expect(stage.journal.Await("U.OnAbandonInvite(", 2), "events reach the listeners");
         check.ExpectEqual(0, stage.manager->Destroy(), "Destroy");
         ends = true;
         for (std::thread& thread : threads)

@@ -32,7 +32,7 @@ std::string Call(const std::string& server, const std::string& http)
            ", appid=\"app-1\", token=\"token-1\", companyid=\"1001\")";
 }
 
-/// A stage whose component was given no HTTP object.
+/// A stage whose component got no HTTP object.
 struct StageWithoutHttp : Stage
 {
     explicit StageWithoutHttp(CheckContext& context) : Stage(context, Scene::Created)
@@ -45,7 +45,7 @@ struct StageWithoutHttp : Stage
 } // namespace
 
 CONTRACT_CHECK(CpAddress, ARequestIsLoggedAndHandsFiveArgumentsToTheConnection,
-               "Server, HTTP helper, appid, token and the company id as decimal text, after the line with all of them.")
+               "Server, HTTP helper, appid, token and the company id as decimal text, after a line that logs them.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -65,7 +65,8 @@ CONTRACT_CHECK(CpAddress, ARequestIsLoggedAndHandsFiveArgumentsToTheConnection,
     });
 }
 
-CONTRACT_CHECK(CpAddress, TheHelperIsTheOneThatLoginHandsOut, "Both calls give the platform the same transport.")
+CONTRACT_CHECK(CpAddress, TheHelperIsTheOneThatLoginHandsOut,
+               "Login and RequestCPAddress pass the same HTTP helper to the platform.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -76,7 +77,7 @@ CONTRACT_CHECK(CpAddress, TheHelperIsTheOneThatLoginHandsOut, "Both calls give t
 }
 
 CONTRACT_CHECK(CpAddress, AServerWithTheTcpSchemeInCapitalsMakesNoPlatformCall,
-               "It is a connection point already: true, and nothing is asked.")
+               "It is a connection point already, so the result is true without a call of the platform.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -88,7 +89,7 @@ CONTRACT_CHECK(CpAddress, AServerWithTheTcpSchemeInCapitalsMakesNoPlatformCall,
 }
 
 CONTRACT_CHECK(CpAddress, TcpAnywhereInTheServerMakesNoPlatformCall,
-               "The text is looked for everywhere, in HTTP addresses too, in any case.")
+               "The module searches the whole text, also of HTTP addresses, in any letter case.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -103,7 +104,7 @@ CONTRACT_CHECK(CpAddress, TcpAnywhereInTheServerMakesNoPlatformCall,
 }
 
 CONTRACT_CHECK(CpAddress, AnHttpAddressWithoutAHelperIsRefusedBeforeTcpIsLookedFor,
-               "An HTTP(S) prefix needs the helper even when the text goes on with tcp.")
+               "An HTTP(S) prefix needs the helper even if tcp follows in the text.")
 {
     StageWithoutHttp stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -115,7 +116,7 @@ CONTRACT_CHECK(CpAddress, AnHttpAddressWithoutAHelperIsRefusedBeforeTcpIsLookedF
 }
 
 CONTRACT_CHECK(CpAddress, AnHttpsAddressInMixedCaseWithoutAHelperIsRefusedAndWithOneAsked,
-               "The scheme is compared without regard to case.")
+               "The scheme is compared in any letter case.")
 {
     const std::string server = "HttpS://cp.example";
     {
@@ -130,7 +131,8 @@ CONTRACT_CHECK(CpAddress, AnHttpsAddressInMixedCaseWithoutAHelperIsRefusedAndWit
     stage.ExpectJournal({kEntry, ParamLine(server), Call(server, "http")});
 }
 
-CONTRACT_CHECK(CpAddress, AServerWithoutASchemeMakesThePlatformCallWithTheHelperAsItIs, "The helper may be null then.")
+CONTRACT_CHECK(CpAddress, AServerWithoutASchemeMakesThePlatformCallWithTheHelperAsItIs,
+               "The helper may be null in this case.")
 {
     const std::string server = "online.example:1883";
     {
@@ -149,7 +151,7 @@ CONTRACT_CHECK(CpAddress, AServerWithoutASchemeMakesThePlatformCallWithTheHelper
 }
 
 CONTRACT_CHECK(CpAddress, UserId0IsRefusedBeforeAnySchemeTest,
-               "Neither the missing helper is told nor is a tcp address good enough.")
+               "The result is false, without the line about the missing helper, and also for a tcp address.")
 {
     StageWithoutHttp stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -162,7 +164,7 @@ CONTRACT_CHECK(CpAddress, UserId0IsRefusedBeforeAnySchemeTest,
     }
 }
 
-CONTRACT_CHECK(CpAddress, AnEmptyServerIsRefused, "False, with nothing but the entry line.")
+CONTRACT_CHECK(CpAddress, AnEmptyServerIsRefused, "The result is false, and only the entry line is logged.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -171,7 +173,7 @@ CONTRACT_CHECK(CpAddress, AnEmptyServerIsRefused, "False, with nothing but the e
 }
 
 CONTRACT_CHECK(CpAddress, ANegativeResultOfTheConnectionIsLoggedAndGivesFalse,
-               "The code stands in the line in hexadecimal; a positive code is success.")
+               "The line shows the code in hexadecimal; a positive code is success.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -186,7 +188,7 @@ CONTRACT_CHECK(CpAddress, ANegativeResultOfTheConnectionIsLoggedAndGivesFalse,
 }
 
 CONTRACT_CHECK(CpAddress, NoStateOfTheSessionChangesWhateverTheOutcome,
-               "Nobody is logged in by it, no parameters are kept for Relogin, and a login stays as it is.")
+               "It logs nobody in, keeps no parameters for Relogin, and leaves a login unchanged.")
 {
     {
         Stage stage(check);

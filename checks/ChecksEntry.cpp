@@ -14,7 +14,7 @@ using onlinemanager::IID_OnlineManager;
 
 constexpr GUID kStrangeId{0x12345678, 0x9ABC, 0xDEF0, {0x12, 0x34, 0x56, 0x78, 0x9A, 0xBC, 0xDE, 0xF0}};
 
-/// Stands in for a component of the module: the slots of its non-delegating side, and what happened to it.
+/// Takes the place of a component of the module: it has the slots of the non-delegating side and records their calls.
 class FakeComponent
 {
 public:
@@ -57,7 +57,7 @@ private:
     uint32_t m_references = 0;
 };
 
-/// Creation functions get no argument of ours, so what they tell stands here; checks run one at a time.
+/// Creation functions get no argument of the check, so they record their calls here. Only one check runs at a time.
 std::string fakeStory;
 HRESULT fakeCode = S_OK;
 IUnknown* fakeOuter = nullptr;
@@ -107,14 +107,14 @@ HRESULT CanUnload(const Stage& stage)
 
 } // namespace
 
-CONTRACT_CHECK(Entry, FMDllRefusesANullTable, "FMDll answers 0x80004003 to a null table.")
+CONTRACT_CHECK(Entry, FMDllRefusesANullTable, "FMDll returns 0x80004003 for a null table.")
 {
     const Stage stage(check, Scene::Loaded);
     check.ExpectEqual(E_POINTER, stage.module.Find<LPFNFMDll>("FMDll")(nullptr), "FMDll(null)");
 }
 
 CONTRACT_CHECK(Entry, FMDllWithSize39Or41WritesNothing,
-               "FMDll answers 0x80004005 to a table of another size and leaves it as it was.")
+               "FMDll returns 0x80004005 for a table of another size and leaves it unchanged.")
 {
     const Stage stage(check, Scene::Loaded);
     for (const uint32_t size : {39U, 41U, 0U, 0xFFFFFFFFU})
@@ -148,8 +148,8 @@ CONTRACT_CHECK(Entry, FMDllWithSize40FillsExactlyTheFourPointers,
     }
     unsigned char untouched[56];
     std::memset(untouched, 0xAA, sizeof(untouched));
-    check.Expect(std::memcmp(bytes, &size, 4) == 0, "the size stays");
-    check.Expect(std::memcmp(bytes + 4, untouched, 4) == 0, "the padding stays");
+    check.Expect(std::memcmp(bytes, &size, 4) == 0, "the size is unchanged");
+    check.Expect(std::memcmp(bytes + 4, untouched, 4) == 0, "the padding is unchanged");
     check.Expect(std::memcmp(bytes + 40, untouched, 16) == 0, "nothing is written behind the table");
 }
 
@@ -177,8 +177,9 @@ CONTRACT_CHECK(Entry, GetInfoTakesNullForTheFirstTwoAndLeavesTheThirdZero,
     }
 }
 
-CONTRACT_CHECK(Entry, TheTemplateTableHasTheOneRowOfTheOnlineManager,
-               "The row names OnlineManager2, its class, the interface's identifier as category, and a function.")
+CONTRACT_CHECK(
+    Entry, TheTemplateTableHasTheOneRowOfTheOnlineManager,
+    "The row has the name OnlineManager2, its class, the interface's identifier as category, and a function.")
 {
     const Stage stage(check, Scene::Loaded);
     ComponentObject* rows = nullptr;
@@ -192,7 +193,7 @@ CONTRACT_CHECK(Entry, TheTemplateTableHasTheOneRowOfTheOnlineManager,
 }
 
 CONTRACT_CHECK(Entry, TheTemplateTableIsHandedOutInParts,
-               "WDllGetComponentObject fills whichever of its two pointers is not null.")
+               "WDllGetComponentObject fills each of its two outputs that is not null.")
 {
     const Stage stage(check, Scene::Loaded);
     const auto get = stage.module.Functions().m_lpfnGetComponentObject;
@@ -225,7 +226,7 @@ CONTRACT_CHECK(
 }
 
 CONTRACT_CHECK(Entry, TheUnknownOfAComponentHasACountOf1,
-               "Creation with the identifier of IUnknown yields the component's own unknown, held once.")
+               "Creation with the identifier of IUnknown returns the component's own unknown with one reference.")
 {
     Stage stage(check, Scene::Loaded);
     stage.factory.Hold();
@@ -234,7 +235,7 @@ CONTRACT_CHECK(Entry, TheUnknownOfAComponentHasACountOf1,
                       stage.module.Functions().m_lpfnCreateComponent(CLSID_OnlineManager, IID_IUnknown, nullptr,
                                                                      &stage.factory, &out),
                       "creation");
-    check.Require(out != nullptr, "an unknown is handed out");
+    check.Require(out != nullptr, "an unknown is returned");
     auto* const unknown = static_cast<IUnknown*>(out);
     check.ExpectEqual(2, unknown->AddRef(), "references after AddRef");
     check.ExpectEqual(1, unknown->Release(), "references after Release");
@@ -250,8 +251,9 @@ CONTRACT_CHECK(Entry, TheUnknownOfAComponentHasACountOf1,
     check.ExpectEqual(0, unknown->Release(), "no reference left");
 }
 
-CONTRACT_CHECK(Entry, AnUnsupportedInterfaceDestroysTheNewComponent,
-               "Creation with an interface it lacks gives 0x80004002, null, and the live-object count as before.")
+CONTRACT_CHECK(
+    Entry, AnUnsupportedInterfaceDestroysTheNewComponent,
+    "Creation with an unsupported interface returns 0x80004002 and null, and the number of live objects is as before.")
 {
     Stage stage(check, Scene::Loaded);
     stage.factory.Hold();
@@ -265,7 +267,8 @@ CONTRACT_CHECK(Entry, AnUnsupportedInterfaceDestroysTheNewComponent,
     check.ExpectEqual(1, stage.factory.References(), "the component gave the factory back");
 }
 
-CONTRACT_CHECK(Entry, AnyOtherClassCreatesNothing, "An unknown class gives 0x80004005 and the factory is left alone.")
+CONTRACT_CHECK(Entry, AnyOtherClassCreatesNothing,
+               "An unknown class returns 0x80004005, and the factory is not called.")
 {
     Stage stage(check, Scene::Loaded);
     void* out = &stage;
@@ -289,7 +292,7 @@ CONTRACT_CHECK(Entry, AnyOtherClassCreatesNothing, "An unknown class gives 0x800
 }
 
 CONTRACT_CHECK(Entry, ANullOutputIsRefusedBeforeAnythingIsMade,
-               "Creation without an output pointer gives 0x80004003 and makes nothing.")
+               "Creation without an output pointer returns 0x80004003 and creates nothing.")
 {
     Stage stage(check, Scene::Loaded);
     check.ExpectEqual(E_POINTER,
@@ -309,7 +312,7 @@ CONTRACT_CHECK(Entry, ANullOutputIsRefusedBeforeAnythingIsMade,
 }
 
 CONTRACT_CHECK(Entry, WithoutAHostFactoryThereIsNoOnlineManager,
-               "A null factory gives the component's own reason, 0x80004005, and leaves no object behind.")
+               "A null factory returns the component's own code, 0x80004005, and no object remains.")
 {
     Stage stage(check, Scene::Loaded);
     void* out = nullptr;
@@ -322,22 +325,22 @@ CONTRACT_CHECK(Entry, WithoutAHostFactoryThereIsNoOnlineManager,
 }
 
 CONTRACT_CHECK(Entry, TheCreationFunctionNeedsAPlaceForItsCode,
-               "The row's function returns null at once without a place for the code.")
+               "The row's function returns null at once if its output for the code is null.")
 {
     Stage stage(check, Scene::Loaded);
     ComponentObject* rows = nullptr;
     stage.module.Functions().m_lpfnGetComponentObject(&rows, nullptr);
-    check.Expect(rows->m_lpfnNew(nullptr, &stage.factory, nullptr) == nullptr, "nothing is made");
+    check.Expect(rows->m_lpfnNew(nullptr, &stage.factory, nullptr) == nullptr, "nothing is created");
     check.ExpectEqual(0, CanUnload(stage), "live objects");
     int32_t code = S_OK;
-    check.Expect(rows->m_lpfnNew(nullptr, nullptr, &code) == nullptr, "nothing is made without a factory");
+    check.Expect(rows->m_lpfnNew(nullptr, nullptr, &code) == nullptr, "nothing is created without a factory");
     check.ExpectEqual(E_FAIL, code, "the reason");
     check.ExpectEqual(0, CanUnload(stage), "live objects");
     stage.ExpectJournal({});
 }
 
 CONTRACT_CHECK(Entry, CPDllCreateComponentWorksOnTheModulesOwnTable,
-               "The framework's creation function makes the component too, and opens no logger.")
+               "The framework's creation function creates the component too, and opens no logger.")
 {
     Stage stage(check, Scene::Loaded);
     stage.factory.Hold();
@@ -347,12 +350,12 @@ CONTRACT_CHECK(Entry, CPDllCreateComponentWorksOnTheModulesOwnTable,
                           CLSID_OnlineManager, IID_OnlineManager, nullptr, &stage.factory, &out),
                       "creation");
     stage.manager = static_cast<onlinemanager::IOnlineManager*>(out);
-    check.Require(stage.manager != nullptr, "a component is handed out");
+    check.Require(stage.manager != nullptr, "a component is returned");
     check.ExpectEqual(1, CanUnload(stage), "live objects");
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Entry, AnEmptyTableHasNoClass, "A count below 1 gives 0x80004005, whatever the table holds.")
+CONTRACT_CHECK(Entry, AnEmptyTableHasNoClass, "A count below 1 returns 0x80004005, whatever the table contains.")
 {
     Stage stage(check, Scene::Loaded);
     void* out = &stage;
@@ -378,12 +381,12 @@ CONTRACT_CHECK(Entry, RowsWithoutClassOrFunctionAreSkipped,
     check.ExpectEqual(E_FAIL, CreateFromTable(stage, table, 3, &out), "without the enabled row");
     check.ExpectEqual(S_OK, CreateFromTable(stage, table, 5, &out), "with it");
     check.ExpectEqual("add query release ", fakeStory, "what happened to the new object");
-    check.Require(out != nullptr, "the object is handed out");
+    check.Require(out != nullptr, "the object is returned");
     check.ExpectEqual(0, static_cast<FakeComponent*>(out)->NonDelegatingRelease(), "the caller had the only reference");
 }
 
 CONTRACT_CHECK(Entry, TheCreationFunctionGetsOuterFactoryAndAFailingCode,
-               "Outer object and factory are passed on; the code stands at 0x80004005 before the function sets it.")
+               "The function gets the outer object and the factory; the code is 0x80004005 until the function sets it.")
 {
     Stage stage(check, Scene::Loaded);
     RecordingLog outer(stage.journal, "outer");
@@ -401,7 +404,7 @@ CONTRACT_CHECK(Entry, TheCreationFunctionGetsOuterFactoryAndAFailingCode,
 }
 
 CONTRACT_CHECK(Entry, AFunctionThatMakesNothingGivesItsReasonOrOutOfMemory,
-               "Null with a negative code gives that code, null with another one 0x8007000E.")
+               "Null with a negative code returns that code; null with another code returns 0x8007000E.")
 {
     Stage stage(check, Scene::Loaded);
     void* out = &stage;
@@ -418,7 +421,7 @@ CONTRACT_CHECK(Entry, AFunctionThatMakesNothingGivesItsReasonOrOutOfMemory,
 }
 
 CONTRACT_CHECK(Entry, AnObjectWithANegativeCodeIsDestroyedWithoutARelease,
-               "An object that comes with a negative code is ended by its deleting destructor.")
+               "An object that is returned with a negative code is destroyed by its deleting destructor.")
 {
     Stage stage(check, Scene::Loaded);
     fakeCode = E_INVALIDARG;
@@ -440,7 +443,7 @@ CONTRACT_CHECK(Entry, AFailedQueryDestroysTheNewObject,
 }
 
 CONTRACT_CHECK(Entry, CanUnloadNowAnswers1WhileAComponentLivesAnd0AfterItsLastRelease,
-               "Both answers are logged, and both leave the module without a logger.")
+               "Both answers are logged, and after both the module has no logger.")
 {
     Stage stage(check, Scene::Created);
     const auto canUnload = stage.module.Functions().m_lpfnCanUnloadNow;
@@ -456,7 +459,7 @@ CONTRACT_CHECK(Entry, CanUnloadNowAnswers1WhileAComponentLivesAnd0AfterItsLastRe
 }
 
 CONTRACT_CHECK(Entry, AfterTheLastReleaseCanUnloadNowIsLoggedWith0,
-               "The answer 0 is logged while the logger is still there.")
+               "The answer 0 is logged before the module gives up its logger.")
 {
     Stage stage(check, Scene::Created);
     std::exchange(stage.manager, nullptr)->Release();
@@ -467,7 +470,7 @@ CONTRACT_CHECK(Entry, AfterTheLastReleaseCanUnloadNowIsLoggedWith0,
 }
 
 CONTRACT_CHECK(Entry, LoggingResumesAtTheNextCreation,
-               "After an unload query a further creation opens a further logger at the same center.")
+               "After WDllCanUnloadNow the next creation opens another logger at the same center.")
 {
     Stage stage(check, Scene::Created);
     stage.module.Functions().m_lpfnCanUnloadNow();
@@ -486,7 +489,7 @@ CONTRACT_CHECK(Entry, LoggingResumesAtTheNextCreation,
 }
 
 CONTRACT_CHECK(Entry, CPDllCanUnloadNowCountsEveryComponent,
-               "With two components the module may be unloaded after the last release of both, in any order.")
+               "With two components the module may be unloaded after the last release of both, in either order.")
 {
     Stage stage(check, Scene::Created);
     onlinemanager::IOnlineManager* const second = stage.CreateComponent();
@@ -499,7 +502,7 @@ CONTRACT_CHECK(Entry, CPDllCanUnloadNowCountsEveryComponent,
 }
 
 CONTRACT_CHECK(Entry, GetComponentInterfaceAddsAReferenceToWhatItStores,
-               "The pointer is stored and its slot 1 is called; a null output gives 0x80004003.")
+               "The pointer is stored and its slot 1 is called; a null output returns 0x80004003.")
 {
     Stage stage(check, Scene::Loaded);
     const auto get = stage.module.Find<decltype(&GetComponentInterface)>("GetComponentInterface");
@@ -532,7 +535,7 @@ CONTRACT_CHECK(
 }
 
 CONTRACT_CHECK(Entry, TheInterfacesOfAnAggregateForwardToItsOuterObject,
-               "With an outer object the interface's first three slots go there, and the inner count stays apart.")
+               "With an outer object the interface's first three slots call it, and the inner count is separate.")
 {
     Stage stage(check, Scene::Loaded);
     RecordingLog outer(stage.journal, "outer");
@@ -543,7 +546,7 @@ CONTRACT_CHECK(Entry, TheInterfacesOfAnAggregateForwardToItsOuterObject,
         stage.module.Functions().m_lpfnCreateComponent(CLSID_OnlineManager, IID_IUnknown, &outer, &stage.factory, &out),
         "creation");
     auto* const inner = static_cast<IUnknown*>(out);
-    check.Require(inner != nullptr, "the inner unknown is handed out");
+    check.Require(inner != nullptr, "the inner unknown is returned");
     stage.journal.Clear();
 
     void* interface = nullptr;
@@ -567,7 +570,7 @@ CONTRACT_CHECK(Entry, TheInterfacesOfAnAggregateForwardToItsOuterObject,
 
 CONTRACT_CHECK(
     Entry, NoAggregationRuleIsEnforced,
-    "With an outer object any interface is handed out; the reference goes to the outer object, so nothing holds "
+    "With an outer object any interface is returned; the reference goes to the outer object, so nothing holds "
     "the new one.")
 {
     Stage stage(check, Scene::Loaded);
@@ -579,14 +582,14 @@ CONTRACT_CHECK(
                       stage.module.Functions().m_lpfnCreateComponent(CLSID_OnlineManager, IID_OnlineManager, &outer,
                                                                      &stage.factory, &out),
                       "creation");
-    check.Expect(out != nullptr, "an interface is handed out");
+    check.Expect(out != nullptr, "an interface is returned");
     check.ExpectEqual(1, stage.journal.Count("outer.AddRef() -> 2"), "references added to the outer object");
     check.ExpectEqual(1, stage.journal.Count("factory.Release() -> 1"), "ends of the new object");
     check.ExpectEqual(0, CanUnload(stage), "live objects");
 }
 
 CONTRACT_CHECK(Entry, ReferencesAreCountedFromManyThreads,
-               "Threads that add and release at once leave the count where it was.")
+               "Threads that add and release references at the same time leave the count as it was.")
 {
     Stage stage(check, Scene::Created);
     const auto addAndRelease = [&]

@@ -20,8 +20,8 @@ const std::string kLogin = "connection2.LoginOldGw({12345678-9ABC-DEF0-1234-5678
 const std::string kReady = "[platform] A.OnReadyReconnect(2)";
 const std::string kStart = "[platform] A.OnReconnectStart(2)";
 
-/// A stage with the gateway tunnel, a listener G at it, and a listener A at the session, which hears of the gateway's
-/// reconnections. Nobody is logged in: the gateway needs no session.
+/// A stage with the gateway tunnel, its listener G, and the session's listener A, which gets the notifications of the
+/// gateway's reconnections. No user is logged in: the gateway needs no login.
 struct GatewayStage : Stage
 {
     explicit GatewayStage(CheckContext& context) : Stage(context), listener(journal, "G"), sessionListener(journal, "A")
@@ -31,7 +31,7 @@ struct GatewayStage : Stage
         tunnel->AddNotify(&listener);
     }
 
-    /// Brings the tunnel into the meeting.
+    /// Joins the meeting.
     void Join()
     {
         check.Require(tunnel->JoinMeeting(SomeMeeting()), "the join is accepted");
@@ -63,15 +63,17 @@ CONTRACT_CHECK(
     });
 }
 
-CONTRACT_CHECK(Gateway, JoinMeetingWithoutARecordIsRefused, "The reference is tested, not followed.")
+CONTRACT_CHECK(Gateway, JoinMeetingWithoutARecordIsRefused,
+               "The module tests the address of the reference and does not read it.")
 {
     GatewayStage stage(check);
     check.ExpectEqual(false, JoinWithoutARecord(*stage.tunnel), "JoinMeeting");
     stage.ExpectJournal({kJoin, Log("GwConnectionImp::JoinMeeting param error.")});
 }
 
-CONTRACT_CHECK(Gateway, ARefusedLoginIsLoggedAndChangesNothing,
-               "False, no join pending, and a tunnel that was in a meeting is so still; a positive result is success.")
+CONTRACT_CHECK(
+    Gateway, ARefusedLoginIsLoggedAndChangesNothing,
+    "The result is false, no join is pending, and a tunnel in a meeting stays there; a positive result is success.")
 {
     GatewayStage stage(check);
     stage.Gateway().SetResult("LoginOldGw", E_FAIL);
@@ -91,7 +93,7 @@ CONTRACT_CHECK(Gateway, ARefusedLoginIsLoggedAndChangesNothing,
 }
 
 CONTRACT_CHECK(Gateway, TheLoginResultIsTheJoinResult,
-               "With the platform's code, unchanged, to the listeners in order.")
+               "The listeners get the platform's code unchanged, in their order.")
 {
     GatewayStage stage(check);
     TunnelNotify second(stage.journal, "H");
@@ -109,7 +111,7 @@ CONTRACT_CHECK(Gateway, TheLoginResultIsTheJoinResult,
     stage.tunnel->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(Gateway, AFailedLoginLeavesTheTunnelOutOfTheMeeting, "A lost connection is nobody's business then.")
+CONTRACT_CHECK(Gateway, AFailedLoginLeavesTheTunnelOutOfTheMeeting, "A lost connection is then not reported.")
 {
     GatewayStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -121,7 +123,7 @@ CONTRACT_CHECK(Gateway, AFailedLoginLeavesTheTunnelOutOfTheMeeting, "A lost conn
 }
 
 CONTRACT_CHECK(Gateway, ALogoutIsTheLeaveResultUnderAGarbledName,
-               "The text keeps its garbled class name; the tunnel is out of the meeting.")
+               "The line keeps its garbled class name on purpose; the tunnel is out of the meeting.")
 {
     GatewayStage stage(check);
     for (const int code : {0, 36})
@@ -138,7 +140,7 @@ CONTRACT_CHECK(Gateway, ALogoutIsTheLeaveResultUnderAGarbledName,
     }
 }
 
-CONTRACT_CHECK(Gateway, LeaveMeetingLogsOutAtTheGateway, "And takes a pending join back.")
+CONTRACT_CHECK(Gateway, LeaveMeetingLogsOutAtTheGateway, "It also cancels a pending join.")
 {
     GatewayStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -155,7 +157,7 @@ CONTRACT_CHECK(Gateway, LeaveMeetingLogsOutAtTheGateway, "And takes a pending jo
 }
 
 CONTRACT_CHECK(Gateway, LeaveMeetingWithAFailingLogoutReturnsFalseAndIsOutOfTheMeeting,
-               "The state is out, a join that was pending is so still.")
+               "The tunnel is out of the meeting, and a pending join stays pending.")
 {
     GatewayStage stage(check);
     stage.Join();
@@ -175,7 +177,7 @@ CONTRACT_CHECK(Gateway, LeaveMeetingWithAFailingLogoutReturnsFalseAndIsOutOfTheM
 }
 
 CONTRACT_CHECK(Gateway, AStartBeforeTheLoginResultReportsTheJoinWith50001ThenStartsWithoutReadiness,
-               "To every listener; a late login result is reported too.")
+               "Every listener gets it; a late login result is reported too.")
 {
     GatewayStage stage(check);
     TunnelNotify second(stage.journal, "H");
@@ -199,7 +201,7 @@ CONTRACT_CHECK(Gateway, AStartBeforeTheLoginResultReportsTheJoinWith50001ThenSta
 }
 
 CONTRACT_CHECK(Gateway, AfterASuccessfulJoinAStartIsReadyThenStartsAndASecondOneOnlyStarts,
-               "With tunnel type 2; the platform is told 1.")
+               "The notifications have tunnel type 2; the platform gets the answer 1.")
 {
     GatewayStage stage(check);
     stage.Join();
@@ -211,7 +213,7 @@ CONTRACT_CHECK(Gateway, AfterASuccessfulJoinAStartIsReadyThenStartsAndASecondOne
     stage.ExpectJournal({kStart});
 }
 
-CONTRACT_CHECK(Gateway, AStartOutsideAMeetingWithNoPendingJoinDoesNothing, "The platform is told 2.")
+CONTRACT_CHECK(Gateway, AStartOutsideAMeetingWithNoPendingJoinDoesNothing, "The platform gets the answer 2.")
 {
     GatewayStage stage(check);
     check.ExpectEqual(std::vector<int32_t>{avcore::ZOL_RECONNECT_STOP}, stage.Gateway().ReconnectStart(),
@@ -219,7 +221,7 @@ CONTRACT_CHECK(Gateway, AStartOutsideAMeetingWithNoPendingJoinDoesNothing, "The 
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Gateway, TheStrategyOfTheSessionIsNotAsked, "The gateway reconnects on its own.")
+CONTRACT_CHECK(Gateway, TheStrategyOfTheSessionIsNotAsked, "The gateway reconnects without asking.")
 {
     GatewayStage stage(check);
     RecordingStrategy strategy(stage.journal);
@@ -243,7 +245,7 @@ CONTRACT_CHECK(Gateway, AReconnectionSucceedsFromAnyState, "The tunnel is in the
 }
 
 CONTRACT_CHECK(Gateway, AFailedReconnectionPassesThePlatformsCodeAndChangesNothing,
-               "No line, no mapping, and a tunnel in its meeting stays there.")
+               "Nothing is logged, the code is not mapped, and a tunnel in a meeting stays there.")
 {
     GatewayStage stage(check);
     stage.Join();
@@ -259,7 +261,7 @@ CONTRACT_CHECK(Gateway, AFailedReconnectionPassesThePlatformsCodeAndChangesNothi
 }
 
 CONTRACT_CHECK(Gateway, ReconnectionsLeaveTheSessionAlone,
-               "Its state and its properties are those of its own connection.")
+               "The session's state and properties follow only its own connection.")
 {
     GatewayStage stage(check);
     stage.LogIn();
@@ -274,7 +276,7 @@ CONTRACT_CHECK(Gateway, ReconnectionsLeaveTheSessionAlone,
 }
 
 CONTRACT_CHECK(Gateway, AUserIdThatIsNoNumberAbove0DeliversNothing,
-               "Null, empty, a letter in front, 0 and what no number can hold: the error line. Joined and left alike.")
+               "Null, empty, a letter in front, 0 and numbers out of range give the error line, for joins and leaves.")
 {
     GatewayStage stage(check);
     for (const char* const text :
@@ -289,14 +291,15 @@ CONTRACT_CHECK(Gateway, AUserIdThatIsNoNumberAbove0DeliversNothing,
     }
 }
 
-CONTRACT_CHECK(Gateway, OnGroupUserJoinedWithNullDeliversNothing, "The error line, and no listener is called.")
+CONTRACT_CHECK(Gateway, OnGroupUserJoinedWithNullDeliversNothing,
+               "The error line is logged, and no listener is called.")
 {
     GatewayStage stage(check);
     stage.Gateway().GroupUserJoined(nullptr);
     stage.ExpectJournal({Log("GwConnectionImp::OnGroupUserJoined param error.")});
 }
 
-CONTRACT_CHECK(Gateway, UsersThatJoinAndLeaveAreDeliveredByTheirNumbers, "Letters behind the digits are left out.")
+CONTRACT_CHECK(Gateway, UsersThatJoinAndLeaveAreDeliveredByTheirNumbers, "Letters after the digits are ignored.")
 {
     GatewayStage stage(check);
     stage.Gateway().GroupUserJoined("52012");
@@ -311,7 +314,7 @@ CONTRACT_CHECK(Gateway, UsersThatJoinAndLeaveAreDeliveredByTheirNumbers, "Letter
     });
 }
 
-CONTRACT_CHECK(Gateway, GroupResultsAndWholeGroupsAreIgnored, "The gateway has no group step.")
+CONTRACT_CHECK(Gateway, GroupResultsAndWholeGroupsAreIgnored, "The gateway does not use groups.")
 {
     GatewayStage stage(check);
     stage.Gateway().JoinGroupResult(0);
@@ -321,7 +324,7 @@ CONTRACT_CHECK(Gateway, GroupResultsAndWholeGroupsAreIgnored, "The gateway has n
 }
 
 CONTRACT_CHECK(Gateway, AListenerRemovedDuringADeliveryHearsNothingMoreAndLosesItsPlace,
-               "The next delivery erases its entry: added again afterwards it comes last.")
+               "The next delivery erases its entry; a listener that is added again afterwards is the last one.")
 {
     GatewayStage stage(check);
     TunnelNotify second(stage.journal, "H");
@@ -351,7 +354,8 @@ CONTRACT_CHECK(Gateway, AListenerRemovedDuringADeliveryHearsNothingMoreAndLosesI
     stage.tunnel->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(Gateway, TheTwoTunnelsDoNotMeet, "Events of one connection never reach the other's listeners.")
+CONTRACT_CHECK(Gateway, TheTwoTunnelsDoNotMeet,
+               "Events of one tunnel's connection never reach the other tunnel's listeners.")
 {
     GatewayStage stage(check);
     TunnelNotify paas(stage.journal, "T");

@@ -15,7 +15,7 @@ std::string Http(const std::string& text)
     return LogLine("HttpHelper", text);
 }
 
-/// A request as the host's HTTP object sees it.
+/// A request as the host's HTTP object gets it.
 std::string Sent(bool post, const std::string& url, const std::string& body, uint32_t id)
 {
     return std::string("http.Request(") + (post ? "2" : "1") + ", 2, 1, 0, 0, 5, \"" + url + "\", \"" + body +
@@ -39,7 +39,7 @@ onlinemanager::LoginParam HttpParam()
     return param;
 }
 
-/// The HTTP transport that the platform got with a login, and requests on threads of their own.
+/// The HTTP helper that the platform got with a login, and requests that each wait on their own thread.
 struct Transport
 {
     explicit Transport(CheckContext& check) : stage(check)
@@ -50,7 +50,7 @@ struct Transport
         check.Require(helper != nullptr, "the platform gets the HTTP helper");
     }
 
-    /// Starts a GET and returns when the host's object has the request.
+    /// Starts a GET and returns when the host's object has got the request.
     std::future<std::string> StartGet(const std::string& url, uint32_t id)
     {
         return Start(id, [this, url] { return helper->HttpGet(url.c_str()); });
@@ -108,7 +108,7 @@ CONTRACT_CHECK(Http, APostWritesNoLineOfItsOwn, "HttpPost sends the record for P
     });
 }
 
-CONTRACT_CHECK(Http, ABodyWithAnyStatusIsAResponse, "The status code is only logged.")
+CONTRACT_CHECK(Http, ABodyWithAnyStatusIsAResponse, "Any status code is accepted and logged.")
 {
     Transport transport(check);
     uint32_t id = 0;
@@ -141,7 +141,8 @@ CONTRACT_CHECK(Http, ACompletionWithoutABodyEndsTheWaitEmpty,
     check.ExpectEqual(1, transport.stage.journal.Count(Http("WaitResponse(), msg_id=2.")), "lines with message 2");
 }
 
-CONTRACT_CHECK(Http, ABodyEndsAtItsFirstNul, "The text up to the terminator is the response, whatever its length.")
+CONTRACT_CHECK(Http, ABodyEndsAtItsFirstNul,
+               "The text before the first NUL is the response, whatever the given length is.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
@@ -153,7 +154,7 @@ CONTRACT_CHECK(Http, ABodyEndsAtItsFirstNul, "The text up to the terminator is t
     check.ExpectEqual(0, transport.stage.journal.Count("msg_id="), "lines of a message without a body");
 }
 
-CONTRACT_CHECK(Http, AnyBytesAndAnySizeComeThrough, "Large bodies and bodies that are not text are not changed.")
+CONTRACT_CHECK(Http, AnyBytesAndAnySizeComeThrough, "Large bodies and bodies that are not text arrive unchanged.")
 {
     Transport transport(check);
     std::string body(1 << 20, '\xFF');
@@ -163,7 +164,8 @@ CONTRACT_CHECK(Http, AnyBytesAndAnySizeComeThrough, "Large bodies and bodies tha
     check.Expect(answer.get() == body, "the body is the same");
 }
 
-CONTRACT_CHECK(Http, HeadersAndPiecesAreIgnored, "Only the completion ends the wait; pieces are not put together.")
+CONTRACT_CHECK(Http, HeadersAndPiecesAreIgnored,
+               "Only the completion ends the wait; the pieces of the body are not used.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
@@ -174,7 +176,7 @@ CONTRACT_CHECK(Http, HeadersAndPiecesAreIgnored, "Only the completion ends the w
 }
 
 CONTRACT_CHECK(Http, ACompletionForAnUnknownIdIsIgnored,
-               "Also one that comes a second time, and one for a request that has ended.")
+               "So is a second completion, and a completion of a request that has ended.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
@@ -223,7 +225,7 @@ CONTRACT_CHECK(Http, ClosingAPendingRequestEndsItsWaitEmpty,
     });
 }
 
-CONTRACT_CHECK(Http, ClosingAnAddressEndsItsFirstRequestOnly, "The second request to the same address goes on.")
+CONTRACT_CHECK(Http, ClosingAnAddressEndsItsFirstRequestOnly, "The second request to the same address still waits.")
 {
     Transport transport(check);
     std::future<std::string> first = transport.StartGet("http://x", 1);
@@ -235,7 +237,7 @@ CONTRACT_CHECK(Http, ClosingAnAddressEndsItsFirstRequestOnly, "The second reques
 }
 
 CONTRACT_CHECK(Http, ManyClosesOfOneRequestAreDropped,
-               "A message that the request's queue has no room for is dropped; the wait ends once.")
+               "A message for which the request's queue has no room is dropped; the wait ends once.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
@@ -262,7 +264,7 @@ CONTRACT_CHECK(Http, RequestsUnderWayGetTheirOwnAnswers, "Completions may come i
 }
 
 CONTRACT_CHECK(Http, ManyThreadsMayAskAtOnce,
-               "Requests, completions and closes from several threads leave every wait ended with the right answer.")
+               "With requests, completions and closes on several threads, every wait ends with its own answer.")
 {
     Transport transport(check);
     transport.stage.factory.center.manager.level = Quenda::LOG_LEVEL_ERROR;
@@ -303,7 +305,7 @@ CONTRACT_CHECK(Http, ManyThreadsMayAskAtOnce,
 }
 
 CONTRACT_CHECK(Http, ANullTextRaisesAndNothingIsSent,
-               "A null address, or a null body of a POST, fails as the construction of a string from it does.")
+               "A null address, or a null body of a POST, throws the exception of a string constructed from null.")
 {
     Transport transport(check);
     const auto raises = [&](const char* what, const std::function<void()>& call)
@@ -315,7 +317,7 @@ CONTRACT_CHECK(Http, ANullTextRaisesAndNothingIsSent,
         }
         catch (const std::logic_error&)
         {
-            // As it should be.
+            // Expected.
         }
     };
     raises("HttpGet(null)", [&] { transport.helper->HttpGet(nullptr); });
@@ -328,7 +330,7 @@ CONTRACT_CHECK(Http, ANullTextRaisesAndNothingIsSent,
     check.ExpectEqual("works on", answer.get(), "HttpGet afterwards");
 }
 
-CONTRACT_CHECK(Http, AnEmptyAddressIsTheHostsBusiness, "It is sent as it is.")
+CONTRACT_CHECK(Http, AnEmptyAddressIsTheHostsBusiness, "An empty address is passed to the host's HTTP object.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("", 1);
@@ -338,7 +340,7 @@ CONTRACT_CHECK(Http, AnEmptyAddressIsTheHostsBusiness, "It is sent as it is.")
 }
 
 CONTRACT_CHECK(Http, TheHelperServesFromInsideThePlatformsLogin,
-               "A platform that blocks on an answer inside its own login gets it.")
+               "A platform may wait for an HTTP answer inside its own Login.")
 {
     Stage stage(check);
     stage.http.Answer("https://x/cp", 200, "address");
@@ -348,8 +350,9 @@ CONTRACT_CHECK(Http, TheHelperServesFromInsideThePlatformsLogin,
     check.ExpectEqual("address", answer, "answer inside the login");
 }
 
-CONTRACT_CHECK(Http, ASixthMessagePushedIntoAFullQueueIsDropped,
-               "A request that is closed more often than its queue has room ends once, and nothing of it is left over.")
+CONTRACT_CHECK(
+    Http, ASixthMessagePushedIntoAFullQueueIsDropped,
+    "A request that is closed more often than its queue has room ends once, and none of its messages remains.")
 {
     Transport transport(check);
     int lines = 0;
@@ -379,17 +382,17 @@ CONTRACT_CHECK(Http, ASixthMessagePushedIntoAFullQueueIsDropped,
 }
 
 CONTRACT_CHECK(Http, AWaitOutlastsTenSecondsInWhichTheProcessorIsIdle,
-               "The time-out counts the processor's clock, so a server may take its time while the host sleeps.")
+               "The time limit counts processor time, so it does not pass while the process sleeps.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
-    check.Expect(answer.wait_for(std::chrono::seconds(11)) == std::future_status::timeout, "the wait goes on");
+    check.Expect(answer.wait_for(std::chrono::seconds(11)) == std::future_status::timeout, "the request still waits");
     transport.stage.http.Complete(1, 200, "late");
     check.ExpectEqual("late", answer.get(), "HttpGet");
 }
 
 CONTRACT_CHECK(Http, AWaitEndsAfterTenSecondsOfProcessorTime,
-               "The time-out counts the processor's clock; the answer is empty and the line tells of it.")
+               "The time limit counts processor time; then the answer is empty and a line says so.")
 {
     Transport transport(check);
     const std::clock_t start = std::clock();

@@ -38,7 +38,7 @@ const std::string kJson = R"({"version":"1.0","method":"InviteUser","params":{"i
                           R"("roomCompanyId":1001,"proxyUserId":3,"calloutType":1,"meetingId":880012,"isForce":true,)"
                           R"("inviter":{"userId":52011,"userName":"Zo\u00EB","terminal":"pc"}}})";
 
-/// What a listener is told of the invitation that the module made of `kJson`, or of an unreadable one.
+/// The content that a listener gets for the invitation `kJson`, and for an unreadable one.
 const std::string kParsed = "{code=7 time=5 company=1001 force=1 proxy=3 callout=1 meeting=880012 user=52011 "
                             "name=\"Zoë\" terminal=\"pc\"}";
 const std::string kNothing =
@@ -99,7 +99,7 @@ std::string AcceptLine(unsigned userId, unsigned inviteId, bool isAccept)
 
 constexpr auto kByInviter = avcore::ZOL_INVITE_CANCEL_BY_INVITER;
 
-/// A stage with the user service of user 52011, terminal type 3, and a listener U at it.
+/// A stage with the user service of user 52011, terminal type 3, and its listener U.
 struct InvitationStage : Stage
 {
     explicit InvitationStage(CheckContext& context) : Stage(context, Scene::LoggedIn), listener(journal, "U")
@@ -113,14 +113,14 @@ struct InvitationStage : Stage
         return Connection().online;
     }
 
-    /// An invitation comes in; what is journaled is forgotten.
+    /// Lets an invitation come in and clears the journal.
     void Receive(const char* inviter, unsigned inviteId)
     {
         Online().InviteIncome(inviter, inviteId, "7", kJson.c_str());
         journal.Clear();
     }
 
-    /// Whether a received invitation is open: its withdrawal is reported. It is not open afterwards.
+    /// Whether a received invitation was open, which means that its withdrawal is reported. It is not open afterwards.
     bool TakeOpen(unsigned inviteId)
     {
         journal.Clear();
@@ -177,7 +177,7 @@ CONTRACT_CHECK(Invitations, BatchesEndAtTwentyInvitees, "19, 20, 21 and 40 users
     }
 }
 
-CONTRACT_CHECK(Invitations, InviteUsersKeepsOrderAndDuplicates, "What the host lists is sent as it is.")
+CONTRACT_CHECK(Invitations, InviteUsersKeepsOrderAndDuplicates, "The module sends the host's list unchanged.")
 {
     InvitationStage stage(check);
     unsigned id = 0;
@@ -185,7 +185,7 @@ CONTRACT_CHECK(Invitations, InviteUsersKeepsOrderAndDuplicates, "What the host l
     stage.ExpectJournal({Batch("[9,4294967295,9,0]", 501), Sent(4, "501,")});
 }
 
-CONTRACT_CHECK(Invitations, InviteUsersWithAnEmptyListIsRefusedWithItsLine, "The output stays.")
+CONTRACT_CHECK(Invitations, InviteUsersWithAnEmptyListIsRefusedWithItsLine, "The output is unchanged.")
 {
     InvitationStage stage(check);
     unsigned id = 77;
@@ -195,7 +195,7 @@ CONTRACT_CHECK(Invitations, InviteUsersWithAnEmptyListIsRefusedWithItsLine, "The
 }
 
 CONTRACT_CHECK(Invitations, InvitingOnlyOneselfMakesNoPlatformCallLeavesTheIdAndIsTold,
-               "However often one is in the list; with the id as the caller passed it and the data as they are.")
+               "Also if the own id is in the list several times; the listener gets the caller's id and data unchanged.")
 {
     InvitationStage stage(check);
     unsigned id = 77;
@@ -209,7 +209,7 @@ CONTRACT_CHECK(Invitations, InvitingOnlyOneselfMakesNoPlatformCallLeavesTheIdAnd
 }
 
 CONTRACT_CHECK(Invitations, InvitingOneselfTogetherWithOthersSendsTheOthersThenTells,
-               "OnInviteIncome(self, first id, data), after the line and with the output written.")
+               "OnInviteIncome(self, first id, data) comes after the line and after the output is written.")
 {
     InvitationStage stage(check);
     unsigned id = 77;
@@ -226,7 +226,7 @@ CONTRACT_CHECK(Invitations, InvitingOneselfTogetherWithOthersSendsTheOthersThenT
 }
 
 CONTRACT_CHECK(Invitations, OneselfDoesNotCountForTheBatches,
-               "Taken out before the list is cut: twenty others, one call.")
+               "The own id is removed before the list is cut into batches: twenty others need one call.")
 {
     InvitationStage stage(check);
     std::vector<unsigned> ids = Users(101, 20);
@@ -237,8 +237,9 @@ CONTRACT_CHECK(Invitations, OneselfDoesNotCountForTheBatches,
     check.ExpectEqual(1U, stage.journal.Count("online1.InviteUsers"), "calls at all");
 }
 
-CONTRACT_CHECK(Invitations, AFailedBatchEndsTheInvitationWhileEarlierOnesStaySent,
-               "False with the line, no output, nothing told to oneself; answers to what was sent carry its first id.")
+CONTRACT_CHECK(
+    Invitations, AFailedBatchEndsTheInvitationWhileEarlierOnesStaySent,
+    "The result is false with a line and without output or OnInviteIncome; answers to sent batches carry the first id.")
 {
     InvitationStage stage(check);
     stage.Online().inviteResults = {0, E_FAIL};
@@ -257,7 +258,7 @@ CONTRACT_CHECK(Invitations, AFailedBatchEndsTheInvitationWhileEarlierOnesStaySen
     stage.ExpectJournal({"U.OnInviteAccepted(101, 501)", "U.OnInviteAccepted(121, 0)"});
 }
 
-CONTRACT_CHECK(Invitations, APositiveStatusOfThePlatformIsSuccess, "Only negative ones fail.")
+CONTRACT_CHECK(Invitations, APositiveStatusOfThePlatformIsSuccess, "Only a negative status is a failure.")
 {
     InvitationStage stage(check);
     for (const char* const operation : {"InviteUsers", "CancelInvite", "AcceptInvite", "RejectInvite"})
@@ -285,7 +286,7 @@ CONTRACT_CHECK(Invitations, APlatformIdOf0IsPassedOverForTheFirstId, "The first 
 }
 
 CONTRACT_CHECK(Invitations, AnIdThatThePlatformGivesAgainKeepsItsFirstInvitation,
-               "An existing entry of the table is not written over.")
+               "An existing entry of the table is not overwritten.")
 {
     InvitationStage stage(check);
     stage.Online().inviteIds = {601, 602, 700, 602};
@@ -300,7 +301,7 @@ CONTRACT_CHECK(Invitations, AnIdThatThePlatformGivesAgainKeepsItsFirstInvitation
 }
 
 CONTRACT_CHECK(Invitations, AnAnswerToAnInvitationThatWasNeverSentIsReportedWithId0,
-               "And stays a stranger's: an invitation that gets this id later does not change that.")
+               "This also holds after an invitation has got this id later.")
 {
     InvitationStage stage(check);
     stage.Online().InviteAccepted("5", 501, "{}");
@@ -315,7 +316,7 @@ CONTRACT_CHECK(Invitations, AnAnswerToAnInvitationThatWasNeverSentIsReportedWith
 }
 
 CONTRACT_CHECK(Invitations, AnAnswerWithoutAListenerTranslatesNothing,
-               "The translation is made for each active listener, so a stranger's id is not entered without one.")
+               "An id is translated for each active listener, so an unknown id is not stored if there is none.")
 {
     InvitationStage stage(check);
     stage.users->RemoveAllNotify();
@@ -329,7 +330,8 @@ CONTRACT_CHECK(Invitations, AnAnswerWithoutAListenerTranslatesNothing,
     stage.ExpectJournal({"U.OnInviteAccepted(5, 501)"});
 }
 
-CONTRACT_CHECK(Invitations, SentInvitationsAreRememberedAcrossALogout, "Late answers are translated all the same.")
+CONTRACT_CHECK(Invitations, SentInvitationsAreRememberedAcrossALogout,
+               "Answers that come after a logout are still translated.")
 {
     InvitationStage stage(check);
     unsigned id = 0;
@@ -341,7 +343,7 @@ CONTRACT_CHECK(Invitations, SentInvitationsAreRememberedAcrossALogout, "Late ans
     stage.ExpectJournal({"U.OnInviteAccepted(125, 501)"});
 }
 
-CONTRACT_CHECK(Invitations, AnswersPassThePlatformsReasonUnchangedAndWriteNoLine, "Any value reaches the host.")
+CONTRACT_CHECK(Invitations, AnswersPassThePlatformsReasonUnchangedAndWriteNoLine, "Any value reaches the listeners.")
 {
     InvitationStage stage(check);
     unsigned id = 0;
@@ -355,7 +357,7 @@ CONTRACT_CHECK(Invitations, AnswersPassThePlatformsReasonUnchangedAndWriteNoLine
 }
 
 CONTRACT_CHECK(Invitations, AbandonInviteCancelsAtThePlatformWithTheHostsId,
-               "An empty list too; nothing is told, and failures are logged with their code.")
+               "Also for an empty list; no listener is called, and failures are logged with their code.")
 {
     InvitationStage stage(check);
     check.ExpectEqual(true, stage.users->AbandonInvite(501, {9, 4294967295, 9}), "AbandonInvite");
@@ -370,7 +372,7 @@ CONTRACT_CHECK(Invitations, AbandonInviteCancelsAtThePlatformWithTheHostsId,
 }
 
 CONTRACT_CHECK(Invitations, AnInvitationThatComesInIsLoggedAndToldWithItsContent,
-               "Who, which and the message; the code's own text is not used.")
+               "The line shows user, invitation and message; the platform's code text is not used.")
 {
     InvitationStage stage(check);
     stage.Online().InviteIncome("5", 901, "not the code", kJson.c_str());
@@ -382,7 +384,8 @@ CONTRACT_CHECK(Invitations, AnInvitationThatComesInIsLoggedAndToldWithItsContent
     check.Expect(stage.TakeOpen(901), "it is open");
 }
 
-CONTRACT_CHECK(Invitations, AnInvitationThatCannotBeReadIsToldWithoutContent, "Whatever the parse yields is delivered.")
+CONTRACT_CHECK(Invitations, AnInvitationThatCannotBeReadIsToldWithoutContent,
+               "The listener gets the fields that could be read.")
 {
     InvitationStage stage(check);
     for (const char* const message :
@@ -397,14 +400,15 @@ CONTRACT_CHECK(Invitations, AnInvitationThatCannotBeReadIsToldWithoutContent, "W
     }
 }
 
-CONTRACT_CHECK(Invitations, AMessageThatIsNullIsLoggedAsEmptyAndHarmsNobody, "Told without content.")
+CONTRACT_CHECK(Invitations, AMessageThatIsNullIsLoggedAsEmptyAndHarmsNobody,
+               "The listener gets an invitation with default content.")
 {
     InvitationStage stage(check);
     stage.Online().InviteIncome("5", 901, nullptr, nullptr);
     stage.ExpectJournal({IncomeLine(5, 901), Log("msg="), "U.OnInviteIncome(5, 901, " + kNothing + ")"});
 }
 
-CONTRACT_CHECK(Invitations, UserIdsThatAreNoNumbersAreUser0InEveryEvent, "The event is handled all the same.")
+CONTRACT_CHECK(Invitations, UserIdsThatAreNoNumbersAreUser0InEveryEvent, "The event is handled like any other.")
 {
     for (const char* const text : {static_cast<const char*>(nullptr), "", "u5", "-5", "99999999999999999999"})
     {
@@ -426,7 +430,7 @@ CONTRACT_CHECK(Invitations, UserIdsThatAreNoNumbersAreUser0InEveryEvent, "The ev
 }
 
 CONTRACT_CHECK(Invitations, AnInviteIdThatComesInAgainKeepsItsFirstInviter,
-               "Both are told; a rejection of all answers the first one.")
+               "Both are reported; RejectAllInvite answers the first inviter.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -443,7 +447,7 @@ CONTRACT_CHECK(Invitations, AnInviteIdThatComesInAgainKeepsItsFirstInviter,
 }
 
 CONTRACT_CHECK(Invitations, AcceptingSendsTheAcceptMessageAndLeavesTheInvitationOpen,
-               "A later cancellation is still reported; nothing is told by accepting.")
+               "A later cancellation is still reported; accepting calls no listener.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -453,7 +457,7 @@ CONTRACT_CHECK(Invitations, AcceptingSendsTheAcceptMessageAndLeavesTheInvitation
 }
 
 CONTRACT_CHECK(Invitations, DecliningSendsTheRejectMessageWithReason17AndTellsNothing,
-               "The invitation is not open any more, even for the platform that is just asked.")
+               "The invitation is closed before the platform is called.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -462,7 +466,7 @@ CONTRACT_CHECK(Invitations, DecliningSendsTheRejectMessageWithReason17AndTellsNo
     check.Expect(!stage.TakeOpen(901), "it is not open any more");
 }
 
-CONTRACT_CHECK(Invitations, AcceptInviteDoesNotLookAtTheTable, "An invitation never seen is answered like any other.")
+CONTRACT_CHECK(Invitations, AcceptInviteDoesNotLookAtTheTable, "An unknown invitation is accepted like any other.")
 {
     InvitationStage stage(check);
     check.ExpectEqual(true, stage.users->AcceptInvite(4294967295, 4294967295, true), "accepting");
@@ -476,7 +480,7 @@ CONTRACT_CHECK(Invitations, AcceptInviteDoesNotLookAtTheTable, "An invitation ne
 }
 
 CONTRACT_CHECK(Invitations, AFailedAnswerIsLoggedWithItsCode,
-               "Accepting and declining share the text; a declined invitation is closed all the same.")
+               "Accepting and declining log the same text; a declined invitation is closed even then.")
 {
     InvitationStage stage(check);
     stage.Online().SetResult("AcceptInvite", E_FAIL);
@@ -496,7 +500,7 @@ CONTRACT_CHECK(Invitations, AFailedAnswerIsLoggedWithItsCode,
 }
 
 CONTRACT_CHECK(Invitations, ACancellationOfAnOpenInvitationIsLoggedAndReportedWithThePlatformsReason,
-               "Once: it is not open any more.")
+               "It is reported once, because the invitation is then closed.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -507,7 +511,7 @@ CONTRACT_CHECK(Invitations, ACancellationOfAnOpenInvitationIsLoggedAndReportedWi
 }
 
 CONTRACT_CHECK(Invitations, ACancellationOfAnInvitationThatIsNotOpenIsLoggedAndNotReported,
-               "Declined before, or never received.")
+               "It was declined before, or was never received.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -518,7 +522,8 @@ CONTRACT_CHECK(Invitations, ACancellationOfAnInvitationThatIsNotOpenIsLoggedAndN
     stage.ExpectJournal({CanceledLine(5, 901, 1), CanceledLine(5, 902, 1)});
 }
 
-CONTRACT_CHECK(Invitations, ACancellationNamesWhoCancelled, "The event's user, not the one who had invited.")
+CONTRACT_CHECK(Invitations, ACancellationNamesWhoCancelled,
+               "The notification has the user of the event, not the user who had sent the invitation.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -527,7 +532,7 @@ CONTRACT_CHECK(Invitations, ACancellationNamesWhoCancelled, "The event's user, n
 }
 
 CONTRACT_CHECK(Invitations, RejectAllInviteRejectsAndReportsAllButTheExcludedAndForgetsThoseToo,
-               "With 7 and 9 open and 7 excluded, 9 is rejected, reported with 0x100 and the reason, and listed.")
+               "With 7 and 9 open and 7 excluded, 9 is rejected, reported with 0x100 plus the reason, and listed.")
 {
     InvitationStage stage(check);
     stage.Receive("70", 7);
@@ -540,13 +545,13 @@ CONTRACT_CHECK(Invitations, RejectAllInviteRejectsAndReportsAllButTheExcludedAnd
         "[host] U.OnAbandonInvite(90, 9, 261)",
         Log("Reject invite IDs=9, ."),
     });
-    check.Expect(!stage.TakeOpen(7), "7 is forgotten");
+    check.Expect(!stage.TakeOpen(7), "7 is closed");
     check.Expect(!stage.TakeOpen(9), "9 is not open any more");
     check.ExpectEqual(true, stage.users->AcceptInvite(70, 7, true), "7 can still be accepted");
 }
 
 CONTRACT_CHECK(Invitations, RejectAllInviteEmptiesTheTableWhateverThePlatformAnswers,
-               "A refused rejection is reported like any other, and the result is true.")
+               "A rejection that the platform refuses is reported like any other, and the result is true.")
 {
     InvitationStage stage(check);
     stage.Online().SetResult("RejectInvite", E_FAIL);
@@ -565,7 +570,8 @@ CONTRACT_CHECK(Invitations, RejectAllInviteEmptiesTheTableWhateverThePlatformAns
     stage.ExpectJournal({Log("RejectAllInvite, reason=0x0, exclude_size=0.")});
 }
 
-CONTRACT_CHECK(Invitations, RejectAllInviteWithEverythingExcludedOnlyForgets, "No rejection, no report, no list.")
+CONTRACT_CHECK(Invitations, RejectAllInviteWithEverythingExcludedOnlyForgets,
+               "Nothing is rejected, reported or listed, and the table is empty afterwards.")
 {
     InvitationStage stage(check);
     stage.Receive("70", 7);
@@ -573,11 +579,11 @@ CONTRACT_CHECK(Invitations, RejectAllInviteWithEverythingExcludedOnlyForgets, "N
     check.ExpectEqual(true, stage.users->RejectAllInvite(static_cast<RejectInvitationReason>(5), {9, 7, 8, 7}),
                       "RejectAllInvite");
     stage.ExpectJournal({Log("RejectAllInvite, reason=0x5, exclude_size=4.")});
-    check.Expect(!stage.TakeOpen(7) && !stage.TakeOpen(9), "both are forgotten");
+    check.Expect(!stage.TakeOpen(7) && !stage.TakeOpen(9), "both are closed");
 }
 
 CONTRACT_CHECK(Invitations, TheReasonOfRejectAllInviteIsAnyNumberOfTheHosts,
-               "Written unsigned, reported with 0x100 added.")
+               "It is sent as an unsigned number and reported with 0x100 added.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -591,7 +597,7 @@ CONTRACT_CHECK(Invitations, TheReasonOfRejectAllInviteIsAnyNumberOfTheHosts,
 }
 
 CONTRACT_CHECK(Invitations, ReceivedInvitationsStayOpenAcrossALogout,
-               "Their cancellation is reported; after the next login they can be rejected.")
+               "Their cancellation is reported, and they can be rejected after the next login.")
 {
     InvitationStage stage(check);
     stage.Receive("5", 901);
@@ -605,7 +611,7 @@ CONTRACT_CHECK(Invitations, ReceivedInvitationsStayOpenAcrossALogout,
     check.ExpectEqual(1U, stage.journal.Count("U.OnAbandonInvite(6, 902, 261)"), "reports");
 }
 
-CONTRACT_CHECK(Invitations, TheAnswersCarryTheTerminalTypeOfTheLogin, "As text, unsigned.")
+CONTRACT_CHECK(Invitations, TheAnswersCarryTheTerminalTypeOfTheLogin, "It is sent as the text of an unsigned number.")
 {
     InvitationStage stage(check);
     onlinemanager::LoginParam param = Stage::Param();
@@ -620,7 +626,7 @@ CONTRACT_CHECK(Invitations, TheAnswersCarryTheTerminalTypeOfTheLogin, "As text, 
 }
 
 CONTRACT_CHECK(Invitations, NamesOutsideAsciiTravelAsEscapesAndComeBack,
-               "Above U+FFFF as a surrogate pair; quotes and control characters are escaped.")
+               "A character above U+FFFF is sent as a surrogate pair; quotes and control characters are escaped.")
 {
     InvitationStage stage(check);
     InviteData data;

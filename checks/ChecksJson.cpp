@@ -10,7 +10,7 @@ namespace
 
 using onlinemanager::InviteData;
 
-/// Small letters in the \uXXXX escapes, whose case is the writer's choice.
+/// Lower-case letters in the \uXXXX escapes: the JSON writer may choose their case.
 std::string WithSmallEscapes(std::string json)
 {
     for (size_t position = 0; (position = json.find("\\u", position)) != std::string::npos; position += 6)
@@ -23,7 +23,7 @@ std::string WithSmallEscapes(std::string json)
     return json;
 }
 
-/// A logged-in user whose invitations and answers show the texts of the module.
+/// A logged-in user. The platform's calls for invitations and answers contain the JSON of the module.
 struct Messages
 {
     explicit Messages(CheckContext& check) : stage(check, Scene::LoggedIn), users(stage.Users())
@@ -36,7 +36,7 @@ struct Messages
         users->RemoveAllNotify();
     }
 
-    /// The JSON in the line of the platform's call that contains `call`; empty without one. Empties the journal.
+    /// The JSON in the journal's line that contains `call`; empty if there is none. Clears the journal.
     std::string SentJson(const std::string& call)
     {
         for (const JournalEntry& entry : stage.journal.Take())
@@ -57,7 +57,7 @@ struct Messages
         return SentJson("online1.InviteUsers(");
     }
 
-    /// What the listener is told of an invitation that came in with this text.
+    /// What the listener gets for an incoming invitation with this text.
     std::string Received(const std::string& json)
     {
         stage.journal.Clear();
@@ -127,11 +127,11 @@ std::string InvitationWith(const std::string& member)
     return R"({"version":"1.0","method":"InviteUser","params":{)" + params + R"("isForce":true}})";
 }
 
-/// A default invitation as the listener is told of it, with one field replaced.
+/// A default invitation as the listener gets it, with one field replaced.
 const std::string kNothing =
     R"({code=0 time=0 company=0 force=0 proxy=0 callout=0 meeting=0 user=0 name="" terminal=""})";
 
-/// A command for the MDS client and what its listener hears.
+/// A command for the MDS client and the notifications of its listener.
 struct Commands
 {
     explicit Commands(CheckContext& check) : stage(check), mds(stage.Mds())
@@ -190,7 +190,7 @@ CONTRACT_CHECK(Json, AnInvitationCarriesTheLargestValues, "Every number is writt
         messages.Invitation(data), "the invitation");
 }
 
-CONTRACT_CHECK(Json, ARoomCreateTimeOf2To32Plus5IsWrittenAs5, "It travels as its low 32 bits on purpose.")
+CONTRACT_CHECK(Json, ARoomCreateTimeOf2To32Plus5IsWrittenAs5, "Only its low 32 bits are sent, on purpose.")
 {
     Messages messages(check);
     InviteData data;
@@ -221,7 +221,7 @@ CONTRACT_CHECK(Json, QuotesBackslashesAndControlCharactersAreEscaped, "The usual
 }
 
 CONTRACT_CHECK(Json, TextThatIsNotUtf8LosesNothingElse,
-               "An invitation with such a name is still sent whole, with every other member.")
+               "An invitation with such a name is sent with every other member unchanged.")
 {
     Messages messages(check);
     for (const std::string& name : {std::string("A\xFF\xFE"), std::string("\xC3"), std::string("\xED\xA0\x80"),
@@ -234,7 +234,7 @@ CONTRACT_CHECK(Json, TextThatIsNotUtf8LosesNothingElse,
     }
 }
 
-CONTRACT_CHECK(Json, AnInvitationIsReadIntoEveryField, "What one side writes, the other reads.")
+CONTRACT_CHECK(Json, AnInvitationIsReadIntoEveryField, "Every field that the module writes can be read back.")
 {
     Messages messages(check);
     InviteData data = FullInvitation();
@@ -263,7 +263,8 @@ CONTRACT_CHECK(Json, AnInvitationWithoutIsForceIsNotForced, "Anything but the li
     }
 }
 
-CONTRACT_CHECK(Json, ACalloutTypeThatIsNoUnsignedNumberIsLeftAlone, "-1 and 3.5 leave it 0, as any other value does.")
+CONTRACT_CHECK(Json, ACalloutTypeThatIsNoUnsignedNumberIsLeftAlone,
+               "With -1, 3.5 and values of other types it stays 0.")
 {
     Messages messages(check);
     for (const char* const value : {"-1", "3.5", "\"1\"", "true", "null", "4294967296", "1e3", "[1]"})
@@ -280,7 +281,7 @@ CONTRACT_CHECK(Json, ACalloutTypeIsCutTo16Bits, "70000 is read as 4464.")
                       messages.Received(InvitationWith(R"("calloutType":70000)")), "the invitation");
 }
 
-CONTRACT_CHECK(Json, NumbersThatDoNotFitLeaveTheirFieldsAlone, "Each number is read on its own.")
+CONTRACT_CHECK(Json, NumbersThatDoNotFitLeaveTheirFieldsAlone, "The other numbers are still read.")
 {
     Messages messages(check);
     const std::pair<const char*, const char*> fields[] = {{"inviteCode", "code"},
@@ -303,7 +304,7 @@ CONTRACT_CHECK(Json, NumbersThatDoNotFitLeaveTheirFieldsAlone, "Each number is r
 }
 
 CONTRACT_CHECK(Json, AnotherMethodIsNoInvitation,
-               "InviteUsers, a method that is no string, none at all: the listener hears of an empty invitation.")
+               "For InviteUsers, a method that is not a string, or no method, the listener gets an empty invitation.")
 {
     Messages messages(check);
     const std::string params = R"("params":{"inviteCode":1,"isForce":true})";
@@ -332,7 +333,7 @@ CONTRACT_CHECK(Json, ParamsThatAreNoObjectAreNoInvitation, "The fields keep thei
 }
 
 CONTRACT_CHECK(Json, AnInviterIsReadMemberByMember,
-               "Members of another type are left alone, an inviter of another too.")
+               "Members of another type are ignored, and so is an inviter of another type.")
 {
     Messages messages(check);
     const auto received = [&](const std::string& inviter)
@@ -347,7 +348,7 @@ CONTRACT_CHECK(Json, AnInviterIsReadMemberByMember,
     }
 }
 
-CONTRACT_CHECK(Json, ATextOfTheInviterEndsAtItsFirstNul, "An escaped NUL cuts it off.")
+CONTRACT_CHECK(Json, ATextOfTheInviterEndsAtItsFirstNul, "An escaped NUL ends the text.")
 {
     Messages messages(check);
     check.ExpectEqual(R"({code=0 time=0 company=0 force=0 proxy=0 callout=0 meeting=0 user=0 name="An" terminal=""})",
@@ -356,8 +357,9 @@ CONTRACT_CHECK(Json, ATextOfTheInviterEndsAtItsFirstNul, "An escaped NUL cuts it
                       "the invitation");
 }
 
-CONTRACT_CHECK(Json, TextThatIsNoMessageIsReportedAsAnEmptyInvitation,
-               "Wrong roots, text cut short anywhere, and nonsense leave every field alone; the listener hears of it.")
+CONTRACT_CHECK(
+    Json, TextThatIsNoMessageIsReportedAsAnEmptyInvitation,
+    "Other root values, truncated JSON and other text leave every field at its default; the listener is called.")
 {
     Messages messages(check);
     for (const char* const text : {"", " ", "null", "1", "\"InviteUser\"", "[]", "[{}]", "{", "}", "{]", "nonsense",
@@ -374,7 +376,8 @@ CONTRACT_CHECK(Json, TextThatIsNoMessageIsReportedAsAnEmptyInvitation,
     check.ExpectEqual(kNothing, messages.Received(whole + "x"), "with something behind it");
 }
 
-CONTRACT_CHECK(Json, DeepNestingIsNoDanger, "A thousand levels and far more, well-formed or not, end as nothing.")
+CONTRACT_CHECK(Json, DeepNestingIsNoDanger,
+               "A thousand levels and many more, well-formed or not, are read as an empty message.")
 {
     Messages messages(check);
     for (const size_t depth : {size_t{1000}, size_t{100000}})
@@ -397,7 +400,7 @@ CONTRACT_CHECK(Json, DeepNestingIsNoDanger, "A thousand levels and far more, wel
     }
 }
 
-CONTRACT_CHECK(Json, AnAcceptCarriesTheTerminalAsText, "The terminal type is decimal text there.")
+CONTRACT_CHECK(Json, AnAcceptCarriesTheTerminalAsText, "The terminal type is sent as decimal text.")
 {
     Messages messages(check);
     messages.users->AcceptInvite(9, 1, true);
@@ -422,7 +425,7 @@ CONTRACT_CHECK(Json, ARejectCarriesTheTerminalAsTextAndTheModeAsANumber,
     }
 }
 
-CONTRACT_CHECK(Json, TheLoginExtensionCarriesTheTerminalAsANumber, "A single member, without an envelope.")
+CONTRACT_CHECK(Json, TheLoginExtensionCarriesTheTerminalAsANumber, "The text has a single member and no envelope.")
 {
     Stage stage(check);
     for (const unsigned terminal : {3U, 0U, 4294967295U})
@@ -436,7 +439,7 @@ CONTRACT_CHECK(Json, TheLoginExtensionCarriesTheTerminalAsANumber, "A single mem
 }
 
 CONTRACT_CHECK(Json, ATerminalTypeIsReadFromANumberOrFromDigits,
-               "{\"tt\":\"12\"} is 12; a text is read as far as its digits go.")
+               "{\"tt\":\"12\"} is 12; the digits at the start of a text count.")
 {
     Messages messages(check);
     const std::pair<const char*, unsigned> texts[] = {
@@ -486,7 +489,7 @@ CONTRACT_CHECK(Json, ATerminalTypeThatIsNoneIs0,
     }
 }
 
-CONTRACT_CHECK(Json, DigitsThatFitNoIntAreNoTerminalType, "They count as malformed and raise nothing.")
+CONTRACT_CHECK(Json, DigitsThatFitNoIntAreNoTerminalType, "They count as malformed, and no exception is thrown.")
 {
     Messages messages(check);
     for (const char* const text :
@@ -497,7 +500,8 @@ CONTRACT_CHECK(Json, DigitsThatFitNoIntAreNoTerminalType, "They count as malform
     check.ExpectEqual(0, messages.stage.journal.Count("exception left"), "exceptions that reached the platform");
 }
 
-CONTRACT_CHECK(Json, ACommandIsReadFromItsMessage, "Command and sub-type stand where the service puts them.")
+CONTRACT_CHECK(Json, ACommandIsReadFromItsMessage,
+               "Command and sub-type are read from the members that the service uses.")
 {
     Commands commands(check);
     commands.ExpectHeard(R"({"message":{"command":"unsubscribe_av_quality","data":{"subType":"overview"}}})",
@@ -518,7 +522,7 @@ CONTRACT_CHECK(Json, ACommandThatIsNoStringIsNoCommand, "{\"message\":{\"command
 }
 
 CONTRACT_CHECK(Json, ASubTypeThatIsNoStringInAnObjectIsNone,
-               "The command stands alone then: a subscription changes nothing, an unsubscription is told.")
+               "It counts as absent: a subscription changes nothing, an unsubscription is reported.")
 {
     Commands commands(check);
     for (const char* const data : {"", R"(,"data":"all")", R"(,"data":{})", R"(,"data":{"subType":1})",
@@ -530,7 +534,7 @@ CONTRACT_CHECK(Json, ASubTypeThatIsNoStringInAnObjectIsNone,
     }
 }
 
-CONTRACT_CHECK(Json, TextThatIsNoCommandIsIgnored, "Wrong roots, text cut short anywhere, deep nesting.")
+CONTRACT_CHECK(Json, TextThatIsNoCommandIsIgnored, "Other root values, truncated JSON and deep nesting are ignored.")
 {
     Commands commands(check);
     const std::string whole = R"({"message":{"command":"subscribe_av_quality","data":{"subType":"all"}}})";

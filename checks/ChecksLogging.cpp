@@ -12,7 +12,7 @@ namespace checks
 namespace
 {
 
-/// The line of a refused call, as the checks below provoke it.
+/// The line of a refused call, which the checks below cause.
 const std::string kRefusal = "OnlineManager::GetPaasOnline invalid argument.";
 
 class Writer final : public Quenda::ILogWriter
@@ -23,8 +23,9 @@ public:
 
 } // namespace
 
-CONTRACT_CHECK(Logging, ALineAsksForTheLevelThenFillsOneMessage,
-               "Level query, message at level 2 with the unit's name, format and arguments to the message, release.")
+CONTRACT_CHECK(
+    Logging, ALineAsksForTheLevelThenFillsOneMessage,
+    "The module asks for the level, creates a message at level 2 with the unit's name, fills it once and releases it.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.center.manager.recordsCalls = true;
@@ -38,7 +39,8 @@ CONTRACT_CHECK(Logging, ALineAsksForTheLevelThenFillsOneMessage,
     });
 }
 
-CONTRACT_CHECK(Logging, TheMessageFormatsTheArguments, "Format and arguments reach the message object apart.")
+CONTRACT_CHECK(Logging, TheMessageFormatsTheArguments,
+               "The message object gets format and arguments, not a formatted text.")
 {
     Stage stage(check);
     onlinemanager::IPaasTMsg* tmsg = nullptr;
@@ -53,8 +55,7 @@ CONTRACT_CHECK(Logging, TheMessageFormatsTheArguments, "Format and arguments rea
     });
 }
 
-CONTRACT_CHECK(Logging, AtLevel3OrHigherNoMessageIsEverCreated,
-               "A suppressed line costs the level query and nothing else.")
+CONTRACT_CHECK(Logging, AtLevel3OrHigherNoMessageIsEverCreated, "A suppressed line calls only GetLoggerLevel.")
 {
     Stage stage(check, Scene::Created);
     RecordingLogMgr& manager = stage.factory.center.manager;
@@ -67,7 +68,7 @@ CONTRACT_CHECK(Logging, AtLevel3OrHigherNoMessageIsEverCreated,
     }
 }
 
-CONTRACT_CHECK(Logging, BelowLevel3EveryLineIsWritten, "INFO and TRACE write, and so does anything below them.")
+CONTRACT_CHECK(Logging, BelowLevel3EveryLineIsWritten, "Levels INFO, TRACE and below let every line through.")
 {
     Stage stage(check, Scene::Created);
     for (const int32_t level : {2, 1, 0, -1})
@@ -78,7 +79,7 @@ CONTRACT_CHECK(Logging, BelowLevel3EveryLineIsWritten, "INFO and TRACE write, an
     }
 }
 
-CONTRACT_CHECK(Logging, TheLevelIsAskedForEachLine, "A host that changes the level sees it at the next line.")
+CONTRACT_CHECK(Logging, TheLevelIsAskedForEachLine, "A change of the level takes effect at the next line.")
 {
     Stage stage(check, Scene::Created);
     RecordingLogMgr& manager = stage.factory.center.manager;
@@ -89,7 +90,7 @@ CONTRACT_CHECK(Logging, TheLevelIsAskedForEachLine, "A host that changes the lev
     stage.ExpectJournal({LogLine("OnlineManager", kRefusal)});
 }
 
-CONTRACT_CHECK(Logging, ANullMessageSuppressesTheLine, "Without a message object the operation goes on as ever.")
+CONTRACT_CHECK(Logging, ANullMessageSuppressesTheLine, "Without a message object the operation works as usual.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.center.manager.refusesMessages = true;
@@ -97,7 +98,7 @@ CONTRACT_CHECK(Logging, ANullMessageSuppressesTheLine, "Without a message object
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Logging, AMessageIsReleasedAlsoWhenFillingThrows, "The release follows, whatever the filling does.")
+CONTRACT_CHECK(Logging, AMessageIsReleasedAlsoWhenFillingThrows, "The message is released even if filling it throws.")
 {
     Stage stage(check, Scene::Created);
     RecordingLogMgr& manager = stage.factory.center.manager;
@@ -109,7 +110,7 @@ CONTRACT_CHECK(Logging, AMessageIsReleasedAlsoWhenFillingThrows, "The release fo
     }
     catch (const std::runtime_error&)
     {
-        // Whether the host's own exception comes back to it is not the point here.
+        // This check does not say whether the exception reaches the host.
     }
     manager.throwsInAppend = false;
     stage.ExpectJournal({
@@ -121,7 +122,7 @@ CONTRACT_CHECK(Logging, AMessageIsReleasedAlsoWhenFillingThrows, "The release fo
     });
 }
 
-CONTRACT_CHECK(Logging, AMessageWhoseReleaseThrowsEndsTheProcess, "The release runs where no exception may escape.")
+CONTRACT_CHECK(Logging, AMessageWhoseReleaseThrowsEndsTheProcess, "The release runs in a function that must not throw.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.center.manager.throwsInRelease = true;
@@ -143,13 +144,14 @@ CONTRACT_CHECK(Logging, AMessageWhoseReleaseThrowsEndsTheProcess, "The release r
         _exit(0);
     }
     int status = 0;
-    check.Require(child > 0 && waitpid(child, &status, 0) == child, "a process is there to be ended");
+    check.Require(child > 0 && waitpid(child, &status, 0) == child, "a child process runs");
     check.Expect(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT, "the process ends by std::terminate");
     stage.factory.center.manager.throwsInRelease = false;
 }
 
-CONTRACT_CHECK(Logging, WithoutAHostFactoryNothingIsLoggedAndNothingFails,
-               "A creation without a factory leaves the module silent; a later one with a factory logs.")
+CONTRACT_CHECK(
+    Logging, WithoutAHostFactoryNothingIsLoggedAndNothingFails,
+    "After a creation without a factory nothing is logged; after a later one with a factory the module logs.")
 {
     Stage stage(check, Scene::Loaded);
     void* out = nullptr;
@@ -162,7 +164,7 @@ CONTRACT_CHECK(Logging, WithoutAHostFactoryNothingIsLoggedAndNothingFails,
 }
 
 CONTRACT_CHECK(Logging, ACenterThatGivesLogger0LeavesTheModuleSilent,
-               "The center is released and forgotten, the component works, and the next creation asks again.")
+               "The center is released, the component works, and the next creation asks for a logger again.")
 {
     Stage stage(check, Scene::Loaded);
     RecordingLogCenter& center = stage.factory.center;
@@ -200,7 +202,7 @@ CONTRACT_CHECK(Logging, AFactoryWithoutALogCenterLeavesTheModuleSilent, "Nothing
 }
 
 CONTRACT_CHECK(Logging, TwoCreationsOpenOneLogger,
-               "The module's logger is opened once while it is set, and again after an unload query.")
+               "The module opens its logger once, and again only after WDllCanUnloadNow.")
 {
     Stage stage(check, Scene::Loaded);
     stage.manager = stage.CreateComponent();
@@ -225,7 +227,7 @@ CONTRACT_CHECK(Logging, TextsOfTheHostAreNeverTakenForFormats, "Percent signs in
                       "lines with the texts as they are");
 }
 
-CONTRACT_CHECK(Logging, TextThatIsNotUtf8IsLoggedAsItIs, "No byte of a parameter is lost or changed on its way.")
+CONTRACT_CHECK(Logging, TextThatIsNotUtf8IsLoggedAsItIs, "Every byte of a parameter reaches the log unchanged.")
 {
     Stage stage(check);
     onlinemanager::LoginParam param = Stage::Param();
@@ -235,7 +237,8 @@ CONTRACT_CHECK(Logging, TextThatIsNotUtf8IsLoggedAsItIs, "No byte of a parameter
 }
 
 CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2OpensALoggerAtTheCenter,
-               "Query for the center, its manager, the logger with the mode and 2, 0; later ones use the same center.")
+               "It asks the factory for the center, then opens the logger with the mode, 2 and 0; later calls use the "
+               "same center.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2");
@@ -256,7 +259,7 @@ CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2OpensALoggerAtTheCenter,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2RefusesMissingArguments,
-               "A null factory, name or output gives 0x80004005 and touches nothing.")
+               "A null factory, name or output returns 0x80004005 and calls nothing.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2");
@@ -270,7 +273,7 @@ CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2RefusesMissingArguments,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2ReturnsTheCodeOfAFailedQuery,
-               "A factory without a center gives its own code.")
+               "If the factory gives no center, its code is returned.")
 {
     Stage stage(check, Scene::Loaded);
     stage.factory.SetResult("QueryInterface ILogCenter", E_INVALIDARG);
@@ -284,7 +287,7 @@ CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2ReturnsTheCodeOfAFailedQuery,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2DropsACenterThatRefuses,
-               "A logger id of 0 gives 0x80070057, a null manager, and the center is released and forgotten.")
+               "A logger id of 0 returns 0x80070057 and a null manager, and the center is released.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2");
@@ -305,8 +308,9 @@ CONTRACT_CHECK(FrameworkLoggers, InitKXLogger2DropsACenterThatRefuses,
     }
 }
 
-CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2ClosesAndGivesOneReferenceBack,
-               "The center is kept while loggers are open and its release reports references, else it is dropped.")
+CONTRACT_CHECK(
+    FrameworkLoggers, ReleaseKXLogger2ClosesAndGivesOneReferenceBack,
+    "The center is kept while loggers are open and its Release returns more than 0; otherwise it is forgotten.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2");
@@ -339,7 +343,7 @@ CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2ClosesAndGivesOneReferenceBack,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2DropsACenterWhoseReleaseReportsNothingLeft,
-               "The count of open loggers starts again at 0 then.")
+               "The count of open loggers then starts again at 0.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger2)>("FWInitKXLogger2");
@@ -365,7 +369,7 @@ CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2DropsACenterWhoseReleaseReports
 }
 
 CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2OfIdZeroClosesNothing,
-               "The center is released all the same, and dropped when no logger is open.")
+               "The center is still released, and forgotten if no logger is open.")
 {
     Stage stage(check, Scene::Loaded);
     const auto release = stage.module.Find<decltype(&FWReleaseKXLogger2)>("FWReleaseKXLogger2");
@@ -381,7 +385,7 @@ CONTRACT_CHECK(FrameworkLoggers, ReleaseKXLogger2OfIdZeroClosesNothing,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerExistsOnce,
-               "A second FWInitKXLogger gives 0x80004005 until FWReleaseKXLogger has closed the first.")
+               "A second FWInitKXLogger returns 0x80004005 until FWReleaseKXLogger has closed the first.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger)>("FWInitKXLogger");
@@ -403,7 +407,7 @@ CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerExistsOnce,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerIsClosedOnce,
-               "Also while another logger keeps the center: what is released a second time has no logger any more.")
+               "Also while another logger keeps the center: a second release finds no logger to close.")
 {
     Stage stage(check, Scene::Loaded);
     const auto release = stage.module.Find<decltype(&FWReleaseKXLogger)>("FWReleaseKXLogger");
@@ -420,7 +424,7 @@ CONTRACT_CHECK(FrameworkLoggers, TheDefaultKXLoggerIsClosedOnce,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, ARefusedDefaultKXLoggerLeavesRoomForAnother,
-               "After a center that refused, FWInitKXLogger may be called again.")
+               "After a center has refused, FWInitKXLogger may be called again.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitKXLogger)>("FWInitKXLogger");
@@ -431,7 +435,8 @@ CONTRACT_CHECK(FrameworkLoggers, ARefusedDefaultKXLoggerLeavesRoomForAnother,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, WritersAreHandedToTheCenter,
-               "Query, slot 6 or 7 with name and writer, release; the center's result comes back.")
+               "The module asks for the center, calls slot 6 or 7 with name and writer, releases it, and returns the "
+               "center's result.")
 {
     Stage stage(check, Scene::Loaded);
     const auto add = stage.module.Find<decltype(&FWAddLogWriter)>("FWAddLogWriter");
@@ -456,7 +461,7 @@ CONTRACT_CHECK(FrameworkLoggers, WritersAreHandedToTheCenter,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, WritersNeedAFactoryANameAndACenter,
-               "A null factory or name gives 0x80004005, a failed query its own code.")
+               "A null factory or name returns 0x80004005; a failed QueryInterface returns its code.")
 {
     Stage stage(check, Scene::Loaded);
     Writer writer;
@@ -477,7 +482,7 @@ CONTRACT_CHECK(FrameworkLoggers, WritersNeedAFactoryANameAndACenter,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, ExLoggersComeFromTheAllocator,
-               "Query, slot 3 or 4 with the arguments as they are, release of the allocator.")
+               "The module asks for the allocator, calls slot 3 or 4 with the arguments unchanged, and releases it.")
 {
     Stage stage(check, Scene::Loaded);
     IWLog* plain = nullptr;
@@ -504,7 +509,7 @@ CONTRACT_CHECK(FrameworkLoggers, ExLoggersComeFromTheAllocator,
     stage.ExpectJournal({"log1.Release() -> 0", "log2.Release() -> 0"});
 }
 
-CONTRACT_CHECK(FrameworkLoggers, ExLoggersNeedAFactoryAndAName, "A null factory or name gives 0x80004005.")
+CONTRACT_CHECK(FrameworkLoggers, ExLoggersNeedAFactoryAndAName, "A null factory or name returns 0x80004005.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitExLogger)>("FWInitExLogger");
@@ -517,8 +522,9 @@ CONTRACT_CHECK(FrameworkLoggers, ExLoggersNeedAFactoryAndAName, "A null factory 
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(FrameworkLoggers, ExLoggersReturnTheHostsFailures,
-               "A failed query gives its code; a failed creation gives its code and leaves the allocator unreleased.")
+CONTRACT_CHECK(
+    FrameworkLoggers, ExLoggersReturnTheHostsFailures,
+    "A failed QueryInterface returns its code; a failed creation returns its code and does not release the allocator.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitExLogger)>("FWInitExLogger");
@@ -541,7 +547,7 @@ CONTRACT_CHECK(FrameworkLoggers, ExLoggersReturnTheHostsFailures,
 }
 
 CONTRACT_CHECK(FrameworkLoggers, TheDefaultExLoggerExistsOnce,
-               "While it exists a further FWInitLogger does nothing and gives 0; FWReleaseLogger releases it once.")
+               "While it exists another FWInitLogger does nothing and returns 0; FWReleaseLogger releases it once.")
 {
     Stage stage(check, Scene::Loaded);
     const auto init = stage.module.Find<decltype(&FWInitLogger)>("FWInitLogger");

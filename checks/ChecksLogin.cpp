@@ -44,7 +44,7 @@ LoginParam ParamFor(const std::string& server)
     return param;
 }
 
-/// A property as text; "absent" for a key without one.
+/// The text of a property; "absent" if the key has none.
 std::string Property(onlinemanager::IPaasOnline* session, ConnectProperty key)
 {
     char buffer[200] = {};
@@ -52,7 +52,7 @@ std::string Property(onlinemanager::IPaasOnline* session, ConnectProperty key)
     return result.status == 1 ? buffer : "absent";
 }
 
-/// A session with one listener, A.
+/// A session with the listener A.
 struct Online
 {
     explicit Online(CheckContext& check, Scene scene = Scene::Initialized)
@@ -77,7 +77,7 @@ struct Online
 } // namespace
 
 CONTRACT_CHECK(Login, LoginPassesEveryParameterToThePlatform,
-               "Four parameter lines, then the platform's login with the eleven arguments in their order.")
+               "Four lines with parameters, then the platform's Login with its eleven arguments.")
 {
     Online online(check);
     check.ExpectEqual(true, online.session->Login(Stage::Param(), false), "Login");
@@ -101,7 +101,7 @@ CONTRACT_CHECK(Login, NumbersTravelAsUnsignedDecimalText, "The largest user and 
                       "calls of the platform with these numbers");
 }
 
-CONTRACT_CHECK(Login, EmptyTextsArePassedAsEmptyTexts, "Only user and server are needed.")
+CONTRACT_CHECK(Login, EmptyTextsArePassedAsEmptyTexts, "Only the user and the server must be set.")
 {
     Online online(check);
     LoginParam param;
@@ -125,8 +125,9 @@ CONTRACT_CHECK(Login, UserId0OrAnEmptyServerLogsOnlyTheEntry, "Login returns fal
     online.stage.ExpectJournal({Session("Login()"), Session("Login()")});
 }
 
-CONTRACT_CHECK(Login, ASchemeInCapitalsWithoutAHelperIsRefused,
-               "HTTP and HTTPS addresses in any case need the host's HTTP object; nothing is sent without.")
+CONTRACT_CHECK(
+    Login, ASchemeInCapitalsWithoutAHelperIsRefused,
+    "HTTP and HTTPS addresses in any letter case need the host's HTTP object; without it the platform is not called.")
 {
     Stage stage(check, Scene::Created);
     stage.manager->Initialize(nullptr);
@@ -178,7 +179,7 @@ CONTRACT_CHECK(Login, AnyOtherServerIsPassedWithoutTheHelper,
     }
 }
 
-CONTRACT_CHECK(Login, AServerOfNonsenseIsLeftToThePlatform, "Any text that is not empty is passed as it is.")
+CONTRACT_CHECK(Login, AServerOfNonsenseIsLeftToThePlatform, "Any text that is not empty is passed unchanged.")
 {
     Online online(check);
     for (const std::string& server : {std::string("%s%n"), std::string("\xFF\xFE"), std::string(100000, 'x')})
@@ -189,7 +190,7 @@ CONTRACT_CHECK(Login, AServerOfNonsenseIsLeftToThePlatform, "Any text that is no
 }
 
 CONTRACT_CHECK(Login, ARefusalOfThePlatformIsLoggedWithItsCode,
-               "A negative result gives false and leaves the login under way until an event corrects it.")
+               "A negative result gives false, and the state stays \"logging in\" until an event changes it.")
 {
     Online online(check);
     online.connection.SetResult("Login", E_FAIL);
@@ -214,7 +215,7 @@ CONTRACT_CHECK(Login, APositiveResultOfThePlatformIsSuccess, "Only negative resu
 }
 
 CONTRACT_CHECK(Login, TheStateIsLoggingInBeforeThePlatformIsCalled,
-               "A host that is called back from inside the platform's login finds a login under way.")
+               "A host that calls the session from inside the platform's Login finds a login under way.")
 {
     Online online(check);
     bool relogin = true;
@@ -224,7 +225,7 @@ CONTRACT_CHECK(Login, TheStateIsLoggingInBeforeThePlatformIsCalled,
 }
 
 CONTRACT_CHECK(Login, ASuccessIsToldAndThenTheUsersAreRefreshed,
-               "Listeners hear OnLoginSuccess on the platform's thread before the first company refresh starts.")
+               "OnLoginSuccess comes on the platform's thread before the first company refresh starts.")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -239,7 +240,7 @@ CONTRACT_CHECK(Login, ASuccessIsToldAndThenTheUsersAreRefreshed,
 }
 
 CONTRACT_CHECK(Login, DuringOnLoginSuccessTheSessionIsLoggedInAndTheUserServiceNotYet,
-               "State and property stand before the listeners are told; the user service learns of it afterwards.")
+               "State and property are set before the listeners are called; the user service is set afterwards.")
 {
     Online online(check);
     onlinemanager::IUserOnline* const users = online.stage.Users();
@@ -262,8 +263,9 @@ CONTRACT_CHECK(Login, DuringOnLoginSuccessTheSessionIsLoggedInAndTheUserServiceN
     online.listener.hook = nullptr;
 }
 
-CONTRACT_CHECK(Login, AFailureIsToldWithItsCodeUnchanged,
-               "OnOffline with the platform's code, the property false, no refresh, and a new login is possible.")
+CONTRACT_CHECK(
+    Login, AFailureIsToldWithItsCodeUnchanged,
+    "OnOffline has the platform's code, property 0 is false, nothing is refreshed, and a new login is possible.")
 {
     Online online(check);
     for (const int code : {30, 1, -5, 50002})
@@ -281,8 +283,9 @@ CONTRACT_CHECK(Login, AFailureIsToldWithItsCodeUnchanged,
     }
 }
 
-CONTRACT_CHECK(Login, ALoginRefusedWithCode36LeavesTheOtherDevicesDetails,
-               "Three lines, keys 1 and 2 filled, OnOffline(36); a later logout with 36 is told as 50002.")
+CONTRACT_CHECK(
+    Login, ALoginRefusedWithCode36LeavesTheOtherDevicesDetails,
+    "Three lines are logged, keys 1 and 2 are set, OnOffline(36) follows; a later logout with 36 is reported as 50002.")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -307,7 +310,7 @@ CONTRACT_CHECK(Login, ALoginRefusedWithCode36LeavesTheOtherDevicesDetails,
 }
 
 CONTRACT_CHECK(Login, ConflictDetailsStandBeforeTheListenersAreTold,
-               "A host reads the other device's id from inside OnOffline(36).")
+               "A host can read the other device's id from inside OnOffline(36).")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -319,7 +322,7 @@ CONTRACT_CHECK(Login, ConflictDetailsStandBeforeTheListenersAreTold,
     online.listener.hook = nullptr;
 }
 
-CONTRACT_CHECK(Login, NullConflictDetailsAreLoggedAsEmpty, "None of the three texts has to be there.")
+CONTRACT_CHECK(Login, NullConflictDetailsAreLoggedAsEmpty, "Each of the three texts may be null.")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -334,7 +337,7 @@ CONTRACT_CHECK(Login, NullConflictDetailsAreLoggedAsEmpty, "None of the three te
     });
 }
 
-CONTRACT_CHECK(Login, DetailsWithAnotherCodeAreNeitherLoggedNorStored, "36 alone is the conflict.")
+CONTRACT_CHECK(Login, DetailsWithAnotherCodeAreNeitherLoggedNorStored, "Only code 36 means a conflict.")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -346,7 +349,7 @@ CONTRACT_CHECK(Login, DetailsWithAnotherCodeAreNeitherLoggedNorStored, "36 alone
 }
 
 CONTRACT_CHECK(Login, ALogoutEventIsToldWithItsCode,
-               "OnLogouted logs, sets property 0 to false, and OnOffline carries the code; 36 alone becomes 50002.")
+               "OnLogouted logs, sets property 0 to false, and OnOffline has the code; only 36 becomes 50002.")
 {
     Online online(check);
     for (const int code : {0, 30, 35, 37})
@@ -363,7 +366,7 @@ CONTRACT_CHECK(Login, ALogoutEventIsToldWithItsCode,
 }
 
 CONTRACT_CHECK(Login, ALogoutEventReachesTheUserServiceBeforeTheListeners,
-               "Inside OnOffline the known users are forgotten and nobody is logged in.")
+               "Inside OnOffline no user is known and no user is logged in.")
 {
     Online online(check, Scene::LoggedIn);
     onlinemanager::IUserOnline* const users = online.stage.Users();
@@ -385,7 +388,7 @@ CONTRACT_CHECK(Login, ALogoutEventReachesTheUserServiceBeforeTheListeners,
     online.listener.hook = nullptr;
 }
 
-CONTRACT_CHECK(Login, ALogoutIsAskedOfThePlatform, "Logout itself changes no state; that follows with the event.")
+CONTRACT_CHECK(Login, ALogoutIsAskedOfThePlatform, "Logout itself changes no state; the event OnLogouted does.")
 {
     Online online(check, Scene::LoggedIn);
     check.ExpectEqual(true, online.session->Logout(), "Logout");
@@ -396,7 +399,7 @@ CONTRACT_CHECK(Login, ALogoutIsAskedOfThePlatform, "Logout itself changes no sta
     check.ExpectEqual("false", Property(online.session, CONNECT_PROPERTY_ONLINE), "property 0 after the event");
 }
 
-CONTRACT_CHECK(Login, ALogoutOfNobodyIsTrueAndSaysSo, "Before a login and after a logout nothing is asked.")
+CONTRACT_CHECK(Login, ALogoutOfNobodyIsTrueAndSaysSo, "Before a login and after a logout the platform is not called.")
 {
     Online online(check);
     check.ExpectEqual(true, online.session->Logout(), "Logout before a login");
@@ -410,7 +413,7 @@ CONTRACT_CHECK(Login, ALogoutOfNobodyIsTrueAndSaysSo, "Before a login and after 
     });
 }
 
-CONTRACT_CHECK(Login, ALogoutMayOvertakeALogin, "A login under way is logged out at the platform too.")
+CONTRACT_CHECK(Login, ALogoutMayOvertakeALogin, "While a login is under way, Logout calls the platform too.")
 {
     Online online(check);
     online.session->Login(Stage::Param(), false);
@@ -430,7 +433,7 @@ CONTRACT_CHECK(Login, AFailedLogoutIsLogged, "A negative result of the platform 
     check.ExpectEqual(true, online.session->Logout(), "Logout with a positive result");
 }
 
-CONTRACT_CHECK(Login, ReloginBeforeAnyLoginIsFalse, "There are no parameters to log in with.")
+CONTRACT_CHECK(Login, ReloginBeforeAnyLoginIsFalse, "There are no stored parameters yet.")
 {
     Online online(check);
     check.ExpectEqual(false, online.session->Relogin(true), "Relogin");
@@ -441,7 +444,7 @@ CONTRACT_CHECK(Login, ReloginBeforeAnyLoginIsFalse, "There are no parameters to 
 }
 
 CONTRACT_CHECK(Login, ReloginLogsInWithTheCopiedParameters,
-               "While logged out it is a login with the last parameters and the new force.")
+               "While logged out it logs in with the last parameters and the given force.")
 {
     Online online(check);
     {
@@ -468,7 +471,8 @@ CONTRACT_CHECK(Login, ReloginWhileLoggingInIsFalseAndWhileLoggedInTrue, "Neither
     online.stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Login, AReloginFromInsideOnOfflineLogsInAgain, "The state is logged out when the listeners are told.")
+CONTRACT_CHECK(Login, AReloginFromInsideOnOfflineLogsInAgain,
+               "The state is \"logged out\" when the listeners are called.")
 {
     Online online(check, Scene::LoggedIn);
     online.listener.hook = [&](const std::string&)
@@ -478,7 +482,8 @@ CONTRACT_CHECK(Login, AReloginFromInsideOnOfflineLogsInAgain, "The state is logg
     online.listener.hook = nullptr;
 }
 
-CONTRACT_CHECK(Login, EventsOfAMeetingAreNotTheSessions, "Joins, leaves and users of a group tell no session listener.")
+CONTRACT_CHECK(Login, EventsOfAMeetingAreNotTheSessions,
+               "Joins, leaves and users of a group call no listener of the session.")
 {
     Online online(check, Scene::LoggedIn);
     online.connection.JoinGroupResult(0);
@@ -505,7 +510,7 @@ CONTRACT_CHECK(Login, APropertyIsAbsentBeforeItWasWritten, "Key 0 before any log
 }
 
 CONTRACT_CHECK(Login, APropertyNeedsRoomForItsTerminator,
-               "\"true\" in 4 bytes gives (0, 5), in 5 bytes (1, 0) and the text; more room changes nothing.")
+               "\"true\" into 4 bytes gives (0, 5), into 5 bytes (1, 0) and the text; a larger buffer changes nothing.")
 {
     Online online(check, Scene::LoggedIn);
     char buffer[8];
@@ -539,7 +544,7 @@ CONTRACT_CHECK(Login, APropertyNeedsABuffer, "A null buffer or a size of 0 gives
 }
 
 CONTRACT_CHECK(Login, TheUserServiceIsHandedOutOnce,
-               "GetUserOnline stores the same service each time; a null output gives 0x80004005 and a line.")
+               "GetUserOnline returns the same service each time; a null output returns 0x80004005 and logs a line.")
 {
     Online online(check);
     onlinemanager::IUserOnline* first = nullptr;
@@ -552,7 +557,7 @@ CONTRACT_CHECK(Login, TheUserServiceIsHandedOutOnce,
 }
 
 CONTRACT_CHECK(Login, WithoutAnOnlineComponentThereIsNoUserService,
-               "GetUserOnline gives 0x80004005 and its line; login and logout work without it.")
+               "GetUserOnline returns 0x80004005 and logs a line; login and logout work without the service.")
 {
     Stage stage(check, Scene::Created);
     stage.platform.onNewConnection = [](RecordingConnection& connection)
@@ -581,7 +586,7 @@ CONTRACT_CHECK(Login, WithoutAnOnlineComponentThereIsNoUserService,
     session->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(Login, AFirstRefreshThatFailsIsLogged, "The login itself stands.")
+CONTRACT_CHECK(Login, AFirstRefreshThatFailsIsLogged, "The user stays logged in.")
 {
     Online online(check);
     online.connection.online.SetResult("RefreshAllUsersStatus", E_FAIL);
@@ -596,7 +601,7 @@ CONTRACT_CHECK(Login, AFirstRefreshThatFailsIsLogged, "The login itself stands."
     });
 }
 
-CONTRACT_CHECK(Login, TheSessionsTunnelNeedsAnOutput, "A null output gives 0x80004005 and its line.")
+CONTRACT_CHECK(Login, TheSessionsTunnelNeedsAnOutput, "A null output returns 0x80004005 and logs a line.")
 {
     Online online(check);
     check.ExpectEqual(E_FAIL, online.session->GetMeetingTunnel(nullptr), "GetMeetingTunnel(null)");
@@ -607,7 +612,7 @@ CONTRACT_CHECK(Login, TheSessionsTunnelNeedsAnOutput, "A null output gives 0x800
 }
 
 CONTRACT_CHECK(Login, ASecondInitModelRegistersAgainAndKeepsTheUserService,
-               "It returns true and asks for nothing that it has.")
+               "It returns true and does not ask for components that it has.")
 {
     Online online(check);
     onlinemanager::IUserOnline* const before = online.stage.Users();
@@ -621,7 +626,8 @@ CONTRACT_CHECK(Login, ASecondInitModelRegistersAgainAndKeepsTheUserService,
 }
 
 CONTRACT_CHECK(Login, UninitModelLeavesThePlatformAndLogsOut,
-               "Both listeners, then the user service, then the logout; the user service is gone and can come back.")
+               "Both listeners are removed, then the user service, then comes the logout; a later InitModel makes a "
+               "new user service.")
 {
     Online online(check, Scene::LoggedIn);
     check.ExpectEqual(true, online.session->UninitModel(), "UninitModel");

@@ -51,8 +51,9 @@ const std::string kInitialize = LogLine("OnlineManager", "OnlineManager::Initial
 
 } // namespace
 
-CONTRACT_CHECK(Manager, InitializeBuildsConnectionsAndServicesInOrder,
-               "PaaS connection, session with its user service, gateway connection, gateway tunnel, messages, reports.")
+CONTRACT_CHECK(
+    Manager, InitializeBuildsConnectionsAndServicesInOrder,
+    "It creates PaaS connection, session with user service, gateway connection, gateway tunnel, messages, reports.")
 {
     Stage stage(check, Scene::Created);
     check.ExpectEqual(S_OK, stage.manager->Initialize(&stage.http), "Initialize");
@@ -60,7 +61,7 @@ CONTRACT_CHECK(Manager, InitializeBuildsConnectionsAndServicesInOrder,
         Joined({{kInitialize, kCreateConnection}, kSessionBuilt, {kCreateConnection}, kGatewayBuilt, kMessagingBuilt}));
 }
 
-CONTRACT_CHECK(Manager, ASecondInitializeBuildsNothing, "Everything that exists stays, and the result is 0.")
+CONTRACT_CHECK(Manager, ASecondInitializeBuildsNothing, "What exists is kept, and the result is 0.")
 {
     Stage stage(check);
     check.ExpectEqual(S_OK, stage.manager->Initialize(&stage.http), "Initialize");
@@ -68,7 +69,7 @@ CONTRACT_CHECK(Manager, ASecondInitializeBuildsNothing, "Everything that exists 
 }
 
 CONTRACT_CHECK(Manager, AFailingPaasConnectionEndsInitialize,
-               "The factory's code is returned, it is logged, and nothing else is built; a later call builds it all.")
+               "The factory's code is returned and logged, and nothing else is built; a later call builds everything.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.creationResults = {E_OUTOFMEMORY};
@@ -97,7 +98,7 @@ CONTRACT_CHECK(Manager, AFailingGatewayConnectionLeavesTheSessionBuilt,
                 {kCreateConnection,
                  LogLine("OnlineManager", "OnlineManager::GetMeetingTunnel Create Gw Connection Component Fail.")}}));
     onlinemanager::IPaasOnline* const session = stage.Session();
-    check.Require(session != nullptr, "the session is there");
+    check.Require(session != nullptr, "the session exists");
     check.ExpectEqual(nullptr, stage.Tunnel(TUNNEL_TYPE_GW), "the gateway tunnel");
     check.ExpectEqual(nullptr, stage.TMsg(), "the message channel");
     check.ExpectEqual(nullptr, stage.Mds(), "the report client");
@@ -108,7 +109,7 @@ CONTRACT_CHECK(Manager, AFailingGatewayConnectionLeavesTheSessionBuilt,
 }
 
 CONTRACT_CHECK(Manager, AGatewayBuiltBesideAnOlderSessionDoesNotTellItOfReconnections,
-               "Its reconnection listener is the session built in the same Initialize, else nobody.")
+               "Its reconnection listener is the session that the same Initialize has built; otherwise it has none.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.creationResults = {S_OK, E_FAIL, S_OK};
@@ -122,7 +123,7 @@ CONTRACT_CHECK(Manager, AGatewayBuiltBesideAnOlderSessionDoesNotTellItOfReconnec
 }
 
 CONTRACT_CHECK(Manager, AGatewayBuiltWithTheSessionTellsItOfReconnections,
-               "The listeners of the session hear of the gateway's reconnection, with tunnel type 2.")
+               "The session's listeners get the gateway's reconnections, with tunnel type 2.")
 {
     Stage stage(check);
     SessionNotify listener(stage.journal, "A");
@@ -133,7 +134,7 @@ CONTRACT_CHECK(Manager, AGatewayBuiltWithTheSessionTellsItOfReconnections,
 }
 
 CONTRACT_CHECK(Manager, InitializeReturnsTheCodeOfTheLastCreation,
-               "Any code of the factory that is not negative counts as success and is returned as it is.")
+               "A code of the factory that is not negative counts as success and is returned unchanged.")
 {
     Stage stage(check, Scene::Created);
     stage.factory.creationResults = {3, 5};
@@ -142,7 +143,7 @@ CONTRACT_CHECK(Manager, InitializeReturnsTheCodeOfTheLastCreation,
 }
 
 CONTRACT_CHECK(Manager, InitializeIgnoresWhatTheServicesReport,
-               "A connection that refuses its components leaves every service in place, each with its line.")
+               "If a connection refuses its components, every service still exists, and each logs a line.")
 {
     Stage stage(check, Scene::Created);
     stage.platform.onNewConnection = [](RecordingConnection& connection)
@@ -177,8 +178,9 @@ CONTRACT_CHECK(Manager, InitializeIgnoresWhatTheServicesReport,
                  "every service is there");
 }
 
-CONTRACT_CHECK(Manager, BeforeInitializeTheServicesAreNotThere,
-               "The getters log the missing service, return 0 and leave the output alone; the tunnels give 1.")
+CONTRACT_CHECK(
+    Manager, BeforeInitializeTheServicesAreNotThere,
+    "The getters log the missing service, return 0 and do not write the output; for the tunnels they return 1.")
 {
     Stage stage(check, Scene::Created);
     auto* session = reinterpret_cast<onlinemanager::IPaasOnline*>(&stage);
@@ -227,8 +229,7 @@ CONTRACT_CHECK(Manager, TheGettersRefuseANullOutput, "Each logs its invalid argu
     });
 }
 
-CONTRACT_CHECK(Manager, TheGettersHandOutTheServices,
-               "Each returns 0 and the service; no reference of anything is added.")
+CONTRACT_CHECK(Manager, TheGettersHandOutTheServices, "Each returns 0 and the service, and adds no reference.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* session = nullptr;
@@ -277,7 +278,7 @@ CONTRACT_CHECK(Manager, GetMeetingTunnelWithAnyOtherTypeBehavesAsType2,
 }
 
 CONTRACT_CHECK(Manager, TheConnectionForTheMediaProcessNeedsATunnelChosenFirst,
-               "Before any GetMeetingTunnel it is 0x80004005 and null, with the reason in the log.")
+               "Before any GetMeetingTunnel the result is 0x80004005 with null, and the reason is logged.")
 {
     Stage stage(check);
     IUnknown* connection = &stage.http;
@@ -306,8 +307,9 @@ CONTRACT_CHECK(Manager, TheConnectionForTheMediaProcessFollowsTheTunnelChosenLas
     check.ExpectEqual(1, stage.Gateway().References(), "references of the gateway's connection");
 }
 
-CONTRACT_CHECK(Manager, TheTunnelTypeIsRecordedEvenWhenTheCallFails,
-               "After a GetMeetingTunnel(1) without a session the session's connection, here none, is given with 0.")
+CONTRACT_CHECK(
+    Manager, TheTunnelTypeIsRecordedEvenWhenTheCallFails,
+    "After GetMeetingTunnel(1) without a session the result is 0 with the session's connection, which is null here.")
 {
     Stage stage(check, Scene::Created);
     onlinemanager::IMeetingTunnel* tunnel = nullptr;
@@ -318,7 +320,7 @@ CONTRACT_CHECK(Manager, TheTunnelTypeIsRecordedEvenWhenTheCallFails,
 }
 
 CONTRACT_CHECK(Manager, GetMeetingTunnelWithANullOutputLeavesTheTypeUnchanged,
-               "It returns 1, and the type chosen before still stands.")
+               "It returns 1, and the type that was chosen before stays.")
 {
     Stage stage(check);
     stage.Tunnel(TUNNEL_TYPE_GW);
@@ -344,7 +346,7 @@ CONTRACT_CHECK(Manager, AnyOtherTypeIsRecordedAsItIs,
 }
 
 CONTRACT_CHECK(Manager, DestroyTakesTheServicesDownInOrder,
-               "Messages, reports, session, gateway leave the platform; then both connections are released.")
+               "Messages, reports, session and gateway unregister at the platform; then both connections are released.")
 {
     Stage stage(check);
     check.ExpectEqual(0, stage.manager->Destroy(), "Destroy");
@@ -365,7 +367,7 @@ CONTRACT_CHECK(Manager, DestroyTakesTheServicesDownInOrder,
     });
 }
 
-CONTRACT_CHECK(Manager, DestroyLogsOutWhoIsLoggedIn, "The platform's logout is called after the listeners are gone.")
+CONTRACT_CHECK(Manager, DestroyLogsOutWhoIsLoggedIn, "The platform's Logout is called after the listeners are removed.")
 {
     Stage stage(check, Scene::LoggedIn);
     stage.manager->Destroy();
@@ -386,7 +388,7 @@ CONTRACT_CHECK(Manager, DestroyLogsOutWhoIsLoggedIn, "The platform's logout is c
     });
 }
 
-CONTRACT_CHECK(Manager, ASecondDestroyOnlyLogs, "It returns 0 and touches nothing.")
+CONTRACT_CHECK(Manager, ASecondDestroyOnlyLogs, "It returns 0 and does nothing else.")
 {
     Stage stage(check);
     stage.manager->Destroy();
@@ -395,15 +397,16 @@ CONTRACT_CHECK(Manager, ASecondDestroyOnlyLogs, "It returns 0 and touches nothin
     stage.ExpectJournal({LogLine("OnlineManager", "OnlineManager::Destroy.")});
 }
 
-CONTRACT_CHECK(Manager, DestroyBeforeInitializeOnlyLogs, "Without services there is nothing to take down.")
+CONTRACT_CHECK(Manager, DestroyBeforeInitializeOnlyLogs, "There are no services to end.")
 {
     Stage stage(check, Scene::Created);
     check.ExpectEqual(0, stage.manager->Destroy(), "Destroy");
     stage.ExpectJournal({LogLine("OnlineManager", "OnlineManager::Destroy.")});
 }
 
-CONTRACT_CHECK(Manager, DestroyDoesNotReleaseTheHttpObject,
-               "The services end without their destructors, so the reference taken over stays behind on purpose.")
+CONTRACT_CHECK(
+    Manager, DestroyDoesNotReleaseTheHttpObject,
+    "The services end without destructors, so the reference that was taken over is never released, on purpose.")
 {
     Stage stage(check);
     check.ExpectEqual(2, stage.http.References(), "references with the one handed over");
@@ -427,7 +430,7 @@ CONTRACT_CHECK(Manager, AfterDestroyTheServicesAreNotThere,
     stage.ExpectJournal({LogLine("OnlineManager", "OnlineManager::GetZolConnectionForAVMP, tunnel=1.")});
 }
 
-CONTRACT_CHECK(Manager, AfterDestroyInitializeBuildsEverythingAnew, "New connections and services, usable as before.")
+CONTRACT_CHECK(Manager, AfterDestroyInitializeBuildsEverythingAnew, "New connections and services are built and work.")
 {
     Stage stage(check);
     stage.manager->Destroy();
@@ -440,7 +443,7 @@ CONTRACT_CHECK(Manager, AfterDestroyInitializeBuildsEverythingAnew, "New connect
 }
 
 CONTRACT_CHECK(Manager, TwoComponentsInOneProcessDoNotMeet,
-               "Each has connections, services and listeners of its own; the end of one leaves the other working.")
+               "Each has its own connections, services and listeners; the end of one does not affect the other.")
 {
     Stage stage(check);
     onlinemanager::IOnlineManager* const second = stage.CreateComponent();

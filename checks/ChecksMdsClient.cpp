@@ -34,7 +34,7 @@ std::shared_ptr<onlinemanager::AVQualityInfo> SomeInfo()
     return std::make_shared<onlinemanager::AVQualityInfo>();
 }
 
-/// A stage with the client registered at the platform and a listener M at it.
+/// A stage whose client is registered at the platform, and its listener M.
 struct MdsStage : Stage
 {
     explicit MdsStage(CheckContext& context) : Stage(context), listener(journal, "M")
@@ -50,7 +50,7 @@ struct MdsStage : Stage
         Connection().mds.MsgData(message.c_str());
     }
 
-    /// A command, and what is to be told of it.
+    /// A command and the expected notifications.
     void ExpectCommand(const std::string& command, const std::string& subType,
                        const std::vector<std::string>& notifications, Where where = Where::Here())
     {
@@ -60,7 +60,7 @@ struct MdsStage : Stage
         ExpectJournal(expected, where);
     }
 
-    /// The kinds of the reports that a send makes, in order.
+    /// The kinds of the reports that one send produces, in order.
     void ExpectReports(const std::vector<std::string>& expected, Where where = Where::Here())
     {
         check.ExpectEqual(true, mds->SendAVQualityInfo(SomeInfo()), "SendAVQualityInfo", where);
@@ -81,7 +81,7 @@ struct MdsStage : Stage
 
 } // namespace
 
-CONTRACT_CHECK(MdsClient, TheComponentIsFetchedOnFirstUseAndOnce, "By the first send; InitModel does not ask for it.")
+CONTRACT_CHECK(MdsClient, TheComponentIsFetchedOnFirstUseAndOnce, "The first send asks for it; InitModel does not.")
 {
     Stage stage(check);
     onlinemanager::IPaasMdsClient* const mds = stage.Mds();
@@ -93,14 +93,14 @@ CONTRACT_CHECK(MdsClient, TheComponentIsFetchedOnFirstUseAndOnce, "By the first 
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(MdsClient, BeforeAnySubscriptionASendSendsNothingAndReturnsTrue, "Nobody wants a report.")
+CONTRACT_CHECK(MdsClient, BeforeAnySubscriptionASendSendsNothingAndReturnsTrue, "Nothing is subscribed.")
 {
     MdsStage stage(check);
     stage.ExpectReports({});
 }
 
 CONTRACT_CHECK(MdsClient, InitMdsClientFetchesAndRegistersAfresh,
-               "Without unregistering, each time; the result is always true.")
+               "It fetches and registers each time, without unregistering; the result is always true.")
 {
     MdsStage stage(check);
     check.ExpectEqual(true, stage.mds->InitMdsClient(), "InitMdsClient");
@@ -111,7 +111,7 @@ CONTRACT_CHECK(MdsClient, InitMdsClientFetchesAndRegistersAfresh,
 }
 
 CONTRACT_CHECK(MdsClient, ARefusedComponentIsLoggedUnderTheSendersNameAndEverySendTriesAgain,
-               "False each time, until the platform has one.")
+               "The result is false until the platform has one.")
 {
     Stage stage(check);
     onlinemanager::IPaasMdsClient* const mds = stage.Mds();
@@ -126,7 +126,8 @@ CONTRACT_CHECK(MdsClient, ARefusedComponentIsLoggedUnderTheSendersNameAndEverySe
     stage.ExpectJournal({kGetComponent, kRegister});
 }
 
-CONTRACT_CHECK(MdsClient, AComponentThatIsNullCountsAsRefused, "Success without a pointer is none.")
+CONTRACT_CHECK(MdsClient, AComponentThatIsNullCountsAsRefused,
+               "A success code with a null pointer counts as a failure.")
 {
     Stage stage(check);
     onlinemanager::IPaasMdsClient* const mds = stage.Mds();
@@ -136,7 +137,7 @@ CONTRACT_CHECK(MdsClient, AComponentThatIsNullCountsAsRefused, "Success without 
 }
 
 CONTRACT_CHECK(MdsClient, OverviewThenDetailIsToldTwiceAndEachSendMakesTwoReportsOverviewFirst,
-               "One call of OnSubscribeAVQualityInfo for each command.")
+               "OnSubscribeAVQualityInfo is called once for each command.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "overview", {kStart});
@@ -146,7 +147,7 @@ CONTRACT_CHECK(MdsClient, OverviewThenDetailIsToldTwiceAndEachSendMakesTwoReport
     stage.ExpectReports({"overview", "detail"});
 }
 
-CONTRACT_CHECK(MdsClient, AllSubscribesAndUnsubscribesBoth, "From nothing and from one alike.")
+CONTRACT_CHECK(MdsClient, AllSubscribesAndUnsubscribesBoth, "Whether nothing or one kind was subscribed before.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "all", {kStart});
@@ -160,7 +161,7 @@ CONTRACT_CHECK(MdsClient, AllSubscribesAndUnsubscribesBoth, "From nothing and fr
 }
 
 CONTRACT_CHECK(MdsClient, UnsubscribingTheOverviewWhileTheDetailIsSubscribedTellsNothing,
-               "A later one with the detail calls OnUnSubscribeAVQualityInfo.")
+               "A later command for the detail calls OnUnSubscribeAVQualityInfo.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "all", {kStart});
@@ -171,7 +172,7 @@ CONTRACT_CHECK(MdsClient, UnsubscribingTheOverviewWhileTheDetailIsSubscribedTell
 }
 
 CONTRACT_CHECK(MdsClient, EveryCommandIsToldEvenWhenNothingChanged,
-               "Each subscription while one is there, each unsubscription while none is.")
+               "Each subscription while one exists, and each unsubscription while none exists.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kUnsubscribe, "all", {kStop});
@@ -181,7 +182,7 @@ CONTRACT_CHECK(MdsClient, EveryCommandIsToldEvenWhenNothingChanged,
 }
 
 CONTRACT_CHECK(MdsClient, AnUnknownSubTypeWhileNothingIsSubscribedTellsNothingOfASubscription,
-               "\"video\", nothing and other spellings; an unsubscription is told all the same.")
+               "For \"video\", no sub-type and other spellings; an unsubscription is still reported.")
 {
     MdsStage stage(check);
     for (const char* const subType : {"video", "", "Overview", "ALL", "all ", "detail,overview"})
@@ -193,7 +194,7 @@ CONTRACT_CHECK(MdsClient, AnUnknownSubTypeWhileNothingIsSubscribedTellsNothingOf
 }
 
 CONTRACT_CHECK(MdsClient, AnUnknownSubTypeWhileSomethingIsSubscribedChangesNothing,
-               "The subscription is told again, the unsubscription is not.")
+               "A subscription is reported again, an unsubscription is not.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "detail", {kStart});
@@ -202,7 +203,7 @@ CONTRACT_CHECK(MdsClient, AnUnknownSubTypeWhileSomethingIsSubscribedChangesNothi
     stage.ExpectReports({"detail"});
 }
 
-CONTRACT_CHECK(MdsClient, CommandsOfAnyOtherSpellingAreIgnored, "The comparison is exact and on the whole text.")
+CONTRACT_CHECK(MdsClient, CommandsOfAnyOtherSpellingAreIgnored, "The whole text must match exactly.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "detail", {kStart});
@@ -218,7 +219,7 @@ CONTRACT_CHECK(MdsClient, CommandsOfAnyOtherSpellingAreIgnored, "The comparison 
 }
 
 CONTRACT_CHECK(MdsClient, EveryMessageIsLoggedUnderTheOtherClasssNameAndWhatIsUnreadableIsIgnored,
-               "No member is looked for where it does not belong.")
+               "Members are read only at their place in the message.")
 {
     MdsStage stage(check);
     for (const char* const message : {
@@ -252,7 +253,8 @@ CONTRACT_CHECK(MdsClient, EveryMessageIsLoggedUnderTheOtherClasssNameAndWhatIsUn
     }
 }
 
-CONTRACT_CHECK(MdsClient, MembersThatAreNotLookedForDoNotMatter, "Order, others beside them and white space.")
+CONTRACT_CHECK(MdsClient, MembersThatAreNotLookedForDoNotMatter,
+               "The order of the members, other members and white space do not matter.")
 {
     MdsStage stage(check);
     const std::string message = " { \"x\" : 1, \"message\" : { \"data\" : { \"a\":[], \"subType\" : \"overview\" } ,\n"
@@ -262,14 +264,14 @@ CONTRACT_CHECK(MdsClient, MembersThatAreNotLookedForDoNotMatter, "Order, others 
     stage.ExpectReports({"overview"});
 }
 
-CONTRACT_CHECK(MdsClient, ANullMessageIsIgnoredAfterItsLine, "Logged as an empty text.")
+CONTRACT_CHECK(MdsClient, ANullMessageIsIgnoredAfterItsLine, "It is logged as an empty text.")
 {
     MdsStage stage(check);
     stage.Connection().mds.MsgData(nullptr);
     stage.ExpectJournal({Line("")});
 }
 
-CONTRACT_CHECK(MdsClient, AFailedSendIsLoggedWithItsTextAndTheOtherReportIsSentAllTheSame, "The result stays true.")
+CONTRACT_CHECK(MdsClient, AFailedSendIsLoggedWithItsTextAndTheOtherReportIsSentAllTheSame, "The result is true.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "all", {kStart});
@@ -294,7 +296,7 @@ CONTRACT_CHECK(MdsClient, AFailedSendIsLoggedWithItsTextAndTheOtherReportIsSentA
 }
 
 CONTRACT_CHECK(MdsClient, SubscriptionsSurviveInitMdsClientAndUninitModel,
-               "They change only by commands; UninitModel forgets the component without a word.")
+               "They change only by commands; UninitModel forgets the component without a log line.")
 {
     MdsStage stage(check);
     stage.ExpectCommand(kSubscribe, "detail", {kStart});
@@ -306,7 +308,7 @@ CONTRACT_CHECK(MdsClient, SubscriptionsSurviveInitMdsClientAndUninitModel,
     stage.ExpectReports({kGetComponent, kRegister, "detail"});
 }
 
-CONTRACT_CHECK(MdsClient, ListenersAreToldInOrderAndARemovedOneIsNot, "The list works as every service's.")
+CONTRACT_CHECK(MdsClient, ListenersAreToldInOrderAndARemovedOneIsNot, "The notify list works as for every service.")
 {
     MdsStage stage(check);
     MdsNotify second(stage.journal, "N");
@@ -319,7 +321,7 @@ CONTRACT_CHECK(MdsClient, ListenersAreToldInOrderAndARemovedOneIsNot, "The list 
     stage.ExpectCommand(kUnsubscribe, "all", {});
 }
 
-CONTRACT_CHECK(MdsClient, AListenerNeedsNotToKnowOfUnsubscriptions, "That operation has an empty body.")
+CONTRACT_CHECK(MdsClient, AListenerNeedsNotToKnowOfUnsubscriptions, "OnUnSubscribeAVQualityInfo has an empty body.")
 {
     class Starting final : public onlinemanager::IPaasMdsClientNotify
     {
@@ -334,7 +336,7 @@ CONTRACT_CHECK(MdsClient, AListenerNeedsNotToKnowOfUnsubscriptions, "That operat
 }
 
 CONTRACT_CHECK(MdsClient, ACommandAfterDestroyIsHarmlessAndTellsNobody,
-               "The client is never unregistered, so the platform may send to it as long as the module is loaded.")
+               "The client is never unregistered, so the platform may send commands to it while the module is loaded.")
 {
     Stage stage(check);
     MdsNotify listener(stage.journal, "M");

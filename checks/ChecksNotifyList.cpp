@@ -9,7 +9,7 @@ namespace checks
 namespace
 {
 
-/// Three listeners of the session, and an event whose code tells one delivery from the next.
+/// Three listeners of the session, and an event whose code identifies each delivery.
 struct Listeners
 {
     explicit Listeners(CheckContext& check) : stage(check), session(stage.Session()) {}
@@ -24,7 +24,7 @@ struct Listeners
         stage.Connection().LoginResult(code);
     }
 
-    /// What the listeners were told since the last time; log lines are left out.
+    /// The notifications since the last call, without log lines.
     void ExpectTold(const std::vector<std::string>& expected, Where where = Where::Here())
     {
         std::vector<JournalEntry> told = stage.journal.Take();
@@ -39,7 +39,7 @@ struct Listeners
     SessionNotify c{stage.journal, "C"};
 };
 
-/// A listener that only counts, for many threads.
+/// A listener that only counts, from any thread.
 class CountingNotify final : public onlinemanager::IPaasOnlineNotify
 {
 public:
@@ -77,7 +77,8 @@ void ExpectOnlyTheAppendedIsTold(Listeners& list)
 
 } // namespace
 
-CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration, "Every listener is told once, the first added first.")
+CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration,
+               "Every listener is called once, in the order of registration.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.b);
@@ -87,7 +88,8 @@ CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration, "Every listener i
     list.ExpectTold({"[platform] B.OnOffline(1)", "[platform] A.OnOffline(1)", "[platform] C.OnOffline(1)"});
 }
 
-CONTRACT_CHECK(NotifyList, NullAndStrangersAreIgnored, "Adding and removing null, and removing a stranger, do nothing.")
+CONTRACT_CHECK(NotifyList, NullAndStrangersAreIgnored,
+               "Adding null, removing null and removing an unknown listener do nothing.")
 {
     Listeners list(check);
     list.session->AddNotify(nullptr);
@@ -144,7 +146,7 @@ CONTRACT_CHECK(NotifyList, ADeliveryForgetsRemovedListeners,
     list.ExpectTold({"B.OnOffline(1)", "B.OnOffline(2)", "A.OnOffline(2)"});
 }
 
-CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "None is told, and each can be added again.")
+CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "No listener is called, and each can be added again.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -158,7 +160,7 @@ CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "None is told, and eac
 }
 
 CONTRACT_CHECK(NotifyList, AListenerAddedAgainAfterRemoveAllHasLostItsOldPlace,
-               "The entries are deleted, not only marked.")
+               "RemoveAllNotify deletes the entries; it does not only mark them.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -171,7 +173,7 @@ CONTRACT_CHECK(NotifyList, AListenerAddedAgainAfterRemoveAllHasLostItsOldPlace,
 }
 
 CONTRACT_CHECK(NotifyList, AListenerRemovedDuringADeliveryIsSkipped,
-               "The walk reads the flag of each entry, and the next delivery drops it.")
+               "The delivery checks each entry when it reaches it, and the next delivery deletes the entry.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -185,7 +187,7 @@ CONTRACT_CHECK(NotifyList, AListenerRemovedDuringADeliveryIsSkipped,
     list.ExpectTold({"A.OnOffline(1)", "C.OnOffline(1)", "A.OnOffline(2)", "B.OnOffline(2)", "C.OnOffline(2)"});
 }
 
-CONTRACT_CHECK(NotifyList, AListenerMayRemoveItself, "It is told no more, the others are.")
+CONTRACT_CHECK(NotifyList, AListenerMayRemoveItself, "It is not called again, and the others still are.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -197,7 +199,7 @@ CONTRACT_CHECK(NotifyList, AListenerMayRemoveItself, "It is told no more, the ot
 }
 
 CONTRACT_CHECK(NotifyList, AListenerRemovedAndAddedAgainDuringADeliveryIsReached,
-               "It is active when the walk comes to it.")
+               "It is active when the delivery reaches it.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -211,7 +213,8 @@ CONTRACT_CHECK(NotifyList, AListenerRemovedAndAddedAgainDuringADeliveryIsReached
     list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)"});
 }
 
-CONTRACT_CHECK(NotifyList, AListenerAppendedDuringADeliveryIsReached, "The walk goes over the live list.")
+CONTRACT_CHECK(NotifyList, AListenerAppendedDuringADeliveryIsReached,
+               "The delivery uses the list as it is at each step.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -222,7 +225,7 @@ CONTRACT_CHECK(NotifyList, AListenerAppendedDuringADeliveryIsReached, "The walk 
 }
 
 CONTRACT_CHECK(NotifyList, RemoveAllEndsADelivery,
-               "A walk under way ends quietly; a listener added behind that is told from the next delivery on.")
+               "The delivery under way ends; a listener that is added afterwards is called from the next delivery on.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -239,7 +242,7 @@ CONTRACT_CHECK(NotifyList, RemoveAllEndsADelivery,
 }
 
 CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEverybody,
-               "The inner one is complete before the outer one goes on.")
+               "The inner delivery ends before the outer one continues.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -257,7 +260,7 @@ CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEverybody,
 }
 
 CONTRACT_CHECK(NotifyList, AnInnerDeliveryThatDropsTheCurrentListenerLeavesTheOuterOneGoingOn,
-               "The entry under the outer walk is gone, and the walk finds those behind it, appended ones too.")
+               "The entry of the outer delivery is deleted, and the outer delivery still reaches the entries after it.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -277,14 +280,14 @@ CONTRACT_CHECK(NotifyList, AnInnerDeliveryThatDropsTheCurrentListenerLeavesTheOu
 }
 
 CONTRACT_CHECK(NotifyList, AnInnerDeliveryMayDropEverythingButTheEnd,
-               "Only listeners that were appended afterwards are left for the outer walk.")
+               "The outer delivery then reaches only listeners that were added afterwards.")
 {
     Listeners list(check);
     ExpectOnlyTheAppendedIsTold(list);
 }
 
 CONTRACT_CHECK(NotifyList, ARemoveAllEndsOnlyTheWalksOfItsTime,
-               "A later walk whose listeners drop everything still reaches what they appended.")
+               "A later delivery whose listeners remove all still reaches listeners that they add.")
 {
     Listeners list(check);
     list.session->RemoveAllNotify();
@@ -292,7 +295,7 @@ CONTRACT_CHECK(NotifyList, ARemoveAllEndsOnlyTheWalksOfItsTime,
 }
 
 CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
-               "The platform has no use for it, and the next listener still has to hear of the event.")
+               "The exception ends there, and the next listener is still called.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -303,7 +306,7 @@ CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
 }
 
 CONTRACT_CHECK(NotifyList, EveryServiceHasOneOfItsOwn,
-               "Session, both tunnels, users and reports each keep their listeners and their order.")
+               "Session, both tunnels, user service and report client each have their own listeners and order.")
 {
     Stage stage(check, Scene::LoggedIn);
     TunnelNotify paas1(stage.journal, "P1");
@@ -377,7 +380,8 @@ CONTRACT_CHECK(NotifyList, EveryServiceHasOneOfItsOwn,
     check.ExpectLines({}, sendAll());
 }
 
-CONTRACT_CHECK(NotifyList, TheMessageChannelTakesListenersToo, "Its list accepts and forgets listeners and calls none.")
+CONTRACT_CHECK(NotifyList, TheMessageChannelTakesListenersToo,
+               "Its list accepts and removes listeners, and calls none.")
 {
     Stage stage(check);
     onlinemanager::IPaasTMsgNotify listener;
@@ -393,7 +397,7 @@ CONTRACT_CHECK(NotifyList, TheMessageChannelTakesListenersToo, "Its list accepts
 }
 
 CONTRACT_CHECK(NotifyList, ThreadsMayAddRemoveAndDeliverAtOnce,
-               "A listener that stays registered hears every delivery, whatever other threads do to the list.")
+               "A listener that stays registered gets every delivery, whatever other threads do with the list.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -441,7 +445,7 @@ CONTRACT_CHECK(NotifyList, ThreadsMayAddRemoveAndDeliverAtOnce,
 }
 
 CONTRACT_CHECK(NotifyList, ThreadsMayRemoveAllDuringDeliveries,
-               "Deliveries on other threads end, and nobody reads what was freed.")
+               "Deliveries on other threads end, and no thread reads freed memory.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();

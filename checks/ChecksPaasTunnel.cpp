@@ -22,7 +22,7 @@ const std::string kJoinNotLoggedIn = Log("JoinMeeting failed, current not logged
 const std::string kLeaveNotLoggedIn = Log("LeaveMeeting call failed, current not logged in.");
 const std::string kJoinAborted = "T.OnJoinMeetingResult(50001)";
 
-/// A stage with the tunnel and a listener T at it.
+/// A stage with the tunnel and its listener T.
 struct TunnelStage : Stage
 {
     explicit TunnelStage(CheckContext& context, Scene scene = Scene::LoggedIn)
@@ -33,7 +33,7 @@ struct TunnelStage : Stage
         tunnel->AddNotify(&listener);
     }
 
-    /// Whether a join is pending: a lost connection reports it. None is pending afterwards.
+    /// Whether a join was pending, which means that a lost connection reports it. None is pending afterwards.
     bool TakePendingJoin()
     {
         journal.Clear();
@@ -49,7 +49,8 @@ struct TunnelStage : Stage
 
 } // namespace
 
-CONTRACT_CHECK(PaasTunnel, JoinMeetingBeforeLoginSaysSoEvenWhenTheRecordIsAbsent, "The login is tested first.")
+CONTRACT_CHECK(PaasTunnel, JoinMeetingBeforeLoginSaysSoEvenWhenTheRecordIsAbsent,
+               "The login is checked before the record.")
 {
     TunnelStage stage(check, Scene::Initialized);
     check.ExpectEqual(false, JoinWithoutARecord(*stage.tunnel), "JoinMeeting without a record");
@@ -58,7 +59,8 @@ CONTRACT_CHECK(PaasTunnel, JoinMeetingBeforeLoginSaysSoEvenWhenTheRecordIsAbsent
     stage.ExpectJournal({kJoin, kJoinNotLoggedIn});
 }
 
-CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutARecordIsRefusedByItsGuid, "The reference is tested, not followed.")
+CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutARecordIsRefusedByItsGuid,
+               "The module tests the address of the reference and does not read it.")
 {
     TunnelStage stage(check);
     check.ExpectEqual(false, JoinWithoutARecord(*stage.tunnel), "JoinMeeting");
@@ -66,7 +68,7 @@ CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutARecordIsRefusedByItsGuid, "The ref
     check.Expect(!stage.TakePendingJoin(), "no join is pending");
 }
 
-CONTRACT_CHECK(PaasTunnel, JoinMeetingWhileLoggingInIsRefused, "Only the logged-in state counts.")
+CONTRACT_CHECK(PaasTunnel, JoinMeetingWhileLoggingInIsRefused, "A meeting can be joined only while logged in.")
 {
     TunnelStage stage(check, Scene::Initialized);
     stage.Session()->Login(Stage::Param(), false);
@@ -77,7 +79,7 @@ CONTRACT_CHECK(PaasTunnel, JoinMeetingWhileLoggingInIsRefused, "Only the logged-
 }
 
 CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutAUserIsRefusedInTheLoggedInState,
-               "A reconnection that succeeds before any login makes the state, but no user.")
+               "A reconnection that succeeds before any login sets the state, but there is no user.")
 {
     TunnelStage stage(check, Scene::Initialized);
     stage.Connection().ReconnectSucess();
@@ -87,7 +89,8 @@ CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutAUserIsRefusedInTheLoggedInState,
     stage.ExpectJournal({kJoin, kJoinNotLoggedIn, kLeave, kLeaveNotLoggedIn});
 }
 
-CONTRACT_CHECK(PaasTunnel, AfterALogoutNobodyJoinsOrLeaves, "Both are refused with their own texts.")
+CONTRACT_CHECK(PaasTunnel, AfterALogoutNobodyJoinsOrLeaves,
+               "JoinMeeting and LeaveMeeting are refused with their own lines.")
 {
     TunnelStage stage(check);
     stage.Connection().Logouted(0);
@@ -98,7 +101,7 @@ CONTRACT_CHECK(PaasTunnel, AfterALogoutNobodyJoinsOrLeaves, "Both are refused wi
 }
 
 CONTRACT_CHECK(PaasTunnel, TheGroupIdIsTheTextOfTheGuidWithoutBracesInLowerCase,
-               "36 characters; the gateway's numbers have no part in it.")
+               "It has 36 characters, and does not contain the gateway's numbers.")
 {
     TunnelStage stage(check);
     check.ExpectEqual(true, stage.tunnel->JoinMeeting(SomeMeeting()), "JoinMeeting");
@@ -120,7 +123,8 @@ CONTRACT_CHECK(PaasTunnel, AJoinSucceedsOnlyWithResult0,
     check.Expect(!stage.TakePendingJoin(), "a refused join is not pending");
 }
 
-CONTRACT_CHECK(PaasTunnel, AnAcceptedJoinIsPendingUntilItsResult, "A lost connection reports it before, not after.")
+CONTRACT_CHECK(PaasTunnel, AnAcceptedJoinIsPendingUntilItsResult,
+               "A lost connection reports it before the result, and not after it.")
 {
     TunnelStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -131,8 +135,7 @@ CONTRACT_CHECK(PaasTunnel, AnAcceptedJoinIsPendingUntilItsResult, "A lost connec
     check.Expect(!stage.TakePendingJoin(), "not pending after the result");
 }
 
-CONTRACT_CHECK(PaasTunnel, TheJoinResultReachesEveryListenerInOrderWithThePlatformsCode,
-               "0, 36 and any other code pass unchanged.")
+CONTRACT_CHECK(PaasTunnel, TheJoinResultReachesEveryListenerInOrderWithThePlatformsCode, "Every code passes unchanged.")
 {
     TunnelStage stage(check);
     TunnelNotify second(stage.journal, "U");
@@ -152,7 +155,7 @@ CONTRACT_CHECK(PaasTunnel, TheJoinResultReachesEveryListenerInOrderWithThePlatfo
 }
 
 CONTRACT_CHECK(PaasTunnel, ALeaveSucceedsWithAnyResultThatIsNotNegative,
-               "And takes a pending join back; a failed one is logged with its code and leaves the join pending.")
+               "It also cancels a pending join; a failed leave is logged with its code, and the join stays pending.")
 {
     TunnelStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -174,14 +177,15 @@ CONTRACT_CHECK(PaasTunnel, ALeaveSucceedsWithAnyResultThatIsNotNegative,
     }
 }
 
-CONTRACT_CHECK(PaasTunnel, ALeaveNeedsNoMeeting, "The platform is asked whatever went before.")
+CONTRACT_CHECK(PaasTunnel, ALeaveNeedsNoMeeting, "The platform is called in any case.")
 {
     TunnelStage stage(check);
     check.ExpectEqual(true, stage.tunnel->LeaveMeeting(), "LeaveMeeting");
     stage.ExpectJournal({kLeave, "connection1.LeaveGroup()"});
 }
 
-CONTRACT_CHECK(PaasTunnel, TheLeaveResultReachesTheListenersWithThePlatformsCode, "Unchanged, after two lines.")
+CONTRACT_CHECK(PaasTunnel, TheLeaveResultReachesTheListenersWithThePlatformsCode,
+               "The code is unchanged; two lines are logged before.")
 {
     TunnelStage stage(check);
     for (const int code : {0, 36})
@@ -196,7 +200,7 @@ CONTRACT_CHECK(PaasTunnel, TheLeaveResultReachesTheListenersWithThePlatformsCode
     }
 }
 
-CONTRACT_CHECK(PaasTunnel, AJoinResultAfterLeaveMeetingIsStillBroadcast, "The listener hears what became of the join.")
+CONTRACT_CHECK(PaasTunnel, AJoinResultAfterLeaveMeetingIsStillBroadcast, "The listeners get the result of the join.")
 {
     TunnelStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -207,7 +211,7 @@ CONTRACT_CHECK(PaasTunnel, AJoinResultAfterLeaveMeetingIsStillBroadcast, "The li
 }
 
 CONTRACT_CHECK(PaasTunnel, AUserIdThatBeginsWithALetterIsUser0AndOneThatBeginsWithDigitsIsItsNumber,
-               "Letters behind the digits are left out; null and everything else is user 0. Joined and left alike.")
+               "Letters after the digits are ignored; null and all other texts are user 0, for joins and leaves.")
 {
     const struct
     {
@@ -237,7 +241,8 @@ CONTRACT_CHECK(PaasTunnel, AUserIdThatBeginsWithALetterIsUser0AndOneThatBeginsWi
     }
 }
 
-CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsAreNotTheTunnels, "Its listeners hear nothing of them.")
+CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsAreNotTheTunnels,
+               "The listeners of the tunnel are not called for them.")
 {
     TunnelStage stage(check);
     stage.Connection().LoginResult(0);
@@ -247,7 +252,7 @@ CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsAreNotTheTunnels, "Its lis
     check.ExpectEqual(0U, stage.journal.Count("T."), "notifications of the tunnel");
 }
 
-CONTRACT_CHECK(PaasTunnel, GroupEventsAreNotTheSessions, "The session's listeners hear nothing of them.")
+CONTRACT_CHECK(PaasTunnel, GroupEventsAreNotTheSessions, "The session's listeners are not called for them.")
 {
     TunnelStage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -264,7 +269,7 @@ CONTRACT_CHECK(PaasTunnel, GroupEventsAreNotTheSessions, "The session's listener
 }
 
 CONTRACT_CHECK(PaasTunnel, ALogoutDuringAMeetingIsNotReportedToTheTunnelsListeners,
-               "A join that was pending stays so until its result or a lost connection.")
+               "A pending join stays pending until its result or a lost connection.")
 {
     TunnelStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -273,7 +278,7 @@ CONTRACT_CHECK(PaasTunnel, ALogoutDuringAMeetingIsNotReportedToTheTunnelsListene
     check.Expect(stage.TakePendingJoin(), "the join is still pending");
 }
 
-CONTRACT_CHECK(PaasTunnel, EventsWithoutAListenerAreOnlyLogged, "And a listener added later hears the later ones.")
+CONTRACT_CHECK(PaasTunnel, EventsWithoutAListenerAreOnlyLogged, "A listener that is added later gets the later events.")
 {
     TunnelStage stage(check);
     stage.tunnel->RemoveAllNotify();
@@ -291,7 +296,7 @@ CONTRACT_CHECK(PaasTunnel, EventsWithoutAListenerAreOnlyLogged, "And a listener 
 }
 
 CONTRACT_CHECK(PaasTunnel, ListenersOfTheTunnelSurviveUninitModel,
-               "They are the host's to remove; when the session is there again they hear of the next meeting.")
+               "Only the host removes them; after the next InitModel they get the events of the next meeting.")
 {
     TunnelStage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();

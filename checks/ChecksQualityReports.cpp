@@ -69,7 +69,7 @@ std::string Detail(const std::string& streams, const std::string& labels = kLabe
            streams + "}," + labels;
 }
 
-/// One report as it was sent, with its time stamp taken out.
+/// One report as it was sent, without its time stamp.
 struct Report
 {
     std::string text; ///< the time stamp is a T
@@ -131,7 +131,7 @@ private:
 } // namespace
 
 CONTRACT_CHECK(QualityReports, TheOverviewCarriesTheLevelAndTheLabels,
-               "Type 1138, sequence 0, the data point with its fields, and who and where; no stream.")
+               "It has type 1138, sequence 0, the data point with its fields, and the labels; it has no stream.")
 {
     ReportStage stage(check, "overview");
     const auto info = SomeInfo();
@@ -150,7 +150,7 @@ CONTRACT_CHECK(QualityReports, ALevelOfMinus1IsWrittenAs4294967295, "The level i
     stage.ExpectReport(Overview("2147483647"), info);
 }
 
-CONTRACT_CHECK(QualityReports, TheLabelsAreUnsignedNumbersAndTextsAsTheyAre, "The largest ids, and empty texts.")
+CONTRACT_CHECK(QualityReports, TheLabelsAreUnsignedNumbersAndTextsAsTheyAre, "Also the largest ids and empty texts.")
 {
     ReportStage stage(check, "overview");
     const auto info = SomeInfo();
@@ -163,7 +163,7 @@ CONTRACT_CHECK(QualityReports, TheLabelsAreUnsignedNumbersAndTextsAsTheyAre, "Th
 }
 
 CONTRACT_CHECK(QualityReports, TheDetailReportCarriesOneEntryPerStreamDirectlyInTheData,
-               "Sent and received audio, then video, in the order of the lists; not the level.")
+               "Sent and received audio, then video, in the order of the lists; the level is not part of it.")
 {
     ReportStage stage(check, "detail");
     const auto info = SomeInfo();
@@ -177,7 +177,8 @@ CONTRACT_CHECK(QualityReports, TheDetailReportCarriesOneEntryPerStreamDirectlyIn
                        info);
 }
 
-CONTRACT_CHECK(QualityReports, AnEmptyListLeavesNoKey, "One sent audio and one received video stream: two keys.")
+CONTRACT_CHECK(QualityReports, AnEmptyListLeavesNoKey,
+               "With one sent audio and one received video stream the report has two keys.")
 {
     ReportStage stage(check, "detail");
     const auto info = SomeInfo();
@@ -188,13 +189,14 @@ CONTRACT_CHECK(QualityReports, AnEmptyListLeavesNoKey, "One sent audio and one r
 }
 
 CONTRACT_CHECK(QualityReports, ARecordWithFourEmptyListsGivesADetailReportWithOnlyNameAndTimestamp,
-               "In its data; the labels are there as ever.")
+               "This holds for its data; the labels are complete.")
 {
     ReportStage stage(check, "detail");
     stage.ExpectReport(Detail(""), SomeInfo());
 }
 
-CONTRACT_CHECK(QualityReports, MeasuredValuesAreTextsAsTheHostWroteThem, "Empty ones and words too.")
+CONTRACT_CHECK(QualityReports, MeasuredValuesAreTextsAsTheHostWroteThem,
+               "Also empty texts and texts that are not numbers.")
 {
     ReportStage stage(check, "detail");
     const auto info = SomeInfo();
@@ -208,7 +210,7 @@ CONTRACT_CHECK(QualityReports, MeasuredValuesAreTextsAsTheHostWroteThem, "Empty 
                        info);
 }
 
-CONTRACT_CHECK(QualityReports, NamesOutsideAsciiAppearAsEscapes, "In the streams and in the labels.")
+CONTRACT_CHECK(QualityReports, NamesOutsideAsciiAppearAsEscapes, "This holds for the streams and for the labels.")
 {
     ReportStage stage(check, "detail");
     const auto info = SomeInfo();
@@ -221,7 +223,7 @@ CONTRACT_CHECK(QualityReports, NamesOutsideAsciiAppearAsEscapes, "In the streams
 }
 
 CONTRACT_CHECK(QualityReports, TwoReportsInTheSameSecondCarryTheSameTimestampAndSequence0,
-               "Whole seconds since 1970, taken anew for each report.")
+               "The time stamp is in whole seconds since 1970, and is taken for each report.")
 {
     ReportStage stage(check, "all");
     const int64_t before = std::time(nullptr);
@@ -239,7 +241,7 @@ CONTRACT_CHECK(QualityReports, TwoReportsInTheSameSecondCarryTheSameTimestampAnd
     }
 }
 
-CONTRACT_CHECK(QualityReports, FiftyStreamsAllArrive, "Nothing is cut off.")
+CONTRACT_CHECK(QualityReports, FiftyStreamsAllArrive, "The report contains every stream.")
 {
     ReportStage stage(check, "detail");
     const auto info = SomeInfo();
@@ -252,7 +254,7 @@ CONTRACT_CHECK(QualityReports, FiftyStreamsAllArrive, "Nothing is cut off.")
     stage.ExpectReport(Detail(",\"receiveVideo\":[" + streams + "]"), info);
 }
 
-CONTRACT_CHECK(QualityReports, AMissingRecordSendsNothing, "The operation is as true as with a record.")
+CONTRACT_CHECK(QualityReports, AMissingRecordSendsNothing, "The result is true, as with a record.")
 {
     ReportStage stage(check, "all");
     check.ExpectEqual(0U, stage.Send(nullptr).size(), "reports");

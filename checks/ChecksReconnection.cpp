@@ -27,14 +27,14 @@ std::vector<int32_t> Answers(int32_t decision)
     return {avcore::ZOL_RECONNECT_UNDECIDED, decision};
 }
 
-/// The text held under a key; "(absent)" without one.
+/// The text of a property; "(absent)" if the key has none.
 std::string Property(onlinemanager::IPaasOnline& session, onlinemanager::ConnectProperty key)
 {
     char value[64];
     return session.GetConnectProperty(key, value, sizeof(value)).status == 1 ? value : "(absent)";
 }
 
-/// A logged-in stage with a listener A at the session and a user 7 who is known to be online.
+/// A logged-in stage with the session's listener A and a user 7, who is known to be online.
 struct ReconnectingStage : Stage
 {
     explicit ReconnectingStage(CheckContext& context)
@@ -63,7 +63,7 @@ struct ReconnectingStage : Stage
 } // namespace
 
 CONTRACT_CHECK(Reconnection, WithoutAStrategyAStartIsReadyThenLoggedThenForgetsUsersThenFailsWith50010AndAnswers2,
-               "Ready, the line, the known users forgotten, the failure, and the platform is told to stop.")
+               "OnReadyReconnect, a line, no known users, OnReconnectFail; the platform gets the answer to stop.")
 {
     ReconnectingStage stage(check);
     stage.listener.hook = [&stage](const std::string& event)
@@ -78,13 +78,14 @@ CONTRACT_CHECK(Reconnection, WithoutAStrategyAStartIsReadyThenLoggedThenForgetsU
         "[platform] A.OnReconnectFail(1, 50010)",
         "OnReconnectFail without user 7",
     });
-    // The state is logged out: a relogin is a new login.
+    // The state is "logged out", so Relogin starts a new login.
     check.ExpectEqual(true, stage.session->Relogin(false), "Relogin");
     check.ExpectEqual(1U, stage.journal.Count("connection1.Login("), "platform logins");
 }
 
 CONTRACT_CHECK(Reconnection, AStrategyThatAnswers1GoesOnAndThePlatformGets1,
-               "Ready, the question, the start; the session is logging in until the platform reports.")
+               "OnReadyReconnect, the question, OnReconnectStart; the state is \"logging in\" until the platform "
+               "reports a result.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
@@ -102,7 +103,7 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers1GoesOnAndThePlatformGets1,
 }
 
 CONTRACT_CHECK(Reconnection, AStrategyThatAnswers2StopsWith50010AndThePlatformGets2,
-               "The misspelt line, the users forgotten, the failure.")
+               "The misspelt line, no known users, OnReconnectFail.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
@@ -120,7 +121,7 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers2StopsWith50010AndThePlatformGe
 }
 
 CONTRACT_CHECK(Reconnection, AStrategyThatAnswers0LeavesTheStateAt1AndAnswers0WithoutAnotherNotification,
-               "Any other value decides nothing.")
+               "Any value other than 1 and 2 decides nothing.")
 {
     for (const int32_t decision : {int32_t{avcore::ZOL_RECONNECT_UNDECIDED}, 3, -1})
     {
@@ -137,7 +138,7 @@ CONTRACT_CHECK(Reconnection, AStrategyThatAnswers0LeavesTheStateAt1AndAnswers0Wi
 }
 
 CONTRACT_CHECK(Reconnection, AStartWhileNotLoggedInTellsNoReadinessButAsksTheStrategy,
-               "The state stays; a second start while reconnecting is such a one.")
+               "The state is unchanged; a second start while reconnecting is such a start.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
@@ -156,7 +157,7 @@ CONTRACT_CHECK(Reconnection, AStartWhileNotLoggedInTellsNoReadinessButAsksTheStr
 }
 
 CONTRACT_CHECK(Reconnection, AStartWhileLoggedOutWithoutAStrategyIsStoppedAllTheSame,
-               "The line, the failure and the answer 2.")
+               "The line is logged, OnReconnectFail is called, the answer is 2.")
 {
     Stage stage(check);
     SessionNotify listener(stage.journal, "A");
@@ -167,7 +168,7 @@ CONTRACT_CHECK(Reconnection, AStartWhileLoggedOutWithoutAStrategyIsStoppedAllThe
 }
 
 CONTRACT_CHECK(Reconnection, AStopLeavesTheUserServiceLoggedIn,
-               "Only the known users are forgotten: whose service it is is taken back at a logout.")
+               "Only the known users are forgotten; the service's own user is reset by a logout.")
 {
     ReconnectingStage stage(check);
     stage.Connection().ReconnectStart();
@@ -177,14 +178,14 @@ CONTRACT_CHECK(Reconnection, AStopLeavesTheUserServiceLoggedIn,
         {LogLine("UserOnlineImp", "SetSelfCustomInfo, info=back."), "online1.SetUserCustomInfo(\"back\")"});
 }
 
-CONTRACT_CHECK(Reconnection, AStopLeavesTheConnectionProperties, "Property 0 follows platform events only.")
+CONTRACT_CHECK(Reconnection, AStopLeavesTheConnectionProperties, "Only platform events change property 0.")
 {
     ReconnectingStage stage(check);
     stage.Connection().ReconnectStart();
     check.ExpectEqual("true", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0");
 }
 
-CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "The next start finds none.")
+CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "At the next start there is none.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
@@ -195,7 +196,7 @@ CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "The next start 
 }
 
 CONTRACT_CHECK(Reconnection, AStartDuringAPendingJoinFirstReportsTheJoinAsFailedWith50001,
-               "Before anything else, once, to the listeners of the tunnel.")
+               "The tunnel's listeners get it once, before all other notifications.")
 {
     ReconnectingStage stage(check);
     onlinemanager::IMeetingTunnel* const tunnel = stage.Tunnel(TUNNEL_TYPE_PAAS);
@@ -219,7 +220,7 @@ CONTRACT_CHECK(Reconnection, AStartDuringAPendingJoinFirstReportsTheJoinAsFailed
 }
 
 CONTRACT_CHECK(Reconnection, ASuccessLogsInThenNotifiesThenRefreshesTheCompany,
-               "State 2 and property 0 are set before the listeners hear of it; the refresh comes last.")
+               "State 2 and property 0 are set before the listeners are called; the refresh comes last.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
@@ -241,7 +242,7 @@ CONTRACT_CHECK(Reconnection, ASuccessLogsInThenNotifiesThenRefreshesTheCompany,
     });
 }
 
-CONTRACT_CHECK(Reconnection, AFailedRefreshAfterASuccessIsOnlyLogged, "The line, and nothing else.")
+CONTRACT_CHECK(Reconnection, AFailedRefreshAfterASuccessIsOnlyLogged, "Only a line is logged.")
 {
     ReconnectingStage stage(check);
     stage.Connection().online.SetResult("RefreshAllUsersStatus", E_FAIL);
@@ -255,7 +256,7 @@ CONTRACT_CHECK(Reconnection, AFailedRefreshAfterASuccessIsOnlyLogged, "The line,
 }
 
 CONTRACT_CHECK(Reconnection, TheRefreshAfterASuccessIsNotReportedAsFinished,
-               "Only refreshes that the host started are; the changes are told all the same.")
+               "Only a refresh of the host is; the changes are reported in any case.")
 {
     ReconnectingStage stage(check);
     UserNotify listener(stage.journal, "U");
@@ -268,7 +269,7 @@ CONTRACT_CHECK(Reconnection, TheRefreshAfterASuccessIsNotReportedAsFinished,
 }
 
 CONTRACT_CHECK(Reconnection, AFailureWithCode36AndADeviceIdFillsProperty2AndPasses36Unchanged,
-               "A refused reconnection is told apart from a login that was taken over.")
+               "So a refused reconnection differs from 50002, a login that another device took over.")
 {
     ReconnectingStage stage(check);
     stage.Connection().ReconnectFail(36, "tablet-9");
@@ -278,7 +279,7 @@ CONTRACT_CHECK(Reconnection, AFailureWithCode36AndADeviceIdFillsProperty2AndPass
     check.ExpectEqual("false", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0");
 }
 
-CONTRACT_CHECK(Reconnection, AFailureFillsProperty2OnlyWithCode36AndAText, "Without either it is left alone.")
+CONTRACT_CHECK(Reconnection, AFailureFillsProperty2OnlyWithCode36AndAText, "Otherwise it is unchanged.")
 {
     ReconnectingStage stage(check);
     stage.Connection().ReconnectFail(36, nullptr);
@@ -288,7 +289,7 @@ CONTRACT_CHECK(Reconnection, AFailureFillsProperty2OnlyWithCode36AndAText, "With
 }
 
 CONTRACT_CHECK(Reconnection, AFailureChangesNoStateAndIsNotTheUserServicesBusiness,
-               "The session stays as it was, and the known users too.")
+               "The state and the known users are unchanged.")
 {
     ReconnectingStage stage(check);
     stage.Connection().ReconnectFail(9, "text");
@@ -298,7 +299,7 @@ CONTRACT_CHECK(Reconnection, AFailureChangesNoStateAndIsNotTheUserServicesBusine
 }
 
 CONTRACT_CHECK(Reconnection, EventsReachAllListenersInOrderAndNotARemovedOne,
-               "The list of the session's listeners is the one that reconnections are told to.")
+               "Reconnections are reported to the session's listeners.")
 {
     ReconnectingStage stage(check);
     SessionNotify second(stage.journal, "B");
@@ -320,7 +321,8 @@ CONTRACT_CHECK(Reconnection, EventsReachAllListenersInOrderAndNotARemovedOne,
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Reconnection, AListenerNeedsToOverrideNothingOfReconnections, "Every operation has an empty body.")
+CONTRACT_CHECK(Reconnection, AListenerNeedsToOverrideNothingOfReconnections,
+               "Every operation for reconnections has an empty body.")
 {
     class Silent final : public onlinemanager::IPaasOnlineNotify
     {
@@ -340,7 +342,7 @@ CONTRACT_CHECK(Reconnection, AListenerNeedsToOverrideNothingOfReconnections, "Ev
 }
 
 CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedOutSends30ToEveryListenerOnAnotherThread,
-               "The fixed platform code for not logged in.")
+               "30 is the platform's code for \"not logged in\".")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -349,33 +351,33 @@ CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedOutSends30ToEveryListenerOn
     session->AddNotify(&first);
     session->AddNotify(&second);
     check.ExpectEqual(true, session->TriggerNotify(), "TriggerNotify");
-    check.Expect(stage.journal.Await("B.OnOffline(30)"), "the last listener is told");
+    check.Expect(stage.journal.Await("B.OnOffline(30)"), "the last listener is called");
     stage.ExpectJournal({"[module] A.OnOffline(30)", "[module] B.OnOffline(30)"});
     stage.AwaitModuleThreads();
 }
 
-CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedInSendsTheLoginAgain, "OnLoginSuccess, on another thread.")
+CONTRACT_CHECK(Reconnection, TriggerNotifyWhileLoggedInSendsTheLoginAgain, "OnLoginSuccess comes on another thread.")
 {
     ReconnectingStage stage(check);
     check.ExpectEqual(true, stage.session->TriggerNotify(), "TriggerNotify");
-    check.Expect(stage.journal.Await("A.OnLoginSuccess()"), "the listener is told");
+    check.Expect(stage.journal.Await("A.OnLoginSuccess()"), "the listener is called");
     stage.ExpectJournal({"[module] A.OnLoginSuccess()"});
     stage.AwaitModuleThreads();
 }
 
-CONTRACT_CHECK(Reconnection, TriggerNotifyWhileReconnectingSends30, "Only the logged-in state counts as such.")
+CONTRACT_CHECK(Reconnection, TriggerNotifyWhileReconnectingSends30, "Reconnecting does not count as logged in.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);
     stage.Connection().ReconnectStart();
     stage.journal.Clear();
     stage.session->TriggerNotify();
-    check.Expect(stage.journal.Await("A.OnOffline(30)"), "the listener is told");
+    check.Expect(stage.journal.Await("A.OnOffline(30)"), "the listener is called");
     stage.AwaitModuleThreads();
 }
 
 CONTRACT_CHECK(Reconnection, EveryTriggerNotifyHasAThreadOfItsOwn,
-               "A listener that does not return holds up nobody else's notification.")
+               "A listener that does not return does not delay another notification.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -384,7 +386,7 @@ CONTRACT_CHECK(Reconnection, EveryTriggerNotifyHasAThreadOfItsOwn,
     std::atomic<bool> together{false};
     listener.hook = [&](const std::string&)
     {
-        // The first waits for the second, which can come only on another thread.
+        // The first notification waits for the second, which can come only on another thread.
         if (++inside == 1)
         {
             together = stage.journal.Await("A.OnOffline(30)", 2);

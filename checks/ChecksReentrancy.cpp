@@ -13,7 +13,7 @@ namespace
 using onlinemanager::TUNNEL_TYPE_GW;
 using onlinemanager::TUNNEL_TYPE_PAAS;
 
-/// Whose listeners something is about.
+/// The service whose listeners are meant.
 enum class Service
 {
     Session,
@@ -31,9 +31,9 @@ std::string Command(const std::string& command)
     return "{\"message\":{\"command\":\"" + command + "\",\"data\":{\"subType\":\"all\"}}}";
 }
 
-/// A component at work, with two listeners at each service: A, from inside whose notification an operation is called, and B
-/// behind it. The user is logged in, the gateway in a meeting, both reports are subscribed, invitations 901 and 902 are
-/// open, the joins of the PaaS tunnel wait for their results, and company refresh 102 for its end.
+/// A component with two listeners at each service: A, which calls an operation from inside its notification, then B.
+/// The user is logged in, the gateway is in a meeting, both reports are subscribed, invitations 901 and 902 are open,
+/// the joins of the PaaS tunnel wait for their results, and company refresh 102 has not ended.
 struct ReentrantStage : Stage
 {
     using Operation = void (*)(ReentrantStage&);
@@ -73,14 +73,14 @@ struct ReentrantStage : Stage
         AwaitModuleThreads(); // they may still be telling the listeners, which go first
     }
 
-    /// Lets the next notification of A that begins so call the operation.
+    /// Lets A call the operation from inside its next notification that begins with this text.
     void Arm(const std::string& event, Operation operation)
     {
         m_event = event;
         m_operation = operation;
     }
 
-    /// To be called at each notification of A, and wherever else the component calls the host.
+    /// Must be called at each notification of A, and at each other call from the component to the host.
     void Enter(const std::string& event)
     {
         if (event.starts_with(m_event))
@@ -416,36 +416,36 @@ void CheckAll(CheckContext& check, Service service)
 } // namespace
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideEveryNotificationOfTheSession,
-               "Destroy included; the listeners behind hear the event unless the operation forgot them.")
+               "Also Destroy; the later listeners get the event unless the operation removed them.")
 {
     CheckAll(check, Service::Session);
 }
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideEveryNotificationOfThePaasTunnel,
-               "Destroy included; the listeners behind hear the event unless the operation forgot them.")
+               "Also Destroy; the later listeners get the event unless the operation removed them.")
 {
     CheckAll(check, Service::PaasTunnel);
 }
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideEveryNotificationOfTheGatewayTunnel,
-               "Destroy included; the listeners behind hear the event unless the operation forgot them.")
+               "Also Destroy; the later listeners get the event unless the operation removed them.")
 {
     CheckAll(check, Service::GwTunnel);
 }
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideEveryNotificationOfTheUserService,
-               "Destroy included; the listeners behind hear the event unless the operation forgot them.")
+               "Also Destroy; the later listeners get the event unless the operation removed them.")
 {
     CheckAll(check, Service::Users);
 }
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideEveryNotificationOfTheReportClient,
-               "Destroy included; the listeners behind hear the event unless the operation forgot them.")
+               "Also Destroy; the later listeners get the event unless the operation removed them.")
 {
     CheckAll(check, Service::Mds);
 }
 
-CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideAQuery, "Destroy included; the query goes on to its end.")
+CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideAQuery, "Also Destroy; the query continues to its end.")
 {
     for (const HostOperation& operation : kOperations)
     {
@@ -465,7 +465,7 @@ CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideAQuery, "Destroy i
 }
 
 CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideTheStrategy,
-               "Destroy included; the platform gets the strategy's answer all the same.")
+               "Also Destroy; the platform still gets the strategy's answer.")
 {
     class CallingStrategy final : public onlinemanager::IReconnectionStrategy
     {
@@ -495,7 +495,7 @@ CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideTheStrategy,
 }
 
 CONTRACT_CHECK(Reentrancy, NotificationsInsideNotificationsReachEverybody,
-               "A rejection of all from inside a report of the same rejection answers each invitation once.")
+               "RejectAllInvite from inside a notification of RejectAllInvite answers each invitation once.")
 {
     ReentrantStage stage(check);
     const auto rejectAll = [](ReentrantStage& host)

@@ -13,7 +13,7 @@ namespace
 using onlinemanager::TUNNEL_TYPE_GW;
 using onlinemanager::TUNNEL_TYPE_PAAS;
 
-/// One of several components of a module, with its platform connections and a listener at each of its services.
+/// One of several components of a module, with its platform connections and a listener at each service.
 struct Component
 {
     Component(Stage& owner, onlinemanager::IOnlineManager* created, size_t firstConnection, const std::string& name,
@@ -89,7 +89,7 @@ struct TwoComponents : Stage
     std::optional<Component> b;
 };
 
-/// One event of every kind, from the platform objects of one component.
+/// Sends one event of every kind from the platform objects of one component.
 void SendEverything(Component& component)
 {
     component.connection.JoinGroupResult(0);
@@ -115,13 +115,14 @@ void SendEverything(Component& component)
     component.connection.Logouted(36);
 }
 
-/// Notifications of SendEverything: of the meeting, of presence, of invitations, of reports, of the gateway's meeting and its
-/// reconnections, of the session.
+/// The notifications for SendEverything: of the meeting, of presence, of invitations, of reports, of the gateway's
+/// meeting and reconnections, and of the session.
 constexpr size_t kEverything = 4 + 2 + 4 + 1 + 3 + 3 + 5;
 
 } // namespace
 
-CONTRACT_CHECK(SideBySide, EventsOfOneComponentNeverReachTheOthersListeners, "Of no service, in neither direction.")
+CONTRACT_CHECK(SideBySide, EventsOfOneComponentNeverReachTheOthersListeners,
+               "This holds for every service, in both directions.")
 {
     TwoComponents stage(check);
     SendEverything(*stage.a);
@@ -133,7 +134,7 @@ CONTRACT_CHECK(SideBySide, EventsOfOneComponentNeverReachTheOthersListeners, "Of
     check.ExpectEqual(kEverything, stage.journal.Count("B."), "notifications of the second");
 }
 
-CONTRACT_CHECK(SideBySide, EachComponentCallsItsOwnPlatformObjects, "Whatever operation of whichever service.")
+CONTRACT_CHECK(SideBySide, EachComponentCallsItsOwnPlatformObjects, "This holds for every operation of every service.")
 {
     TwoComponents stage(check);
     const auto work = [](Component& component)
@@ -159,7 +160,7 @@ CONTRACT_CHECK(SideBySide, EachComponentCallsItsOwnPlatformObjects, "Whatever op
 }
 
 CONTRACT_CHECK(SideBySide, EachComponentHasStateOfItsOwn,
-               "Logins, known users, custom texts, invitations and subscriptions.")
+               "Each has its own login, known users, custom text, invitations and subscriptions.")
 {
     TwoComponents stage(check);
     Refresh(stage.a->connection, {UserOnPc("7", 1)});
@@ -178,7 +179,8 @@ CONTRACT_CHECK(SideBySide, EachComponentHasStateOfItsOwn,
     check.ExpectEqual(true, stage.a->session->Relogin(false), "the first is still logged in");
 }
 
-CONTRACT_CHECK(SideBySide, TheEndOfOneComponentLeavesTheOtherWorking, "With everything that it can hear and do.")
+CONTRACT_CHECK(SideBySide, TheEndOfOneComponentLeavesTheOtherWorking,
+               "All its operations and notifications still work.")
 {
     TwoComponents stage(check);
     stage.ReleaseComponent();
@@ -189,7 +191,7 @@ CONTRACT_CHECK(SideBySide, TheEndOfOneComponentLeavesTheOtherWorking, "With ever
 }
 
 CONTRACT_CHECK(SideBySide, ComponentsMayComeGoAndWorkOnThreadsOfTheirOwn,
-               "Each thread makes a component, lets it hear everything and takes it down, again and again.")
+               "Each thread creates a component, sends it every event and destroys it, several times.")
 {
     constexpr int kThreads = 3;
     Stage stage(check, Scene::Loaded);
@@ -226,7 +228,7 @@ CONTRACT_CHECK(SideBySide, ComponentsMayComeGoAndWorkOnThreadsOfTheirOwn,
     }
     for (int index = 0; index < kThreads; ++index)
     {
-        // The login is heard while the component is made.
+        // The login's notification comes while the component is created.
         check.ExpectEqual(10 * (kEverything + 1), stage.journal.Count("C" + std::to_string(index) + "."),
                           "notifications of thread " + std::to_string(index));
     }

@@ -14,7 +14,7 @@ std::string Log(std::string_view text)
 const std::string kInit = Log("InitModel()");
 const std::string kGetComponent = "connection1.GetComponent(IZolTMsg)";
 
-/// The host's notify interface has no operation, so that a call of one could only go to a slot that is not there.
+/// The host's notify interface has no operation, so any call would use a slot that does not exist.
 class EmptyNotify final : public onlinemanager::IPaasTMsgNotify
 {
 };
@@ -31,7 +31,7 @@ CONTRACT_CHECK(TMsg, InitModelTwiceRegistersNothingMore, "The second call return
 }
 
 CONTRACT_CHECK(TMsg, UninitModelUnregistersAndForgetsTheComponentWithoutReleasingIt,
-               "Without a line; a second call does nothing, and InitModel fetches the component anew.")
+               "It logs nothing; a second call does nothing, and InitModel fetches the component again.")
 {
     Stage stage(check);
     onlinemanager::IPaasTMsg* const tmsg = stage.TMsg();
@@ -44,7 +44,7 @@ CONTRACT_CHECK(TMsg, UninitModelUnregistersAndForgetsTheComponentWithoutReleasin
 }
 
 CONTRACT_CHECK(TMsg, UninitModelWithoutInitModelReturnsTrueAndDoesNothingElse,
-               "A channel whose component was refused has nothing to unregister.")
+               "The service has no component, so there is nothing to unregister.")
 {
     Stage stage(check, Scene::Created);
     stage.platform.onNewConnection = [](RecordingConnection& connection)
@@ -55,7 +55,8 @@ CONTRACT_CHECK(TMsg, UninitModelWithoutInitModelReturnsTrueAndDoesNothingElse,
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(TMsg, ARefusedComponentIsLoggedAndInitModelMayBeCalledAgain, "False, then true.")
+CONTRACT_CHECK(TMsg, ARefusedComponentIsLoggedAndInitModelMayBeCalledAgain,
+               "The first result is false, the second true.")
 {
     Stage stage(check, Scene::Created);
     stage.platform.onNewConnection = [](RecordingConnection& connection)
@@ -69,7 +70,8 @@ CONTRACT_CHECK(TMsg, ARefusedComponentIsLoggedAndInitModelMayBeCalledAgain, "Fal
     stage.ExpectJournal({kInit, kGetComponent, "tmsg1.AddListener(listener1)"});
 }
 
-CONTRACT_CHECK(TMsg, MessagesAreLoggedAndEndThere, "User and group messages have their own texts; no call follows.")
+CONTRACT_CHECK(TMsg, MessagesAreLoggedAndEndThere,
+               "User and group messages have their own log texts; no listener is called.")
 {
     Stage stage(check);
     stage.Connection().tmsg.UserMsgIncome("52012", 7, "{\"a\":1}");
@@ -80,7 +82,7 @@ CONTRACT_CHECK(TMsg, MessagesAreLoggedAndEndThere, "User and group messages have
     });
 }
 
-CONTRACT_CHECK(TMsg, AMessageIdOf4294967295IsLoggedAsMinus1, "The id is printed as a signed number, in both texts.")
+CONTRACT_CHECK(TMsg, AMessageIdOf4294967295IsLoggedAsMinus1, "Both log texts print the id as a signed number.")
 {
     Stage stage(check);
     stage.Connection().tmsg.UserMsgIncome("1", 4294967295, "");
@@ -91,11 +93,11 @@ CONTRACT_CHECK(TMsg, AMessageIdOf4294967295IsLoggedAsMinus1, "The id is printed 
     });
 }
 
-CONTRACT_CHECK(TMsg, AnIncomingMessageCallsNoRegisteredNotify, "The channel is receive-only and ends in the module.")
+CONTRACT_CHECK(TMsg, AnIncomingMessageCallsNoRegisteredNotify, "The service only logs messages.")
 {
     Stage stage(check);
     onlinemanager::IPaasTMsg* const tmsg = stage.TMsg();
-    // An object without operations: any call of a slot would run into memory that is no function table.
+    // An object without operations: a call of any slot would use memory that is not a function table.
     EmptyNotify first;
     EmptyNotify second;
     tmsg->AddNotify(&first);
@@ -108,7 +110,7 @@ CONTRACT_CHECK(TMsg, AnIncomingMessageCallsNoRegisteredNotify, "The channel is r
     tmsg->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(TMsg, MessagesThatAreNoJsonOrHugeOrNullHarmNobody, "They are opaque.")
+CONTRACT_CHECK(TMsg, MessagesThatAreNoJsonOrHugeOrNullHarmNobody, "The service does not read them.")
 {
     Stage stage(check);
     const std::string huge(100000, '[');
@@ -121,7 +123,7 @@ CONTRACT_CHECK(TMsg, MessagesThatAreNoJsonOrHugeOrNullHarmNobody, "They are opaq
     check.ExpectEqual(8U, stage.journal.Count("MsgIncome srcUserId: msgId:1 msg:"), "lines");
 }
 
-CONTRACT_CHECK(TMsg, TheChannelNeedsNoLogin, "Messages are logged whether or not anybody is logged in.")
+CONTRACT_CHECK(TMsg, TheChannelNeedsNoLogin, "Messages are logged whether or not a user is logged in.")
 {
     Stage stage(check);
     stage.Connection().Logouted(0);

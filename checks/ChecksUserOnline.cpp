@@ -23,7 +23,7 @@ std::string NotLoggedIn(const std::string& operation)
 
 const auto kFailure = static_cast<avcore::ZolPortErrCode>(7);
 
-/// A stage with the user service and a listener U at it.
+/// A stage with the user service and its listener U.
 struct PresenceStage : Stage
 {
     explicit PresenceStage(CheckContext& context, Scene scene = Scene::LoggedIn)
@@ -46,7 +46,7 @@ struct PresenceStage : Stage
 } // namespace
 
 CONTRACT_CHECK(UserOnline, EveryOperationBeforeLoginSaysSoWithItsNameAndIsRefused,
-               "Nothing reaches the platform; GetSelfCustomInfo and QueryUserStatus answer all the same.")
+               "The platform is not called; GetSelfCustomInfo and QueryUserStatus still work.")
 {
     PresenceStage stage(check, Scene::Initialized);
     unsigned id = 77;
@@ -105,7 +105,7 @@ CONTRACT_CHECK(UserOnline, LoginLogoutAndAFailedLoginDecideWhoIsLoggedIn,
 }
 
 CONTRACT_CHECK(UserOnline, ALoginStartsTheFirstRefreshAfterTheListenersWereTold,
-               "By the session's success, before any operation of the host.")
+               "The successful login starts it, before any operation of the host.")
 {
     Stage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();
@@ -122,7 +122,7 @@ CONTRACT_CHECK(UserOnline, ALoginStartsTheFirstRefreshAfterTheListenersWereTold,
     session->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(UserOnline, AFailedFirstRefreshIsOnlyLogged, "The login stands.")
+CONTRACT_CHECK(UserOnline, AFailedFirstRefreshIsOnlyLogged, "The user stays logged in.")
 {
     PresenceStage stage(check, Scene::Initialized);
     stage.Online().SetResult("RefreshAllUsersStatus", E_FAIL);
@@ -137,7 +137,7 @@ CONTRACT_CHECK(UserOnline, AFailedFirstRefreshIsOnlyLogged, "The login stands.")
     check.ExpectEqual(true, stage.users->SetSelfCustomInfo("x"), "the user service is logged in");
 }
 
-CONTRACT_CHECK(UserOnline, AFailedLoginStartsNoRefresh, "Nor does a logout.")
+CONTRACT_CHECK(UserOnline, AFailedLoginStartsNoRefresh, "A logout starts none either.")
 {
     PresenceStage stage(check, Scene::Initialized);
     stage.Connection().LoginResult(4);
@@ -145,7 +145,8 @@ CONTRACT_CHECK(UserOnline, AFailedLoginStartsNoRefresh, "Nor does a logout.")
     check.ExpectEqual(0U, stage.journal.Count("online1."), "calls of the platform");
 }
 
-CONTRACT_CHECK(UserOnline, TheFirstRefreshIsNotReportedAsFinished, "Its changes are told; the host started no refresh.")
+CONTRACT_CHECK(UserOnline, TheFirstRefreshIsNotReportedAsFinished,
+               "Its changes are reported; the host has not started it.")
 {
     PresenceStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1)}, 101);
@@ -153,7 +154,7 @@ CONTRACT_CHECK(UserOnline, TheFirstRefreshIsNotReportedAsFinished, "Its changes 
 }
 
 CONTRACT_CHECK(UserOnline, ACompanyRefreshInThreePagesChangesOnceAfterTheThirdThenIsReportedFinished,
-               "OnUserStatusChanged with all pages, then OnUserStatusRefreshed(requestId, 0).")
+               "OnUserStatusChanged has the users of all pages; then comes OnUserStatusRefreshed(requestId, 0).")
 {
     PresenceStage stage(check);
     unsigned id = 0;
@@ -173,7 +174,7 @@ CONTRACT_CHECK(UserOnline, ACompanyRefreshInThreePagesChangesOnceAfterTheThirdTh
     stage.ExpectJournal({"U.OnUserStatusChanged([1,2,3])"});
 }
 
-CONTRACT_CHECK(UserOnline, ARefreshWithoutAnyChangeDeliversAnEmptyList, "Hosts learn that it came.")
+CONTRACT_CHECK(UserOnline, ARefreshWithoutAnyChangeDeliversAnEmptyList, "So the host sees that the refresh has ended.")
 {
     PresenceStage stage(check);
     Refresh(stage.Connection(), {});
@@ -181,7 +182,7 @@ CONTRACT_CHECK(UserOnline, ARefreshWithoutAnyChangeDeliversAnEmptyList, "Hosts l
 }
 
 CONTRACT_CHECK(UserOnline, ACompanyRefreshWhoseIdCameBack0IsNeverReportedAsFinished,
-               "The output is not written either; the operation succeeds.")
+               "The output is not written; the operation succeeds.")
 {
     PresenceStage stage(check);
     stage.Online().requestIds = {0};
@@ -194,7 +195,7 @@ CONTRACT_CHECK(UserOnline, ACompanyRefreshWhoseIdCameBack0IsNeverReportedAsFinis
 }
 
 CONTRACT_CHECK(UserOnline, AFailedCompanyRefreshKeepsAnIdThatThePlatformGave,
-               "It is written and remembered whatever the status, and its end is reported.")
+               "The id is written and remembered for any status, and the end is reported.")
 {
     PresenceStage stage(check);
     stage.Online().SetResult("RefreshAllUsersStatus", E_FAIL);
@@ -209,7 +210,7 @@ CONTRACT_CHECK(UserOnline, AFailedCompanyRefreshKeepsAnIdThatThePlatformGave,
     stage.ExpectJournal({"U.OnUserStatusRefreshed(102, 7)"});
 }
 
-CONTRACT_CHECK(UserOnline, APositiveStatusOfThePlatformIsSuccess, "Only negative ones fail.")
+CONTRACT_CHECK(UserOnline, APositiveStatusOfThePlatformIsSuccess, "Only a negative status is a failure.")
 {
     PresenceStage stage(check);
     for (const char* const operation : {"RefreshAllUsersStatus", "RefreshUsersStatus", "SetUserCustomInfo"})
@@ -223,7 +224,7 @@ CONTRACT_CHECK(UserOnline, APositiveStatusOfThePlatformIsSuccess, "Only negative
 }
 
 CONTRACT_CHECK(UserOnline, AnErrorPageLeavesEarlierPagesInTheCacheForTheNextRefresh,
-               "And ends the request when it is the last one, with the platform's code and without a change.")
+               "If it is the last page, it ends the request with the platform's code and without changes.")
 {
     PresenceStage stage(check);
     unsigned id = 0;
@@ -236,7 +237,7 @@ CONTRACT_CHECK(UserOnline, AnErrorPageLeavesEarlierPagesInTheCacheForTheNextRefr
     stage.ExpectJournal({"U.OnUserStatusChanged([1,3])"});
 }
 
-CONTRACT_CHECK(UserOnline, AnErrorPageThatIsNotTheLastEndsNothing, "The request goes on to its last page.")
+CONTRACT_CHECK(UserOnline, AnErrorPageThatIsNotTheLastEndsNothing, "The request continues until its last page.")
 {
     PresenceStage stage(check);
     unsigned id = 0;
@@ -248,7 +249,8 @@ CONTRACT_CHECK(UserOnline, AnErrorPageThatIsNotTheLastEndsNothing, "The request 
     stage.ExpectJournal({"U.OnUserStatusChanged([2])", "U.OnUserStatusRefreshed(102, 0)"});
 }
 
-CONTRACT_CHECK(UserOnline, RefreshUserStatusWithAnEmptyListHasItsOwnMessageAfterTheLoginTest, "False, with its line.")
+CONTRACT_CHECK(UserOnline, RefreshUserStatusWithAnEmptyListHasItsOwnMessageAfterTheLoginTest,
+               "The result is false, and a line is logged.")
 {
     PresenceStage stage(check);
     unsigned id = 77;
@@ -258,7 +260,7 @@ CONTRACT_CHECK(UserOnline, RefreshUserStatusWithAnEmptyListHasItsOwnMessageAfter
 }
 
 CONTRACT_CHECK(UserOnline, RefreshUserStatusSendsTheIdsAsTextsInOrderWithDuplicates,
-               "The platform writes its id straight to the caller, 0 too.")
+               "The caller gets the platform's id, also if it is 0.")
 {
     PresenceStage stage(check);
     unsigned id = 77;
@@ -270,7 +272,7 @@ CONTRACT_CHECK(UserOnline, RefreshUserStatusSendsTheIdsAsTextsInOrderWithDuplica
     check.ExpectEqual(0U, id, "request id of the platform that gives 0");
 }
 
-CONTRACT_CHECK(UserOnline, AFailedRefreshUserStatusIsLoggedWithItsCode, "The id is the platform's all the same.")
+CONTRACT_CHECK(UserOnline, AFailedRefreshUserStatusIsLoggedWithItsCode, "The caller still gets the platform's id.")
 {
     PresenceStage stage(check);
     stage.Online().SetResult("RefreshUsersStatus", E_INVALIDARG);
@@ -294,7 +296,7 @@ CONTRACT_CHECK(UserOnline, ARefreshOfListedUsersReplacesTheWholeTableAndIsNotRep
                       "what is known of the others");
 }
 
-CONTRACT_CHECK(UserOnline, ANullOutputIsRefusedWithoutALine, "Logged in or not.")
+CONTRACT_CHECK(UserOnline, ANullOutputIsRefusedWithoutALine, "Whether logged in or not.")
 {
     for (const Scene scene : {Scene::Initialized, Scene::LoggedIn})
     {
@@ -312,7 +314,7 @@ CONTRACT_CHECK(UserOnline, ANullOutputIsRefusedWithoutALine, "Logged in or not."
 }
 
 CONTRACT_CHECK(UserOnline, WithoutThePlatformsComponentEveryOperationIsRefusedWithoutALine,
-               "But for the entry lines of SetSelfCustomInfo and RejectAllInvite, which come before any test.")
+               "Only SetSelfCustomInfo and RejectAllInvite log their entry line, because they log it before any test.")
 {
     Stage stage(check, Scene::Created);
     stage.platform.onNewConnection = [](RecordingConnection& connection) { connection.handsOutNull = true; };
@@ -337,7 +339,8 @@ CONTRACT_CHECK(UserOnline, WithoutThePlatformsComponentEveryOperationIsRefusedWi
     check.ExpectEqual('\0', text[0], "nothing was stored");
 }
 
-CONTRACT_CHECK(UserOnline, ATerminalEventIsLoggedWithItsFieldsAndReportsItsUserAlone, "One id, when something changed.")
+CONTRACT_CHECK(UserOnline, ATerminalEventIsLoggedWithItsFieldsAndReportsItsUserAlone,
+               "The notification has one id, and comes only if the user changed.")
 {
     PresenceStage stage(check);
     const std::string line = "OnUserTerminalStateChanged(), userid=7, status=-2, terminal=pc, custom=100%s.";
@@ -348,7 +351,7 @@ CONTRACT_CHECK(UserOnline, ATerminalEventIsLoggedWithItsFieldsAndReportsItsUserA
 }
 
 CONTRACT_CHECK(UserOnline, ATerminalEventWhoseUserIdBeginsWithALetterOrIsNullIsIgnoredWithoutALine,
-               "One that begins with a digit is accepted and read up to the first letter.")
+               "An id that begins with a digit is read up to the first letter.")
 {
     PresenceStage stage(check);
     for (const char* const text : {static_cast<const char*>(nullptr), "", "u7", "-7", " 7", "99999999999999999999"})
@@ -363,7 +366,8 @@ CONTRACT_CHECK(UserOnline, ATerminalEventWhoseUserIdBeginsWithALetterOrIsNullIsI
     });
 }
 
-CONTRACT_CHECK(UserOnline, AnEventAfterALogoutIsStillTaken, "The table is emptied at the logout and fills again.")
+CONTRACT_CHECK(UserOnline, AnEventAfterALogoutIsStillTaken,
+               "The logout empties the table, and later events fill it again.")
 {
     PresenceStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1)});
@@ -375,7 +379,7 @@ CONTRACT_CHECK(UserOnline, AnEventAfterALogoutIsStillTaken, "The table is emptie
 }
 
 CONTRACT_CHECK(UserOnline, ALogoutKeepsRefreshesUnderWayAndTheCustomText,
-               "The end of a refresh is still reported, pages in the cache stay, and the text too.")
+               "The end of a refresh is still reported, and the collected pages and the custom text are kept.")
 {
     PresenceStage stage(check);
     unsigned id = 0;
@@ -391,7 +395,7 @@ CONTRACT_CHECK(UserOnline, ALogoutKeepsRefreshesUnderWayAndTheCustomText,
     check.ExpectEqual("mine", std::string(text), "the custom text");
 }
 
-CONTRACT_CHECK(UserOnline, AFailedLoginKeepsTheTable, "Only a logout empties it.")
+CONTRACT_CHECK(UserOnline, AFailedLoginKeepsTheTable, "Only a logout empties the table.")
 {
     PresenceStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1)});
@@ -401,7 +405,7 @@ CONTRACT_CHECK(UserOnline, AFailedLoginKeepsTheTable, "Only a logout empties it.
 }
 
 CONTRACT_CHECK(UserOnline, SetSelfCustomInfoLogsStoresAndPublishes,
-               "In this order; the platform gets the text as it is.")
+               "In this order; the platform gets the text unchanged.")
 {
     PresenceStage stage(check);
     check.ExpectEqual(true, stage.users->SetSelfCustomInfo("away %d"), "SetSelfCustomInfo");
@@ -411,7 +415,7 @@ CONTRACT_CHECK(UserOnline, SetSelfCustomInfoLogsStoresAndPublishes,
 }
 
 CONTRACT_CHECK(UserOnline, ACustomTextIsKeptWhenThePlatformRefusesItButNotWhenNobodyIsLoggedIn,
-               "It is stored before the platform is asked.")
+               "It is stored before the platform is called.")
 {
     PresenceStage stage(check);
     stage.Online().SetResult("SetUserCustomInfo", E_FAIL);
@@ -431,7 +435,7 @@ CONTRACT_CHECK(UserOnline, ACustomTextIsKeptWhenThePlatformRefusesItButNotWhenNo
 }
 
 CONTRACT_CHECK(UserOnline, GetSelfCustomInfoIntoTooSmallABufferFillsItWithoutATerminator,
-               "4 bytes of a text of 10 characters; with one byte more than the text it is terminated.")
+               "4 bytes get 4 of 10 characters; a buffer with one byte more than the text gets a terminator.")
 {
     PresenceStage stage(check);
     stage.users->SetSelfCustomInfo("0123456789");
@@ -447,7 +451,8 @@ CONTRACT_CHECK(UserOnline, GetSelfCustomInfoIntoTooSmallABufferFillsItWithoutATe
     check.ExpectEqual("0123456789", std::string(eleven), "eleven bytes");
 }
 
-CONTRACT_CHECK(UserOnline, GetSelfCustomInfoFillsTheRestOfTheBufferWithZeros, "To its last byte and not beyond.")
+CONTRACT_CHECK(UserOnline, GetSelfCustomInfoFillsTheRestOfTheBufferWithZeros,
+               "This holds up to the last byte of the buffer, and not beyond.")
 {
     PresenceStage stage(check);
     stage.users->SetSelfCustomInfo("ab");
@@ -457,7 +462,8 @@ CONTRACT_CHECK(UserOnline, GetSelfCustomInfoFillsTheRestOfTheBufferWithZeros, "T
     check.ExpectEqual("ab" + std::string(62, '\0') + "?", std::string(buffer, 65), "the buffer");
 }
 
-CONTRACT_CHECK(UserOnline, QueriesCallBackOnTheCallersThreadBeforeTheyReturn, "With a copy of what is known.")
+CONTRACT_CHECK(UserOnline, QueriesCallBackOnTheCallersThreadBeforeTheyReturn,
+               "The callback gets a copy of the known user.")
 {
     PresenceStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1)});
@@ -468,7 +474,7 @@ CONTRACT_CHECK(UserOnline, QueriesCallBackOnTheCallersThreadBeforeTheyReturn, "W
     stage.ExpectJournal({"[host] answer 7", "[host] returned"});
 }
 
-CONTRACT_CHECK(UserOnline, ListenersAreCalledInOrderAndARemovedOneIsNot, "The list works as every service's.")
+CONTRACT_CHECK(UserOnline, ListenersAreCalledInOrderAndARemovedOneIsNot, "The notify list works as for every service.")
 {
     PresenceStage stage(check);
     UserNotify second(stage.journal, "V");
@@ -485,7 +491,7 @@ CONTRACT_CHECK(UserOnline, ListenersAreCalledInOrderAndARemovedOneIsNot, "The li
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(UserOnline, AListenerNeedsToOverrideOnlyTwoOperations, "The other four do nothing of themselves.")
+CONTRACT_CHECK(UserOnline, AListenerNeedsToOverrideOnlyTwoOperations, "The other four have empty bodies.")
 {
     class Smallest final : public onlinemanager::IUserOnlineNotify
     {

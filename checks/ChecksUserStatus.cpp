@@ -7,7 +7,7 @@ namespace checks
 namespace
 {
 
-/// A logged-in stage with the user service and a listener U at it.
+/// A logged-in stage with the user service and its listener U.
 struct StatusStage : Stage
 {
     explicit StatusStage(CheckContext& context) : Stage(context, Scene::LoggedIn), listener(journal, "U")
@@ -21,7 +21,7 @@ struct StatusStage : Stage
         Connection().online.UserTerminalStateChanged(userId, terminal);
     }
 
-    /// The users reported as changed since the last time, one text for each report.
+    /// The users that were reported as changed since the last call, one text for each notification.
     std::vector<std::string> TakeChanges()
     {
         const std::string begin = "U.OnUserStatusChanged(";
@@ -66,7 +66,7 @@ CONTRACT_CHECK(UserStatus, AFirstEventMakesTheUserWithOneTerminalAndARepeatedOne
 }
 
 CONTRACT_CHECK(UserStatus, AnEventThatChangesOnlyTheTerminalTypeReportsNothingAndKeepsTheStoredType,
-               "Status and custom text alone make a change; with one of them the type is taken over too.")
+               "Only status and custom text make a change; with such a change the type is stored too.")
 {
     StatusStage stage(check);
     stage.Event("7", {"pc", 1, "busy", "{\"tt\":3}"});
@@ -80,7 +80,7 @@ CONTRACT_CHECK(UserStatus, AnEventThatChangesOnlyTheTerminalTypeReportsNothingAn
 }
 
 CONTRACT_CHECK(UserStatus, TerminalsKeepTheOrderOfTheirFirstReportAndNeverLeave,
-               "A known one changes in its place, a new one comes last, an offline one stays.")
+               "A known terminal keeps its place, a new one is added at the end, an offline one stays.")
 {
     StatusStage stage(check);
     stage.Event("7", {"pc", 1, "a", "{\"tt\":1}"});
@@ -92,7 +92,7 @@ CONTRACT_CHECK(UserStatus, TerminalsKeepTheOrderOfTheirFirstReportAndNeverLeave,
     stage.ExpectKnown({7}, {"7: status=0 [pc type=3 status=0 custom=c] [phone type=2 status=0 custom=b]"});
 }
 
-CONTRACT_CHECK(UserStatus, TerminalsAreToldApartByteByByte, "Case and length count.")
+CONTRACT_CHECK(UserStatus, TerminalsAreToldApartByteByByte, "Letter case and length make a difference.")
 {
     StatusStage stage(check);
     for (const char* const name : {"pc", "PC", "pc ", ""})
@@ -104,7 +104,7 @@ CONTRACT_CHECK(UserStatus, TerminalsAreToldApartByteByByte, "Case and length cou
 }
 
 CONTRACT_CHECK(UserStatus, TheOnlineStatusIs1WithAnyTerminalOnlineElseThatOfTheLastTerminal,
-               "1 and 0 give 1, 0 and 2 give 2, 2 and 0 give 0, no terminals give 0; by event and by page.")
+               "1 and 0 give 1, 0 and 2 give 2, 2 and 0 give 0, no terminals give 0; for events and for pages.")
 {
     const struct
     {
@@ -141,9 +141,9 @@ CONTRACT_CHECK(UserStatus, TheOnlineStatusIs1WithAnyTerminalOnlineElseThatOfTheL
 }
 
 CONTRACT_CHECK(UserStatus, TheDigestsAreThoseOfTheStandardLibrarysStringHash,
-               "Name, status and custom text, mixed as laid down; the terminal's type has no part in it.")
+               "The digest covers name, status and custom text, and not the terminal's type.")
 {
-    // Computed from the definition by a program of its own.
+    // Computed from the definition by a separate program.
     const struct
     {
         PageTerminal terminal;
@@ -174,7 +174,7 @@ CONTRACT_CHECK(UserStatus, TheDigestsAreThoseOfTheStandardLibrarysStringHash,
 }
 
 CONTRACT_CHECK(UserStatus, TheDigestDoesNotDependOnTheOrderAndEqualTerminalsCancelEachOtherOut,
-               "Two users with the same terminals in different orders have equal digests; one terminal twice gives 0.")
+               "Users with the same terminals in another order have equal digests; the same terminal twice gives 0.")
 {
     const PageTerminal pc{"pc", 1, "busy", "{}"};
     const PageTerminal phone{"phone-0815", 0, "away for lunch", "{}"};
@@ -190,7 +190,7 @@ CONTRACT_CHECK(UserStatus, TheDigestDoesNotDependOnTheOrderAndEqualTerminalsCanc
 }
 
 CONTRACT_CHECK(UserStatus, ARefreshKeepsAnOnlineUserWithAnUnchangedDigestAndDoesNotReportIt,
-               "The old record stays: a type that changed meanwhile is not taken over.")
+               "The old record stays, so a changed terminal type is not stored.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {{"7", {{"pc", 1, "busy", "{\"tt\":3}"}}}});
@@ -200,7 +200,7 @@ CONTRACT_CHECK(UserStatus, ARefreshKeepsAnOnlineUserWithAnUnchangedDigestAndDoes
     stage.ExpectKnown({7}, {"7: status=1 [pc type=3 status=1 custom=busy]"});
 }
 
-CONTRACT_CHECK(UserStatus, ARefreshReportsAnOnlineUserWithAnotherDigest, "And the new record takes its place.")
+CONTRACT_CHECK(UserStatus, ARefreshReportsAnOnlineUserWithAnotherDigest, "The new record replaces the old one.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1, "busy")});
@@ -210,7 +210,8 @@ CONTRACT_CHECK(UserStatus, ARefreshReportsAnOnlineUserWithAnotherDigest, "And th
     stage.ExpectKnown({7}, {"7: status=1 [pc type=3 status=1 custom=free]"});
 }
 
-CONTRACT_CHECK(UserStatus, ARefreshReportsAUserWhoseStatusChangedFrom0To1AndBack, "Each way, with the new record.")
+CONTRACT_CHECK(UserStatus, ARefreshReportsAUserWhoseStatusChangedFrom0To1AndBack,
+               "Both changes are reported, and the new record is stored.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 0)});
@@ -224,7 +225,7 @@ CONTRACT_CHECK(UserStatus, ARefreshReportsAUserWhoseStatusChangedFrom0To1AndBack
 }
 
 CONTRACT_CHECK(UserStatus, ARefreshReportsOnlineUsersThatAreMissingInAscendingOrderAndForgetsThem,
-               "Behind the users of the refresh itself; offline ones disappear without report.")
+               "They follow the users of the refresh; offline users are forgotten without a report.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("30", 1), UserOnPc("9", 1), UserOnPc("200", 1), UserOnPc("4", 0)});
@@ -240,8 +241,9 @@ CONTRACT_CHECK(UserStatus, ARefreshReportsOnlineUsersThatAreMissingInAscendingOr
                                             });
 }
 
-CONTRACT_CHECK(UserStatus, AUserOfflineBeforeAndAfterARefreshDropsOutWithoutReport,
-               "By an equal status other than 1, whatever else changed; so the next refresh reports a new user.")
+CONTRACT_CHECK(
+    UserStatus, AUserOfflineBeforeAndAfterARefreshDropsOutWithoutReport,
+    "This holds for an equal status other than 1, whatever else changed; the next refresh reports the user as new.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 0, "a"), UserOnPc("8", 2, "a")});
@@ -254,7 +256,7 @@ CONTRACT_CHECK(UserStatus, AUserOfflineBeforeAndAfterARefreshDropsOutWithoutRepo
     stage.ExpectKnown({7}, {"7: status=0 [pc type=3 status=0 custom=b]"});
 }
 
-CONTRACT_CHECK(UserStatus, ARefreshReportsAUserThatWentFromOneOfflineStatusToAnother, "2 is not 0.")
+CONTRACT_CHECK(UserStatus, ARefreshReportsAUserThatWentFromOneOfflineStatusToAnother, "Status 2 differs from status 0.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("8", 2)});
@@ -265,7 +267,7 @@ CONTRACT_CHECK(UserStatus, ARefreshReportsAUserThatWentFromOneOfflineStatusToAno
 }
 
 CONTRACT_CHECK(UserStatus, OfAUserTwiceInARefreshTheFirstRecordWinsAndTheIdIsReportedTwice,
-               "For a new user, and for one whose status changed; an unchanged one counts the second record only.")
+               "For a new user and for a changed status; for an unchanged user only the second record counts.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1, "first"), UserOnPc("7", 1, "second")});
@@ -282,7 +284,7 @@ CONTRACT_CHECK(UserStatus, OfAUserTwiceInARefreshTheFirstRecordWinsAndTheIdIsRep
 }
 
 CONTRACT_CHECK(UserStatus, AUserOfflineBeforeAndTwiceInARefreshIsTakenOverByTheSecondRecord,
-               "The first one, offline as before, does not enter the table; the second one, online, does.")
+               "The first record, still offline, is not stored; the second record, online, is.")
 {
     StatusStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 0)});
@@ -293,7 +295,7 @@ CONTRACT_CHECK(UserStatus, AUserOfflineBeforeAndTwiceInARefreshIsTakenOverByTheS
 }
 
 CONTRACT_CHECK(UserStatus, APageUserWhoseIdIsNoNumberIsCachedUnderId0,
-               "Null, empty, a letter or a sign in front, more than a number holds.")
+               "Null, empty, a letter or a sign in front, and numbers out of range.")
 {
     StatusStage stage(check);
     PageUser nobody = UserOnPc("", 1, "null");
@@ -309,8 +311,9 @@ CONTRACT_CHECK(UserStatus, APageUserWhoseIdIsNoNumberIsCachedUnderId0,
     stage.ExpectKnown({7}, {"7: status=1 [pc type=3 status=1 custom=digits first]"});
 }
 
-CONTRACT_CHECK(UserStatus, AQueryCallsBackOncePerIdInOrderWithADefaultRecordForTheUnknown,
-               "5 first, by default, then 7 as it is known; an id asked twice is answered twice.")
+CONTRACT_CHECK(
+    UserStatus, AQueryCallsBackOncePerIdInOrderWithADefaultRecordForTheUnknown,
+    "For 5, 7 the callback gets a default record and then the known one; an id that is asked twice is answered twice.")
 {
     StatusStage stage(check);
     stage.Event("7", {"pc", 1, "", "{\"tt\":3}"});
@@ -327,7 +330,7 @@ CONTRACT_CHECK(UserStatus, AQueryCallsBackOncePerIdInOrderWithADefaultRecordForT
 }
 
 CONTRACT_CHECK(UserStatus, TheTerminalTypeIsReadFromTheExtensionText,
-               "A number or the digits that a text begins with; 0 for everything else.")
+               "It is a number or the digits at the start of a text; every other value gives 0.")
 {
     const struct
     {

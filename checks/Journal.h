@@ -12,8 +12,8 @@
 namespace checks
 {
 
-/// The name under which the calling thread stands in journals. A thread without a name is one of the module's own:
-/// "module".
+/// Sets the name of the calling thread in journals. A thread without a name is one that the module has started; its
+/// name is "module".
 void NameThread(const char* name);
 
 struct JournalEntry
@@ -22,11 +22,11 @@ struct JournalEntry
     std::string text;
 };
 
-/// What crossed the module's boundary, one line of text each, in the order of its happening. Used by every thread.
+/// The calls across the module's boundary in their order, one line of text for each. All operations are [any].
 class Journal
 {
 public:
-    /// Appends one line made of `parts`.
+    /// Appends one line that consists of `parts`.
     template <typename... Parts>
     void Add(const Parts&... parts)
     {
@@ -35,36 +35,37 @@ public:
         Append(text.str());
     }
 
-    /// Everything so far; the journal is empty afterwards.
+    /// Returns all lines and clears the journal.
     std::vector<JournalEntry> Take();
 
     void Clear();
 
-    /// How many lines contain `part`.
+    /// The number of lines that contain `part`.
     size_t Count(std::string_view part) const;
 
-    /// Waits until `count` lines contain `part`; false when that does not come to pass in half a minute.
+    /// Waits until `count` lines contain `part`; false after 30 s without them.
     bool Await(std::string_view part, size_t count = 1) const;
 
-    /// Orders everything that this thread has done before what other threads do behind a call of theirs.
+    /// Everything that this thread has done before the call happens before everything that another thread does after
+    /// its next call of the journal.
     void Synchronise() const;
 
 private:
     void Append(std::string text);
     size_t CountLocked(std::string_view part) const;
 
-    mutable std::mutex m_mutex; ///< guards what is below
+    mutable std::mutex m_mutex; ///< guards the members below
     mutable std::condition_variable m_added;
     std::vector<JournalEntry> m_entries;
 };
 
-/// A log line of a unit of the module as the journal has it: LogLine("PaasOnlineImp", "Login()").
+/// The journal's line for a log line of a source file of the module: LogLine("PaasOnlineImp", "Login()").
 std::string LogLine(std::string_view unit, std::string_view text);
 
-/// The text of a pointer that may be null, in quotes; `null` without them.
+/// The text in quotes; `null` without quotes for a null pointer.
 std::string Quoted(const char* text);
 
-/// The name of an identifier that both sides know, else its text.
+/// The name of an identifier of the interfaces; the text of any other identifier.
 std::string NameOf(const GUID& id);
 
 } // namespace checks

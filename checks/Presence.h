@@ -22,7 +22,7 @@ inline std::string TextOf(const onlinemanager::UserOnlineInfo& user)
     return text.str();
 }
 
-/// What the module knows of the users, in the order in which it says so.
+/// What the module knows about these users, in the order of its callbacks.
 inline std::vector<std::string> Known(onlinemanager::IUserOnline& users, const std::vector<unsigned>& ids)
 {
     std::vector<std::string> known;
@@ -37,13 +37,13 @@ inline uint64_t DigestOf(onlinemanager::IUserOnline& users, unsigned id)
     return digest;
 }
 
-/// A user with one terminal "pc".
+/// A user with the one terminal "pc".
 inline PageUser UserOnPc(const std::string& id, int32_t status, const std::string& custom = "")
 {
     return {id, {{"pc", status, custom, "{\"tt\":3}"}}};
 }
 
-/// A refresh of one page.
+/// Sends the single page of a refresh.
 inline void Refresh(RecordingConnection& connection, const Page& page, unsigned requestId = 101)
 {
     connection.online.RefreshUserStatusFinished(avcore::ZOL_PORT_SUCCESS, requestId, page, 1, 0);

@@ -12,18 +12,19 @@
 namespace checks
 {
 
-/// What a recording object answers and does when one of its operations is called, set by the check before.
+/// The results and the actions of a recording object's operations, which the check sets beforehand. All operations are
+/// [any].
 class Script
 {
 public:
-    /// The result of an operation from now on; 0 without one.
+    /// Sets the result of an operation from now on; it is 0 otherwise.
     void SetResult(const std::string& operation, HRESULT result)
     {
         const std::lock_guard guard(m_mutex);
         m_results[operation] = result;
     }
 
-    /// Done inside the operation, after its line was written, on the thread that called it.
+    /// Sets an action that the operation runs on its caller's thread, after it has written its line.
     void SetHook(const std::string& operation, std::function<void()> hook)
     {
         const std::lock_guard guard(m_mutex);
@@ -54,12 +55,12 @@ protected:
     }
 
 private:
-    std::mutex m_mutex; ///< guards what is below
+    std::mutex m_mutex; ///< guards the members below
     std::map<std::string, HRESULT> m_results;
     std::map<std::string, std::function<void()>> m_hooks;
 };
 
-/// A recording object that writes its calls under a name.
+/// A recording object, which writes its calls to the journal under its name.
 class Recorder : public Script
 {
 public:
@@ -85,8 +86,8 @@ private:
     const std::string m_name;
 };
 
-/// A reference-counted recording object. It starts with one reference and is never deleted by a count: the check owns it,
-/// so that a call after the last release can still be told.
+/// A recording object with a reference count, which starts at 1. The check owns the object and destroys it whatever the
+/// count is, so that the journal also shows a call after the last release.
 template <typename Interface>
 class RecordingUnknown : public Interface, public Recorder
 {
@@ -118,13 +119,13 @@ public:
         return m_references;
     }
 
-    /// A reference that the host adds for somebody else; not recorded.
+    /// Adds a reference that the host passes to its partner; not recorded.
     void Hold()
     {
         ++m_references;
     }
 
-    /// A reference that the host takes back; not recorded.
+    /// Takes such a reference back; not recorded.
     void Drop()
     {
         --m_references;
@@ -137,7 +138,7 @@ protected:
         return E_NOINTERFACE;
     }
 
-    /// Hands out `object`, an object of the host's, with a reference.
+    /// Returns `object`, which belongs to the host, with a reference.
     template <typename Other>
     static HRESULT HandOut(RecordingUnknown<Other>& object, void** out)
     {

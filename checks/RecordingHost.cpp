@@ -30,7 +30,7 @@ std::string Format(const char* format, va_list arguments)
     return text;
 }
 
-/// The text with every address of an object in it as "<pointer>"; an address has more digits than a result code.
+/// The text with "<pointer>" in place of each address. An address has more digits than a result code.
 std::string WithoutAddresses(std::string text)
 {
     constexpr size_t kShortestAddress = 9;

@@ -19,9 +19,9 @@
 namespace checks
 {
 
-/// Journals, for a line committed by its release: `log ../Unit.cpp: text`, with the level in front of the colon when it is
-/// not 2, and with a remark when the line number is not positive or when the message was not filled exactly once. With
-/// `recordsCalls` also: manager.GetLoggerLevel, manager.CreateMessage, message.Append, message.Release.
+/// Writes `log ../Unit.cpp: text` for each released message. In front of the colon it adds the level if it is not 2,
+/// and a remark if the line number is not positive or the message was not filled exactly once. With `recordsCalls` it
+/// also writes manager.GetLoggerLevel, manager.CreateMessage, message.Append and message.Release.
 class RecordingLogMgr final : public RecordingUnknown<ILogMgr>
 {
 public:
@@ -56,15 +56,15 @@ public:
 
     std::atomic<int32_t> level{Quenda::LOG_LEVEL_INFO};
     std::atomic<bool> recordsCalls{false};
-    std::atomic<bool> refusesMessages{false}; ///< CreateMessage gives null
+    std::atomic<bool> refusesMessages{false}; ///< CreateMessage returns null
     std::atomic<bool> throwsInAppend{false};
     std::atomic<bool> throwsInRelease{false};
-    std::atomic<int> openMessages{0};      ///< made and not yet released
-    std::atomic<int64_t> wrongLoggerId{0}; ///< an id asked for that the center never gave
-    std::atomic<int64_t> lastLoggerId{0};  ///< ids from 1 to this one were given
+    std::atomic<int> openMessages{0};      ///< created and not yet released
+    std::atomic<int64_t> wrongLoggerId{0}; ///< an id that the center has never given, of a GetLoggerLevel
+    std::atomic<int64_t> lastLoggerId{0};  ///< the center has given the ids from 1 to this one
 };
 
-/// Journals `center.OpenLogger("name", mode, option1, option2) -> id` and the like.
+/// Writes its calls, as `center.OpenLogger("name", mode, option1, option2) -> id`.
 class RecordingLogCenter final : public RecordingUnknown<ILogCenter>
 {
 public:
@@ -78,8 +78,8 @@ public:
     HRESULT RemoveLogWriter(const char* name, Quenda::ILogWriter* writer) override;
 
     RecordingLogMgr manager;
-    bool refusesLoggers = false;     ///< OpenLogger gives 0
-    bool isGoneAfterRelease = false; ///< Release gives 0, whatever references there are
+    bool refusesLoggers = false;     ///< OpenLogger returns 0
+    bool isGoneAfterRelease = false; ///< Release returns 0, whatever the count is
 };
 
 class RecordingLog final : public RecordingUnknown<IWLog>
@@ -88,7 +88,7 @@ public:
     using RecordingUnknown::RecordingUnknown;
 };
 
-/// Journals `allocator.CreateLog("name", level, mode) -> log1`.
+/// Writes its calls, as `allocator.CreateLog("name", level, mode) -> log1`.
 class RecordingLogAllocator final : public RecordingUnknown<IWLogAllocator>
 {
 public:
@@ -103,8 +103,8 @@ private:
     HRESULT HandOutLog(const std::string& call, const char* operation, IWLog** out);
 };
 
-/// Journals `http.Request(...) -> id`. Requests wait until `Complete`, or are answered from the thread "http" at once when
-/// their address has an answer.
+/// Writes `http.Request(...) -> id`. A request whose address has an answer gets it at once from the thread "http"; any
+/// other request waits for `Complete`.
 class RecordingHttp final : public RecordingUnknown<IHttpClient>
 {
 public:
@@ -137,16 +137,16 @@ public:
     uint32_t Request(const HttpRequest* request, IHttpResponseNotify* notify,
                      WBASELIB::TStringBase<char>* text) override;
 
-    /// Ends a request from the thread "http" and returns when the module has taken the event.
+    /// Completes a request from the thread "http" and returns when the module's listener has returned.
     void Complete(uint32_t id, unsigned int code, std::string body);
 
-    /// The same with null for the body.
+    /// The same with a null body.
     void CompleteWithNull(uint32_t id, unsigned int code, unsigned int length);
 
-    /// Sends header and data events of a request.
+    /// Sends one header event and one data event of a request.
     void SendPieces(uint32_t id);
 
-    /// Requests of this address are answered at once: header, data, complete.
+    /// From now on each request to this address is answered at once: header, data, completion.
     void Answer(const std::string& url, unsigned int code, const std::string& body);
 
     Worker thread;
@@ -160,13 +160,14 @@ private:
 
     IHttpResponseNotify* FindNotify(uint32_t id);
 
-    std::mutex m_mutex; ///< guards what is below
+    std::mutex m_mutex; ///< guards the members below
     uint32_t m_lastId = 0;
     std::map<uint32_t, IHttpResponseNotify*> m_notifies;
     std::map<std::string, ScriptedAnswer> m_answers;
 };
 
-/// Journals `factory.CreateComponent(ZolConnection, IZolConnection, null)` and makes connections of the platform.
+/// Writes `factory.CreateComponent(ZolConnection, IZolConnection, null)` and creates connections of the recording
+/// platform.
 class RecordingFactory final : public RecordingUnknown<IComponentFactory>
 {
 public:
@@ -182,17 +183,17 @@ public:
 
     RecordingLogCenter center;
     RecordingLogAllocator allocator;
-    std::deque<HRESULT> creationResults; ///< of the next creations; 0 when there is none left
+    std::deque<HRESULT> creationResults; ///< of the next creations; 0 when the list is empty
 
 protected:
-    /// SetResult("QueryInterface ILogCenter", code) refuses.
+    /// SetResult("QueryInterface ILogCenter", code) lets it refuse the log center.
     HRESULT Query(const GUID& iid, void** out) override;
 
 private:
     RecordingPlatform& m_platform;
 };
 
-/// Journals `strategy.CheckReconnect() -> decision`.
+/// Writes `strategy.CheckReconnect() -> decision`.
 class RecordingStrategy final : public onlinemanager::IReconnectionStrategy
 {
 public:

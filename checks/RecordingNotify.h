@@ -14,8 +14,8 @@
 namespace checks
 {
 
-/// A listener of the host's. Journals what it is told under its name: A.OnOffline(36). The hook is called after that with
-/// the same text behind the dot, on the thread of the notification; set it while no event can come.
+/// A listener of the host. It writes each notification under its name, as A.OnOffline(36), and then calls the hook on
+/// the same thread with the text after the dot. A check may set the hook only while no notification can come.
 template <typename Interface>
 class RecordingNotify : public Interface
 {
@@ -28,7 +28,7 @@ public:
 
 protected:
     template <typename... Parts>
-    void Tell(const Parts&... parts)
+    void Record(const Parts&... parts)
     {
         std::ostringstream event;
         (event << ... << parts);
@@ -36,7 +36,7 @@ protected:
         if (hook)
         {
             hook(event.str());
-            // The check that waits for the end of a thread of the module's may then take down what the hook has used.
+            // A check that waits for the end of a thread of the module may afterwards destroy what the hook has used.
             m_journal.Synchronise();
         }
     }
@@ -53,27 +53,27 @@ public:
 
     void OnReadyReconnect(onlinemanager::TunnelType type) override
     {
-        Tell("OnReadyReconnect(", +type, ")");
+        Record("OnReadyReconnect(", +type, ")");
     }
     void OnReconnectStart(onlinemanager::TunnelType type) override
     {
-        Tell("OnReconnectStart(", +type, ")");
+        Record("OnReconnectStart(", +type, ")");
     }
     void OnReconnectSucess(onlinemanager::TunnelType type) override
     {
-        Tell("OnReconnectSucess(", +type, ")");
+        Record("OnReconnectSucess(", +type, ")");
     }
     void OnReconnectFail(onlinemanager::TunnelType type, onlinemanager::ErrCode code) override
     {
-        Tell("OnReconnectFail(", +type, ", ", +code, ")");
+        Record("OnReconnectFail(", +type, ", ", +code, ")");
     }
     void OnLoginSuccess() override
     {
-        Tell("OnLoginSuccess()");
+        Record("OnLoginSuccess()");
     }
     void OnOffline(onlinemanager::ErrCode code) override
     {
-        Tell("OnOffline(", +code, ")");
+        Record("OnOffline(", +code, ")");
     }
 };
 
@@ -84,23 +84,23 @@ public:
 
     void OnJoinMeetingResult(onlinemanager::ErrCode code) override
     {
-        Tell("OnJoinMeetingResult(", +code, ")");
+        Record("OnJoinMeetingResult(", +code, ")");
     }
     void OnLeaveMeetingResult(onlinemanager::ErrCode code) override
     {
-        Tell("OnLeaveMeetingResult(", +code, ")");
+        Record("OnLeaveMeetingResult(", +code, ")");
     }
     void OnUserJoined(unsigned int userId) override
     {
-        Tell("OnUserJoined(", userId, ")");
+        Record("OnUserJoined(", userId, ")");
     }
     void OnUserLeaved(unsigned int userId) override
     {
-        Tell("OnUserLeaved(", userId, ")");
+        Record("OnUserLeaved(", userId, ")");
     }
 };
 
-/// Every field of an invitation.
+/// Every field of an invitation as text.
 inline std::string TextOf(const onlinemanager::InviteData& data)
 {
     std::ostringstream text;
@@ -123,27 +123,27 @@ public:
         {
             list += (list.empty() ? "" : ",") + std::to_string(id);
         }
-        Tell("OnUserStatusChanged([", list, "])");
+        Record("OnUserStatusChanged([", list, "])");
     }
     void OnUserStatusRefreshed(unsigned requestId, avcore::ZolPortErrCode code) override
     {
-        Tell("OnUserStatusRefreshed(", requestId, ", ", +code, ")");
+        Record("OnUserStatusRefreshed(", requestId, ", ", +code, ")");
     }
     void OnInviteIncome(unsigned userId, unsigned inviteId, const onlinemanager::InviteData& data) override
     {
-        Tell("OnInviteIncome(", userId, ", ", inviteId, ", ", TextOf(data), ")");
+        Record("OnInviteIncome(", userId, ", ", inviteId, ", ", TextOf(data), ")");
     }
     void OnInviteAccepted(unsigned userId, unsigned inviteId) override
     {
-        Tell("OnInviteAccepted(", userId, ", ", inviteId, ")");
+        Record("OnInviteAccepted(", userId, ", ", inviteId, ")");
     }
     void OnInviteRejected(unsigned userId, unsigned inviteId, avcore::ZolInviteRejectReason reason) override
     {
-        Tell("OnInviteRejected(", userId, ", ", inviteId, ", ", +reason, ")");
+        Record("OnInviteRejected(", userId, ", ", inviteId, ", ", +reason, ")");
     }
     void OnAbandonInvite(unsigned userId, unsigned inviteId, onlinemanager::InviteAbandonedReason reason) override
     {
-        Tell("OnAbandonInvite(", userId, ", ", inviteId, ", ", +reason, ")");
+        Record("OnAbandonInvite(", userId, ", ", inviteId, ", ", +reason, ")");
     }
 };
 
@@ -154,11 +154,11 @@ public:
 
     void OnSubscribeAVQualityInfo() override
     {
-        Tell("OnSubscribeAVQualityInfo()");
+        Record("OnSubscribeAVQualityInfo()");
     }
     void OnUnSubscribeAVQualityInfo() override
     {
-        Tell("OnUnSubscribeAVQualityInfo()");
+        Record("OnUnSubscribeAVQualityInfo()");
     }
 };
 

@@ -31,7 +31,7 @@ avcore::ZolUserTerminalInfo RecordOf(const PageTerminal& terminal)
     return {terminal.terminal.c_str(), terminal.status, terminal.custom.c_str(), terminal.ext.c_str()};
 }
 
-/// A page in the platform's records; the texts stay those of the page.
+/// A page in the platform's records, which refer to the texts of the page.
 struct PageRecords
 {
     explicit PageRecords(const Page& page)
@@ -382,7 +382,8 @@ void RecordingConnection::GroupUserSync(const std::vector<std::string>& users)
     {
         list.push_back(user.c_str());
     }
-    // Media records are opaque, so nobody can make one: the vector stays empty and is only referred to.
+    // Media records are opaque and cannot be created here, so the vector is empty; listeners only get a reference to
+    // it.
     alignas(void*) const std::byte media[16]{};
     sender.Send(listeners,
                 [&](avcore::IZolConnectionListener& listener) {

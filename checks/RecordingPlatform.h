@@ -21,8 +21,8 @@
 namespace checks
 {
 
-/// The listeners of one platform object. A listener is named in the journal by the order of its first registration:
-/// listener1, listener2.
+/// The listeners of one platform object. In the journal they are called listener1, listener2 and so on, in the order of
+/// their first registration. All operations are [any].
 template <typename Listener>
 class ListenerList
 {
@@ -41,7 +41,7 @@ public:
         return NameLocked(listener);
     }
 
-    /// No event is running on the listener when this returns, unless on this very thread.
+    /// Waits until no other thread runs an event on a listener of the list.
     std::string Remove(Listener* listener)
     {
         std::unique_lock lock(m_mutex);
@@ -55,7 +55,7 @@ public:
         return NameLocked(listener);
     }
 
-    /// Sends an event to every listener that is present when its turn comes.
+    /// Sends an event to each listener, unless it is removed before its turn.
     template <typename Event>
     void Send(Event event)
     {
@@ -107,16 +107,16 @@ private:
         return found == m_known.end() ? "stranger" : "listener" + std::to_string(found - m_known.begin() + 1);
     }
 
-    mutable std::mutex m_mutex; ///< guards what is below
+    mutable std::mutex m_mutex; ///< guards the members below
     std::condition_variable m_ended;
     std::vector<Listener*> m_present;
     std::vector<Listener*> m_known;
-    std::vector<std::thread::id> m_sending; ///< threads inside Send, each as often as it is
+    std::vector<std::thread::id> m_sending; ///< threads inside Send, one entry for each call
 };
 
-/// How a platform's events reach the module: on the thread "platform", each event waited for, or, with `sendsInline`, on
-/// the thread of whoever sends it. A listener that was removed during the event is skipped. An exception that a listener
-/// lets out is journaled as "exception left a listener".
+/// Sends the platform's events to the module: on the thread "platform", and returns when the event has ended; or, with
+/// `sendsInline`, on the calling thread. A listener that is removed during the event is skipped. For an exception that
+/// leaves a listener it writes "exception left a listener".
 class EventSender
 {
 public:
@@ -154,7 +154,7 @@ private:
     Worker& m_thread;
 };
 
-/// One terminal and one user of a refresh page, and the page itself.
+/// A terminal and a user of a page of a refresh, and the page.
 struct PageTerminal
 {
     std::string terminal;
@@ -167,12 +167,12 @@ struct PageUser
 {
     std::string id;
     std::vector<PageTerminal> terminals;
-    bool hasNullId = false; ///< the record's id is null instead
+    bool hasNullId = false; ///< the record has a null id instead
 };
 
 using Page = std::vector<PageUser>;
 
-/// Journals the operations of `IZolOnline` and sends its events.
+/// Writes the calls of `IZolOnline` and sends its events.
 class RecordingOnline final : public Recorder, public avcore::IZolOnline
 {
 public:
@@ -210,20 +210,20 @@ public:
     void UserTerminalStateChanged(const char* userId, const PageTerminal& terminal);
 
     ListenerList<avcore::IZolOnlineListener> listeners;
-    std::deque<unsigned> requestIds;   ///< of the next refreshes, 0 writes 0; counted from 101 when there is none left
-    std::deque<unsigned> inviteIds;    ///< of the next invitations; counted from 501 when there is none left
-    std::deque<HRESULT> inviteResults; ///< of the next invitations; the scripted result when there is none left
+    std::deque<unsigned> requestIds;   ///< of the next refreshes, also 0; counted from 101 when the list is empty
+    std::deque<unsigned> inviteIds;    ///< of the next invitations; counted from 501 when the list is empty
+    std::deque<HRESULT> inviteResults; ///< of the next invitations; the scripted result when the list is empty
 
 private:
     unsigned NextId(std::deque<unsigned>& ids, unsigned& last);
 
     EventSender& m_sender;
-    std::mutex m_idMutex; ///< held while an id is taken: several threads may ask for one
+    std::mutex m_idMutex; ///< guards the lists of ids and the last ids
     unsigned m_lastRequestId = 100;
     unsigned m_lastInviteId = 500;
 };
 
-/// Journals the operations of `IZolTMsg` and sends its events.
+/// Writes the calls of `IZolTMsg` and sends its events.
 class RecordingTMsg final : public Recorder, public avcore::IZolTMsg
 {
 public:
@@ -249,7 +249,7 @@ private:
     EventSender& m_sender;
 };
 
-/// Journals the operations of `IZolMdsClient` and sends its events.
+/// Writes the calls of `IZolMdsClient` and sends its events.
 class RecordingMds final : public Recorder, public avcore::IZolMdsClient
 {
 public:
@@ -275,12 +275,12 @@ private:
     EventSender& m_sender;
 };
 
-/// Journals the operations of `IZolConnection`, among them `connection1.GetComponent(IZolOnline)`, scripted as
-/// "GetComponent IZolOnline", and sends its events to every listener, in order of registration.
+/// Writes the calls of `IZolConnection` and sends its events to every listener, in order of registration. A script
+/// names the call `connection1.GetComponent(IZolOnline)` "GetComponent IZolOnline".
 class RecordingConnection final : public RecordingUnknown<avcore::IZolConnection>
 {
 public:
-    /// `number` stands in the names: connection1, online1, tmsg1, mds1.
+    /// `number` is part of the names: connection1, online1, tmsg1, mds1.
     RecordingConnection(Journal& journal, Worker& thread, const std::string& number);
 
     HRESULT AddListener(avcore::IZolConnectionListener* listener) override;
@@ -302,7 +302,7 @@ public:
     void JoinGroupResult(int code);
     void LeaveGroupResult(int code);
     void Logouted(int code);
-    /// What each listener answered.
+    /// Returns the answer of each listener.
     std::vector<int32_t> ReconnectStart();
     void ReconnectSucess();
     void ReconnectFail(int code, const char* text);
@@ -315,11 +315,11 @@ public:
     RecordingTMsg tmsg;
     RecordingMds mds;
     ListenerList<avcore::IZolConnectionListener> listeners;
-    std::atomic<avcore::IZolHttp*> http{nullptr}; ///< given to the last Login or RequestCPAddress
-    std::atomic<bool> handsOutNull{false};        ///< GetComponent succeeds with null
+    std::atomic<avcore::IZolHttp*> http{nullptr}; ///< the argument of the last Login or RequestCPAddress
+    std::atomic<bool> handsOutNull{false};        ///< GetComponent succeeds and returns null
 };
 
-/// The platform: connections in the order of their creation, whose events come from its thread.
+/// The platform: its connections in the order of their creation, and the thread that sends their events.
 class RecordingPlatform
 {
 public:
@@ -329,7 +329,7 @@ public:
 
     Worker thread;
     std::vector<std::unique_ptr<RecordingConnection>> connections;
-    std::function<void(RecordingConnection&)> onNewConnection; ///< sets the scripts of a connection as it is made
+    std::function<void(RecordingConnection&)> onNewConnection; ///< sets the scripts of a new connection
 
 private:
     Journal& m_journal;

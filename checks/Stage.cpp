@@ -50,11 +50,11 @@ Stage::~Stage()
 {
     try
     {
-        Strike();
+        TakeDown();
     }
     catch (const std::exception& error)
     {
-        check.Fail(std::string("the stage could not be struck: ") + error.what());
+        check.Fail(std::string("the end of the check threw an exception: ") + error.what());
     }
 }
 
@@ -163,10 +163,10 @@ void Stage::AwaitModuleThreads()
     journal.Synchronise();
 }
 
-void Stage::Strike()
+void Stage::TakeDown()
 {
     AwaitModuleThreads();
-    http.thread.Run([] {}); // a completion that has woken its waiter may still be on its way out of the module
+    http.thread.Run([] {}); // the thread "http" may still be inside the module, after it has ended a wait
     if (manager != nullptr)
     {
         ReleaseComponent();
@@ -186,7 +186,7 @@ void Stage::Strike()
     module.Unload();
 }
 
-/// A build that stays mapped after dlclose must not remember this host's loggers when the next check loads it.
+/// A module that stays mapped after dlclose must not use this host's loggers when the next check loads it.
 void Stage::ForgetLoggers()
 {
     factory.center.isGoneAfterRelease = true;

@@ -18,20 +18,20 @@
 namespace checks
 {
 
-/// How far a stage is set before the check begins. What was journaled on the way is forgotten.
+/// The state of a stage when the check begins, with an empty journal.
 enum class Scene
 {
-    Loaded,      ///< the module's file is loaded
-    Created,     ///< and the component exists, not initialised
-    Initialized, ///< and `Initialize` was called with the HTTP object
-    LoggedIn,    ///< and user 52011 is logged in; request 101 was the first refresh, and has not been answered
+    Loaded,      ///< the module is loaded
+    Created,     ///< the component exists and is not initialised
+    Initialized, ///< `Initialize` was called with the HTTP object
+    LoggedIn,    ///< user 52011 is logged in; the first refresh, request 101, is not answered
 };
 
-/// A module, loaded for one check, between a recording host and a recording platform that share one journal.
+/// A module that is loaded for one check, between a recording host and a recording platform, which share one journal.
 ///
-/// The stage is struck when it ends: the component is destroyed and released if the check has not done so, the module is
-/// unloaded, and what must balance then is expected to: references of the factory and of the connections, listeners at the
-/// platform, log messages, the number of live objects.
+/// The destructor destroys and releases the component, if the check has not done so, and unloads the module. It expects
+/// that nothing remains: no references of the factory and the connections, no listeners at the platform, no log
+/// messages, no live objects.
 class Stage
 {
 public:
@@ -40,33 +40,34 @@ public:
     Stage(const Stage&) = delete;
     Stage& operator=(const Stage&) = delete;
 
-    /// Creates a component through the module's table, the factory's reference included. Null when that fails.
+    /// Creates a component and adds the reference of the factory that the component takes over. Null if the module
+    /// fails.
     onlinemanager::IOnlineManager* CreateComponent();
 
-    /// The services of the component; null while they do not exist. Asking for one empties the journal.
+    /// The services of the component; null while they do not exist. Each operation clears the journal.
     onlinemanager::IPaasOnline* Session();
     onlinemanager::IUserOnline* Users();
     onlinemanager::IMeetingTunnel* Tunnel(onlinemanager::TunnelType type);
     onlinemanager::IPaasMdsClient* Mds();
     onlinemanager::IPaasTMsg* TMsg();
 
-    /// Platform connections: of the session, and of the gateway.
+    /// The platform connections of the session and of the gateway.
     RecordingConnection& Connection();
     RecordingConnection& Gateway();
 
     /// The login parameters that `Scene::LoggedIn` uses.
     static onlinemanager::LoginParam Param();
 
-    /// Logs a user in and forgets what was journaled on the way.
+    /// Logs a user in and clears the journal.
     void LogIn(const onlinemanager::LoginParam& param = Param());
 
-    /// Compares the journal since the last time with the expected lines, and empties it.
+    /// Compares the journal with the expected lines, and clears it.
     bool ExpectJournal(const std::vector<std::string>& expected, Where where = Where::Here());
 
-    /// `Destroy` and the last `Release`; the component is gone afterwards.
+    /// Calls `Destroy` and the last `Release`; `manager` is null afterwards.
     void ReleaseComponent();
 
-    /// Waits until no thread is left that the module started.
+    /// Waits up to 30 s until every thread has ended that the module has started.
     void AwaitModuleThreads();
 
     CheckContext& check;
@@ -78,10 +79,10 @@ public:
     onlinemanager::IOnlineManager* manager = nullptr;
 
 private:
-    void Strike();
+    void TakeDown();
     void ForgetLoggers();
 
-    size_t m_threads; ///< of the process, without those that the module starts
+    size_t m_threads; ///< number of threads of the process before the module has started any
 };
 
 } // namespace checks

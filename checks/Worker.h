@@ -9,28 +9,30 @@
 namespace checks
 {
 
-/// A thread of the recording side, known to journals by its name, that does one job after the other.
+/// A thread of the recording host or platform. It runs one job after the other, and journals know it by its name. All
+/// operations are [any].
 class Worker
 {
 public:
     explicit Worker(const char* name);
 
-    /// Does what is still waiting first.
+    /// Runs the waiting jobs first.
     ~Worker();
 
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    /// Has the job done and returns when it is; at once when called on the thread itself. Jobs must not throw.
+    /// Runs the job on the thread and returns when it has ended. On the thread itself it runs the job at once. The job
+    /// must not throw.
     void Run(std::function<void()> job);
 
-    /// Has the job done some time.
+    /// Lets the thread run the job and returns at once. The job must not throw.
     void Post(std::function<void()> job);
 
 private:
     void Work(const char* name);
 
-    std::mutex m_mutex; ///< guards what is below
+    std::mutex m_mutex; ///< guards the members below
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_jobs;
     bool m_ending = false;

@@ -26,25 +26,25 @@ using ComponentCreator = std::function<onlinemanager::IOnlineManager&(IComponent
 
 /// Puts proxies between a component and its host and platform, to record or to check the calls between them.
 ///
-/// [host] `Component` calls it once, while it is created. The interposer calls `create` once, with `factory` or with a proxy
-/// in front of it, and returns the new component or a proxy in front of it. It owns the proxies, which must live as long as
-/// the `Component`. The one reference to the component passes to the caller with the returned object, which must release the
-/// component when it is released.
+/// [host] `Component` calls it once, while it is created. The interposer calls `create` once, with `factory` or with a
+/// proxy in front of it, and returns the new component or a proxy in front of it. It owns the proxies, which must live
+/// as long as the `Component`. The one reference to the component passes to the caller with the returned object, which
+/// must release the component when it is released.
 using Interposer =
     std::function<onlinemanager::IOnlineManager&(IComponentFactory& factory, const ComponentCreator& create)>;
 
 /// One component of the module with its HTTP object and its listeners: one device of one user.
 ///
-/// A host makes one for each login that it wants to have at the same time. Every notification of the component becomes an
-/// event in `Events`. The control thread creates and destroys the object, outside of notifications; the destructor takes the
-/// component down in the right order, and no notification comes after it. All other operations are [any] unless they say
-/// otherwise. What the getters return belongs to the component and ends with it.
+/// A host makes one for each login that it wants to have at the same time. Every notification of the component becomes
+/// an event in `Events`. The control thread creates and destroys the object, outside of notifications; the destructor
+/// takes the component down in the right order, and no notification comes after it. All other operations are [any]
+/// unless they say otherwise. What the getters return belongs to the component and ends with it.
 class Component
 {
 public:
-    /// Creates a component of `module`, initialises it, and registers listeners and reconnection strategy. Keeps `module`
-    /// loaded, and borrows `factory`, which must outlive the object. An empty `interposer` interposes nothing. Throws `Error`
-    /// if the component cannot be created or initialised.
+    /// Creates a component of `module`, initialises it, and registers listeners and reconnection strategy. Keeps
+    /// `module` loaded, and borrows `factory`, which must outlive the object. An empty `interposer` interposes nothing.
+    /// Throws `Error` if the component cannot be created or initialised.
     Component(std::shared_ptr<Module> module, IComponentFactory& factory, HttpClient::Options http = {},
               const Interposer& interposer = {});
     ~Component();
@@ -54,12 +54,12 @@ public:
     /// All notifications so far that no thread has taken yet, in their order.
     EventQueue<Event>& Events();
 
-    /// Has the platform fetch the address behind an HTTP(S) server, which must precede a login to such a server. Blocks until
-    /// the answer has come. Returns whether there is an address; true at once for other servers. Not [http].
+    /// Has the platform fetch the address behind an HTTP(S) server, which must precede a login to such a server. Blocks
+    /// until the answer has come. Returns whether there is an address; true at once for other servers. Not [http].
     bool FetchAddress(const onlinemanager::LoginParam& param);
 
     /// Starts a login. False if the module refuses it at once; otherwise the event `LoginSuccess` or `Offline` follows.
-    /// `force` logs out another device of the user.
+    /// `force` logs out another device of the user with the same mutex text.
     bool Login(const onlinemanager::LoginParam& param, bool force);
 
     /// [any] Ends every wait for this component, for a host that is to end: HTTP requests under way and to come end at once
@@ -79,8 +79,8 @@ public:
     onlinemanager::IPaasMdsClient& Mds();
     onlinemanager::IPaasTMsg& Messages();
 
-    /// Control thread only, because it also chooses the connection that the media process gets. From the first call for a
-    /// type on, the notifications of that tunnel are among the events. Throws `Error` if there is no such tunnel.
+    /// Control thread only, because it also chooses the connection that the media process gets. From the first call for
+    /// a type on, the notifications of that tunnel are among the events. Throws `Error` if there is no such tunnel.
     onlinemanager::IMeetingTunnel& Tunnel(onlinemanager::TunnelType type);
 
 private:

@@ -10,8 +10,8 @@ namespace onlinehost
 /// Base of the host's own reference-counted objects, which it passes to a module: factory, log center, HTTP object.
 ///
 /// The host owns such an object and destroys it itself, after the components that use it. The count does not decide: a
-/// module keeps references of the log center and of the HTTP object that it never releases. The count starts at 1, which is
-/// the host's own reference, and may be read with `ForeignReferences`.
+/// module keeps references of the log center and of the HTTP object that it never releases. The count starts at 1,
+/// which is the host's own reference, and may be read with `ForeignReferences`.
 template <typename Interface>
 class Counted : public Interface
 {
@@ -20,8 +20,8 @@ public:
     Counted(const Counted&) = delete;
     Counted& operator=(const Counted&) = delete;
 
-    /// [any] Gives `IID_IUnknown` with a reference. Otherwise `E_NOINTERFACE`, and `*out` is null; `E_POINTER` for a null
-    /// `out`. A derived class that has further identifiers tests them first.
+    /// [any] Gives `IID_IUnknown` with a reference. Otherwise `E_NOINTERFACE`, and `*out` is null; `E_POINTER` for a
+    /// null `out`. A derived class that has further identifiers tests them first.
     HRESULT QueryInterface(const GUID& iid, void** out) override
     {
         if (out == nullptr)

@@ -12,8 +12,8 @@
 namespace onlinehost
 {
 
-/// A queue of events between the threads on which they happen and the threads that wait for them. It keeps their order, has
-/// no limit, and never blocks a thread that pushes.
+/// A queue of events between the threads on which they happen and the threads that wait for them. It keeps their order,
+/// has no limit, and never blocks a thread that pushes.
 template <typename T>
 class EventQueue
 {
@@ -55,8 +55,8 @@ public:
         return TakeIf([](const T&) { return true; }, limit);
     }
 
-    /// [any] As `Take`, for the oldest event that `isWanted` accepts; the others stay in the queue. `isWanted` is called under
-    /// the queue's lock, so it must not use the queue.
+    /// [any] As `Take`, for the oldest event that `isWanted` accepts; the others stay in the queue. `isWanted` is
+    /// called under the queue's lock, so it must not use the queue.
     template <typename Predicate>
     std::optional<T> TakeIf(Predicate isWanted, std::chrono::milliseconds limit)
     {

@@ -132,8 +132,8 @@ struct LogCenter::State
         }
     }
 
-    /// The logger of a name, added if there is none; null when `kMaxLoggers` are in use. Loggers live as long as the center,
-    /// so that a message may outlive the closing of its logger.
+    /// The logger of a name, added if there is none; null when `kMaxLoggers` are in use. Loggers live as long as the
+    /// center, so that a message may outlive the closing of its logger.
     Logger* GetLogger(std::string_view name)
     {
         const auto found =

@@ -12,13 +12,14 @@
 namespace onlinehost
 {
 
-/// A log center for `ComponentFactory`: named loggers that write to a file, to memory, and to the registered `ILogWriter`s.
+/// A log center for `ComponentFactory`: named loggers that write to a file, to memory, and to the registered
+/// `ILogWriter`s.
 ///
-/// A host makes one before it loads a module. It must destroy the center only after it has unloaded every module that got it
-/// and released all messages: a module keeps its center while it is loaded, also for components created later.
+/// A host makes one before it loads a module. It must destroy the center only after it has unloaded every module that
+/// got it and released all messages: a module keeps its center while it is loaded, also for components created later.
 ///
-/// All operations are [any]. A logger has one id while it is open: opening it again gives the same id, and it stays open
-/// until `CloseLogger` was called as often as `OpenLogger`.
+/// All operations are [any]. A logger has one id while it is open: opening it again gives the same id, and it stays
+/// open until `CloseLogger` was called as often as `OpenLogger`.
 class LogCenter final : public Counted<ILogCenter>
 {
 public:
@@ -68,14 +69,14 @@ public:
     /// `E_FAIL` if no logger with this id is open.
     HRESULT CloseLogger(int64_t loggerId) override;
 
-    /// Registers a writer with a logger, which need not be open. The center borrows it until `RemoveLogWriter`, and calls it
-    /// on the thread that logs. A second registration changes nothing. `E_POINTER` for a null argument, `E_OUTOFMEMORY` when
-    /// `kMaxLoggers` names are in use.
+    /// Registers a writer with a logger, which need not be open. The center borrows it until `RemoveLogWriter`, and
+    /// calls it on the thread that logs. A second registration changes nothing. `E_POINTER` for a null argument,
+    /// `E_OUTOFMEMORY` when `kMaxLoggers` names are in use.
     HRESULT AddLogWriter(const char* name, Quenda::ILogWriter* writer) override;
 
-    /// Removes a writer. Afterwards no thread is inside it, because this operation waits for them; from inside the writer
-    /// itself it does not wait. Two writers must not remove each other at the same time, since each would wait for the other.
-    /// `E_POINTER` for a null argument, `E_FAIL` for a writer that is not registered.
+    /// Removes a writer. Afterwards no thread is inside it, because this operation waits for them; from inside the
+    /// writer itself it does not wait. Two writers must not remove each other at the same time, since each would wait
+    /// for the other. `E_POINTER` for a null argument, `E_FAIL` for a writer that is not registered.
     HRESULT RemoveLogWriter(const char* name, Quenda::ILogWriter* writer) override;
 
 private:
@@ -87,7 +88,8 @@ private:
     std::unique_ptr<State> m_state;
 };
 
-/// [any] The level that is called "info", "trace", "warning", "error", "fatal" or "off". Throws `Error` for any other text.
+/// [any] The level that is called "info", "trace", "warning", "error", "fatal" or "off". Throws `Error` for any other
+/// text.
 int32_t ParseLogLevel(std::string_view text);
 
 } // namespace onlinehost

@@ -12,7 +12,8 @@ namespace onlinehost
 /// The logger that the module opens.
 inline constexpr char kModuleLogger[] = "OnlineManager";
 
-/// Passes every line of a logger to a function while the object lives. A host makes one to react to what the module logs.
+/// Passes every line of a logger to a function while the object lives. A host makes one to react to what the module
+/// logs.
 class LogWatch final : public Quenda::ILogWriter
 {
 public:

@@ -13,11 +13,12 @@
 namespace onlinehost
 {
 
-/// A loaded module file: its information, its components, its exported functions. It knows nothing of what the components do.
+/// A loaded module file: its information, its components, its exported functions. It knows nothing of what the
+/// components do.
 ///
 /// A host makes one for each file. All operations belong to the control thread of the host. The host must destroy the
-/// components of the module before it destroys this object. If the module then still reports live objects, the destructor
-/// leaves it loaded for the rest of the process, because a thread may still run its code.
+/// components of the module before it destroys this object. If the module then still reports live objects, the
+/// destructor leaves it loaded for the rest of the process, because a thread may still run its code.
 class Module
 {
 public:
@@ -35,8 +36,8 @@ public:
         std::optional<GUID> categoryId;
     };
 
-    /// Loads the file at `path` and asks its `FMDll` for the table of functions. Throws `Error` with the reason if the file
-    /// is not a shared object, cannot be loaded, or gives no complete table; the file is unloaded again then.
+    /// Loads the file at `path` and asks its `FMDll` for the table of functions. Throws `Error` with the reason if the
+    /// file is not a shared object, cannot be loaded, or gives no complete table; the file is unloaded again then.
     explicit Module(const std::filesystem::path& path);
     ~Module();
     Module(const Module&) = delete;
@@ -59,8 +60,8 @@ public:
         return m_functions;
     }
 
-    /// The exported function with this name: Find<LPFNFMDll>("FMDll"). Valid while the module is loaded. Throws `Error` if
-    /// the module does not export the name.
+    /// The exported function with this name: Find<LPFNFMDll>("FMDll"). Valid while the module is loaded. Throws `Error`
+    /// if the module does not export the name.
     template <typename Function>
     Function Find(const char* name) const
     {
@@ -74,17 +75,17 @@ public:
     std::vector<ComponentInfo> GetComponents() const;
 
     /// Creates a component and returns its interface `interfaceId`; never null. The caller owns the only reference. The
-    /// component takes over one reference of `factory`, which this operation adds. `factory` may be null if the component
-    /// needs none. Throws `Error` with the module's code if the module creates nothing; `factory` then has as many references
-    /// as before.
+    /// component takes over one reference of `factory`, which this operation adds. `factory` may be null if the
+    /// component needs none. Throws `Error` with the module's code if the module creates nothing; `factory` then has as
+    /// many references as before.
     void* Create(const CLSID& classId, const IID& interfaceId, IComponentFactory* factory);
 
-    /// Whether no object of the module lives. The module also gives up its logger when it is asked, until it creates the next
-    /// component.
+    /// Whether no object of the module lives. The module also gives up its logger when it is asked, until it creates
+    /// the next component.
     bool CanUnload();
 
-    /// Unloads the module without asking it, even if objects of it live: no thread may run its code any more. Afterwards only
-    /// `Path` and `ExportedFunctions` may be called.
+    /// Unloads the module without asking it, even if objects of it live: no thread may run its code any more.
+    /// Afterwards only `Path` and `ExportedFunctions` may be called.
     void Unload();
 
     /// [any] Whether the file at `path` is mapped into this process.

@@ -10,9 +10,9 @@ namespace onlinehost
 /// What the file of a shared object for Linux x86-64 shows to the dynamic linker, read without running any of it.
 struct SharedObject
 {
-    /// [any] Reads the file. Throws `Error`, with the path and the reason, for a file that cannot be read, that is not a
-    /// shared object for x86-64, or that is cut short. A file that was accepted contains all bytes of its segments, so that
-    /// mapping it is safe.
+    /// [any] Reads the file. Throws `Error`, with the path and the reason, for a file that cannot be read, that is not
+    /// a shared object for x86-64, or that is cut short. A file that was accepted contains all bytes of its segments,
+    /// so that mapping it is safe.
     explicit SharedObject(const std::filesystem::path& path);
 
     std::set<std::string> functions; ///< functions that the file exports

@@ -59,7 +59,8 @@ void AppendUtf8(std::string& out, char32_t character)
     }
 }
 
-/// The number of bytes of the character at the start of `text`, and the character; 0 if no UTF-8 character starts there.
+/// The number of bytes of the character at the start of `text`, and the character; 0 if no UTF-8 character starts
+/// there.
 size_t ReadCharacter(std::string_view text, char32_t& character)
 {
     static constexpr char32_t kSmallest[] = {0, 0, 0x80, 0x800, 0x10000};

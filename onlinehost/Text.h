@@ -55,7 +55,8 @@ std::string ListIds(const Ids& ids)
     return text;
 }
 
-/// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything else.
+/// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything
+/// else.
 uint32_t ParseNumber(std::string_view text, std::string_view what);
 
 /// Reads a user id: a decimal number from 1 to 4294967295, since 0 means no user. `Error` with the reason otherwise.

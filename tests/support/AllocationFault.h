@@ -1,6 +1,6 @@
 #pragma once
 
-/// While one of these lives, TovMalloc finds no memory. Defined in tov_stdlib_test.cpp.
+/// While an object of this class lives, TovMalloc returns null. Defined in tov_stdlib_test.cpp.
 class AllocationFault
 {
 public:

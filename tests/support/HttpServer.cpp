@@ -20,7 +20,7 @@ int BindToLocalPort(uint16_t& port)
     auto* const generic = reinterpret_cast<sockaddr*>(&address);
     if (bind(listener, generic, length) != 0 || getsockname(listener, generic, &length) != 0)
     {
-        throw std::runtime_error("no port for the test's server");
+        throw std::runtime_error("the test's server got no port");
     }
     port = ntohs(address.sin_port);
     return listener;
@@ -94,7 +94,7 @@ HttpServer::HttpServer(Handler handler) : m_handler(std::move(handler)), m_liste
 {
     if (listen(m_listener, SOMAXCONN) != 0)
     {
-        throw std::runtime_error("the test's server does not listen");
+        throw std::runtime_error("the test's server cannot listen");
     }
     m_thread = std::thread([this] { Accept(); });
 }

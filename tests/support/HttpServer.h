@@ -8,13 +8,13 @@
 #include <thread>
 #include <vector>
 
-/// One request that the server has read, and its connection.
+/// One request that the server has read, with its connection.
 class HttpExchange
 {
 public:
     HttpExchange(int socket, std::string request) : m_socket(socket), m_request(std::move(request)) {}
 
-    /// Head and body as they came.
+    /// Head and body as the client sent them.
     const std::string& Request() const
     {
         return m_request;
@@ -23,13 +23,13 @@ public:
     /// "/path" of the request line.
     std::string Path() const;
 
-    /// False when the client has gone.
+    /// Returns false if the client has closed the connection.
     bool Send(std::string_view text) const;
 
-    /// A whole answer with its length.
+    /// Sends a complete answer with its length.
     void Answer(const std::string& status, std::string_view body, const std::string& headers = "") const;
 
-    /// Keeps the connection open and silent until the client goes or the server stops.
+    /// Sends nothing until the client closes the connection or the server stops.
     void Stall() const;
 
 private:
@@ -37,8 +37,8 @@ private:
     const std::string m_request;
 };
 
-/// A small HTTP server on 127.0.0.1 for tests: one thread a connection, one request a connection, closed when the handler
-/// returns.
+/// A small HTTP server on 127.0.0.1 for tests: one thread a connection, one request a connection, closed when the
+/// handler returns.
 class HttpServer
 {
 public:
@@ -67,5 +67,5 @@ private:
     std::vector<std::thread> m_connections;
 };
 
-/// A port of 127.0.0.1 at which nobody listens.
+/// A port of 127.0.0.1 without a server.
 uint16_t UnusedPort();

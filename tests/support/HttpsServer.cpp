@@ -18,7 +18,7 @@ void MakeCertificate(const std::string& name, const std::string& key, const std:
         " -addext subjectAltName=" + kind + name + " -keyout " + key + " -out " + certificate + " 2>/dev/null";
     if (std::system(command.c_str()) != 0)
     {
-        throw std::runtime_error("the openssl program made no certificate");
+        throw std::runtime_error("openssl did not make a certificate");
     }
 }
 
@@ -35,7 +35,7 @@ std::string ReadPort(int output)
         }
         text = letter == '\n' ? "" : text + letter;
     }
-    throw std::runtime_error("the openssl program does not serve");
+    throw std::runtime_error("openssl did not start the server");
 }
 
 } // namespace

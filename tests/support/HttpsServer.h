@@ -5,18 +5,18 @@
 #include <string>
 #include <sys/types.h>
 
-/// An HTTPS server on 127.0.0.1 with a certificate of its own making, run by the openssl program. It answers every request
-/// with the file of that name in its folder, taken as a whole answer.
+/// An HTTPS server on 127.0.0.1 with a self-signed certificate, which the openssl program runs. It answers every
+/// request with the file of that name in its folder, taken as a whole answer.
 class HttpsServer
 {
 public:
-    /// The certificate is made out to `name`, and to the address 127.0.0.1 when `name` is "127.0.0.1".
+    /// The certificate is for `name`; for the address if `name` is "127.0.0.1".
     explicit HttpsServer(const std::string& name);
     ~HttpsServer();
     HttpsServer(const HttpsServer&) = delete;
     HttpsServer& operator=(const HttpsServer&) = delete;
 
-    /// What is sent for "/`file`".
+    /// Sets the answer for "/`file`".
     void SetAnswer(const std::string& file, const std::string& answer) const
     {
         m_folder.Write(file, answer);

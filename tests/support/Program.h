@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-/// What a program has left behind.
+/// The outcome of a program.
 struct ProgramResult
 {
-    int exitCode = -1; ///< -1: it was ended by a signal
+    int exitCode = -1; ///< -1 if a signal ended it
     std::string out;
     std::string err;
 };

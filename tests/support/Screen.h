@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// What a person sees: the part of a terminal that line editing needs. An escape sequence that it does not know fails the
-/// test by what it leaves on the screen.
+/// The screen of a terminal, as far as line editing needs it. An unknown escape sequence leaves its characters on the
+/// screen, so that the test fails.
 class Screen
 {
 public:
@@ -14,13 +14,13 @@ public:
 
     void Feed(std::string_view bytes);
 
-    /// Lines are not wrapped anew, as on most terminals.
+    /// Changes the width. Lines are not wrapped again, as on most terminals.
     void Resize(size_t rows, size_t columns);
 
-    /// The lines without the spaces at their ends; what scrolled out comes first.
+    /// All lines without spaces at their ends, beginning with those that have scrolled out.
     std::vector<std::string> Lines() const;
 
-    /// All lines in one, where a line that was written beyond its end goes on without a break.
+    /// All lines in one text. A line that was wrapped continues without a line break.
     std::string Text() const;
 
     size_t CursorColumn() const
@@ -55,6 +55,6 @@ private:
     std::vector<Row> m_lines;
     size_t m_row = 0;
     size_t m_column = 0;
-    bool m_mustWrap = false; ///< the last column is written: the next character begins a new line
+    bool m_mustWrap = false; ///< the last column has a character, so the next one begins a new line
     std::string m_pending;   ///< the beginning of a character or of an escape sequence
 };

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-/// A folder of the test's own, gone with the object.
+/// A temporary folder, which the destructor removes with its content.
 class TemporaryFolder
 {
 public:
@@ -17,7 +17,7 @@ public:
         return m_path / name;
     }
 
-    /// Writes a file in it and returns where it is.
+    /// Writes a file in the folder and returns its path.
     std::filesystem::path Write(const std::string& name, const std::string& content) const;
 
 private:

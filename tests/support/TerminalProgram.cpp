@@ -50,7 +50,7 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, size
     }
     if (m_process < 0)
     {
-        throw std::runtime_error("there is no terminal");
+        throw std::runtime_error("cannot open a terminal");
     }
 }
 
@@ -68,7 +68,7 @@ void TerminalProgram::Type(std::string_view keys)
 {
     while (!keys.empty())
     {
-        // The terminal takes a few thousand keys that nobody has read; what is shown has to be read meanwhile.
+        // The terminal holds only a few thousand unread keys, so the output must be read in between.
         pollfd ready{m_terminal, POLLIN | POLLOUT, 0};
         if (poll(&ready, 1, -1) < 0)
         {

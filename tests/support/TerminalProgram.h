@@ -9,7 +9,7 @@
 #include <termios.h>
 #include <vector>
 
-/// `onlinehost` on a terminal of its own, with somebody who types and looks.
+/// `onlinehost` on a terminal, with operations to type and to read the screen.
 class TerminalProgram
 {
 public:
@@ -20,22 +20,22 @@ public:
 
     void Type(std::string_view keys);
 
-    /// Looks until the screen is as wanted. False when that takes too long.
+    /// Reads until the screen is as wanted; false if that takes too long.
     bool See(const std::function<bool(const Screen&)>& isWanted);
 
-    /// Until the text is there.
+    /// Waits until the screen contains the text.
     bool See(const std::string& text);
 
-    /// Until the last line is this.
+    /// Waits until this is the last line.
     bool SeeLastLine(const std::string& line);
 
     void Resize(size_t rows, size_t columns);
     void Signal(int signal);
 
-    /// Waits until it has stopped like a job.
+    /// Waits until the program is stopped by job control.
     bool WaitForStop();
 
-    /// Waits for its end and returns the exit code; -1 when it was ended by a signal.
+    /// Waits for the end of the program and returns its exit code; -1 if a signal ended it.
     int WaitForEnd();
 
     /// The modes of the terminal that the program has set.

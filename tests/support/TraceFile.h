@@ -30,8 +30,8 @@ public:
         return m_records;
     }
 
-    /// What is wrong with it, in words: slices that do not balance, times that go back, arrows without an end, tracks without
-    /// a name. Empty when it is good.
+    /// What is wrong with it, in words: slices that do not balance, times that go back, arrows without an end, tracks
+    /// without a name. Empty when it is good.
     std::vector<std::string> Problems() const;
 
     /// How many slices have this name.

@@ -5,7 +5,7 @@
 
 using namespace std::chrono_literals;
 
-TEST(EventQueue, HandsOutInOrder)
+TEST(EventQueue, TakesEventsInOrder)
 {
     onlinehost::EventQueue<int> queue;
     queue.Push(1);
@@ -15,7 +15,7 @@ TEST(EventQueue, HandsOutInOrder)
     EXPECT_EQ(queue.Take(0ms), std::nullopt);
 }
 
-TEST(EventQueue, WhatIsNotWantedStays)
+TEST(EventQueue, EventsThatAreNotWantedStay)
 {
     onlinehost::EventQueue<int> queue;
     queue.Push(1);
@@ -27,7 +27,7 @@ TEST(EventQueue, WhatIsNotWantedStays)
     EXPECT_EQ(queue.Take(0ms), 3);
 }
 
-TEST(EventQueue, WaitsForWhatAnotherThreadPushes)
+TEST(EventQueue, WaitsForAnEventOfAnotherThread)
 {
     onlinehost::EventQueue<int> queue;
     std::thread other(

@@ -24,7 +24,7 @@ struct Completion
     bool isTerminated = false;
 };
 
-/// Writes down every event, and lets the test wait for completions.
+/// Records every event, and lets the test wait for completions.
 class Listener : public IHttpResponseNotify
 {
 public:
@@ -123,7 +123,7 @@ void ExpectFailed(const Completion& completion)
     EXPECT_FALSE(completion.hasBody);
 }
 
-/// One request with a client of its own.
+/// Sends one request with a new client.
 Completion GetOnce(const std::string& url, HttpClient::Options options = {})
 {
     HttpClient client(std::move(options));
@@ -134,7 +134,7 @@ Completion GetOnce(const std::string& url, HttpClient::Options options = {})
 
 } // namespace
 
-TEST(HttpClient, TellsHeadThenDataThenCompletion)
+TEST(HttpClient, ReportsHeadThenDataThenCompletion)
 {
     const HttpServer server([](const HttpExchange& exchange)
                             { exchange.Answer("200 OK", "text", "X-Name: value\r\n"); });
@@ -207,7 +207,7 @@ TEST(HttpClient, PostSendsItsBody)
     EXPECT_NE(seen.find("Content-Type: application/json\r\n"), std::string::npos) << seen;
 }
 
-TEST(HttpClient, RedirectionsAreFollowedAndOnlyTheLastAnswerIsTold)
+TEST(HttpClient, RedirectionsAreFollowedAndOnlyTheLastAnswerIsReported)
 {
     const HttpServer server(
         [](const HttpExchange& exchange)
@@ -262,7 +262,7 @@ TEST(HttpClient, AChunkedAnswerCutShortFails)
     ExpectFailed(GetOnce(server.Url()));
 }
 
-TEST(HttpClient, TrailersAreNotTold)
+TEST(HttpClient, TrailersAreNotReported)
 {
     const HttpServer server(
         [](const HttpExchange& exchange) {
@@ -276,7 +276,7 @@ TEST(HttpClient, TrailersAreNotTold)
     EXPECT_EQ(listener.Journal().size(), 4u);
 }
 
-TEST(HttpClient, AnAnswerThatIsNoneFails)
+TEST(HttpClient, AnAnswerThatIsNotHttpFails)
 {
     const HttpServer server([](const HttpExchange& exchange) { exchange.Send("some nonsense\r\n\r\n"); });
     ExpectFailed(GetOnce(server.Url()));
@@ -340,7 +340,7 @@ TEST(HttpClient, ARefusedConnectionFailsWithTheReason)
     EXPECT_NE(reason.find("onnect"), std::string::npos) << reason;
 }
 
-TEST(HttpClient, RequestsThatMakeNoSenseFail)
+TEST(HttpClient, RequestsThatCannotBeSentFail)
 {
     for (const char* url : {"", "nonsense://", "file:///etc/passwd", "ftp://127.0.0.1/", "http://", "http://[/"})
     {
@@ -371,7 +371,7 @@ TEST(HttpClient, NoProxyOfTheEnvironmentIsUsed)
 
 TEST(HttpClient, EventsComeFromAThreadOfTheClientWhileTheCallerHoldsALock)
 {
-    // As the module does it: its list stays locked until Request has returned, and the completion wants the lock as well.
+    // As in the module: it holds its list lock until Request has returned, and the completion takes that lock too.
     class LockingListener : public Listener
     {
     public:
@@ -438,7 +438,7 @@ TEST(HttpClient, ManyRequestsAtOnceEachGetTheirAnswer)
     }
 }
 
-TEST(HttpClient, ClosingEndsWhatIsUnderWayAndRefusesWhatFollows)
+TEST(HttpClient, ClosingEndsRequestsUnderWayAndLaterOnes)
 {
     const HttpServer server([](const HttpExchange& exchange) { exchange.Stall(); });
     HttpClient client({});
@@ -446,7 +446,7 @@ TEST(HttpClient, ClosingEndsWhatIsUnderWayAndRefusesWhatFollows)
     Get(client, server.Url(), listener);
     Get(client, server.Url(), listener);
     client.Close();
-    EXPECT_EQ(listener.Count(), 2u) << "nothing is left when Close returns";
+    EXPECT_EQ(listener.Count(), 2u) << "no request is left when Close returns";
     ExpectFailed(listener.Wait(1));
     ExpectFailed(listener.Wait(2));
 
@@ -475,7 +475,7 @@ TEST(HttpClient, ClosingFromInsideAnEventDoesNotWait)
     ExpectFailed(listener.Wait());
 }
 
-TEST(HttpClient, DestructionEndsWhatIsUnderWay)
+TEST(HttpClient, DestructionEndsRequestsUnderWay)
 {
     const HttpServer server([](const HttpExchange& exchange) { exchange.Stall(); });
     Listener listener;
@@ -522,7 +522,7 @@ TEST(HttpClient, HttpsFailsWhenTheAuthorityIsUnknown)
     EXPECT_NE(reason.find("certificate"), std::string::npos) << reason;
 }
 
-TEST(HttpClient, HttpsFailsWhenTheCertificateIsSomebodyElses)
+TEST(HttpClient, HttpsFailsWhenTheCertificateIsForAnotherName)
 {
     const HttpsServer server("other.example");
     server.SetAnswer("file", "HTTP/1.0 200 OK\r\nContent-Length: 4\r\n\r\ntext");

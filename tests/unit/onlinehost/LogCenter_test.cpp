@@ -143,12 +143,12 @@ TEST_F(LogCenterTest, ALongTextIsCutAtAWholeCharacterWithAMark)
 {
     const size_t limit = Quenda::kMaxLogMessageBufLen - 1;
     Write(std::string(limit, 'a'));
-    EXPECT_EQ(LastText(), std::string(limit, 'a')) << "just fits";
+    EXPECT_EQ(LastText(), std::string(limit, 'a')) << "fits exactly";
 
     Write(std::string(limit + 1, 'a'));
     EXPECT_EQ(LastText(), std::string(limit - 5, 'a') + "[...]");
 
-    // The characters are placed so that the room left in front of the mark ends in the middle of one.
+    // The room in front of the mark ends in the middle of a character.
     std::string characters = "a";
     while (characters.size() < 2 * limit)
     {
@@ -165,7 +165,7 @@ TEST_F(LogCenterTest, ALongTextIsCutAtAWholeCharacterWithAMark)
 
 TEST_F(LogCenterTest, NothingFollowsTheMark)
 {
-    // The cut falls into a character, which leaves a few bytes behind the mark.
+    // The cut splits a character, so a few bytes are free after the mark.
     const std::string text = std::string(4088, 'a') + "\u20ac";
     for (const bool wide : {false, true})
     {
@@ -330,7 +330,7 @@ TEST_F(LogCenterTest, AWriterRemovedByAnEarlierOneIsNotCalledAnyMore)
     EXPECT_EQ(later.Texts().size(), 0u);
 }
 
-TEST_F(LogCenterTest, AWriterThatThrowsHarmsNobody)
+TEST_F(LogCenterTest, AWriterThatThrowsDoesNotFailTheCaller)
 {
     Writer bad([] { throw std::runtime_error("bad"); });
     Writer next;
@@ -364,7 +364,7 @@ TEST_F(LogCenterTest, RemovingWaitsForACallOnAnotherThread)
             m_center.RemoveLogWriter("Module", &slow);
             wasLeft = left.load();
         });
-    // Gives a removal that does not wait the time to show it.
+    // A removal that does not wait would return in this time.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     release.set_value();
     logging.join();
@@ -400,7 +400,7 @@ TEST_F(LogCenterTest, ThreadsLogWhileWritersComeAndGo)
     EXPECT_EQ(m_writer.Texts().size(), 800u);
 }
 
-TEST_F(LogCenterTest, HandsOutItsInterfaceWithAReference)
+TEST_F(LogCenterTest, GivesItsInterfaceWithAReference)
 {
     void* out = nullptr;
     EXPECT_EQ(m_center.QueryInterface(IID_ILogCenter, &out), S_OK);
@@ -412,7 +412,7 @@ TEST_F(LogCenterTest, HandsOutItsInterfaceWithAReference)
     EXPECT_EQ(m_center.QueryInterface(IID_ILogCenter, nullptr), E_POINTER);
 }
 
-TEST(LogCenter, WritesTheHostsOwnLines)
+TEST(LogCenter, WritesLinesOfTheHost)
 {
     LogCenter center(InMemory());
     center.Write("host", Quenda::LOG_LEVEL_WARNING, "text");

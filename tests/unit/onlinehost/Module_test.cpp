@@ -61,7 +61,7 @@ TEST(Module, TellsInfoValuesComponentsAndExports)
     EXPECT_TRUE(module.ExportedFunctions().contains("FMDll"));
 }
 
-TEST(Module, FilesThatAreNoModuleAreRefusedWithTheReason)
+TEST(Module, FilesThatAreNotModulesAreRefusedWithTheReason)
 {
     EXPECT_NE(LoadFailure("/nowhere/libmodule.so").find("/nowhere/libmodule.so: no such file"), std::string::npos);
     EXPECT_NE(LoadFailure(TestModule("no_entry")).find("it has no function FMDll"), std::string::npos);
@@ -75,9 +75,9 @@ TEST(Module, AnEntryPointThatIsDataIsRefusedAndNotCalled)
     EXPECT_NE(LoadFailure(TestModule("entry_is_data")).find("it has no function FMDll"), std::string::npos);
 }
 
-TEST(Module, WhatTheSystemCannotLoadIsToldInItsWords)
+TEST(Module, AFileThatTheSystemCannotLoadIsRefusedWithItsReason)
 {
-    // A program has the form of a shared object, and all of it is there.
+    // This program is a complete shared object, but not a library.
     const std::string failure = LoadFailure(std::filesystem::read_symlink("/proc/self/exe"));
     EXPECT_NE(failure.find("cannot dynamically load"), std::string::npos) << failure;
 }

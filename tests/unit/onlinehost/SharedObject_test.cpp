@@ -17,7 +17,7 @@ namespace
 
 const std::string kGoodModule = TEST_MODULE_FOLDER "/libtest_module_good.so";
 
-/// The reason why a file is refused; empty when it is not.
+/// The reason why a file is refused; empty if it is accepted.
 std::string Refusal(const std::filesystem::path& path)
 {
     try
@@ -80,7 +80,7 @@ TEST_F(SharedObjectFile, DataIsExportedButIsNoFunction)
 
 TEST_F(SharedObjectFile, TellsWhatTheFileNeedsFromOthers)
 {
-    // This program has the form of a shared object too.
+    // This program is a shared object too.
     const SharedObject file("/proc/self/exe");
     EXPECT_TRUE(file.needed.contains("libc.so.6"));
     EXPECT_TRUE(SharedObject(kGoodModule).undefined.contains("__cxa_finalize"));
@@ -100,7 +100,7 @@ TEST_F(SharedObjectFile, NamesTheFileAndTheReason)
                    "is not a shared object");
 }
 
-TEST_F(SharedObjectFile, APipeIsNotWaitedFor)
+TEST_F(SharedObjectFile, APipeIsRefusedWithoutWaiting)
 {
     const std::filesystem::path pipe = m_folder / "pipe";
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -136,7 +136,7 @@ TEST_F(SharedObjectFile, APartToLoadThatTheFileDoesNotHaveIsRefused)
 
 TEST_F(SharedObjectFile, CutShortAtAnyPlaceIsRefused)
 {
-    // The section headers stand at the end and are needed, so nothing shorter than the file can be whole.
+    // The section headers are at the end of the file and are needed, so every shorter file is incomplete.
     const size_t step = std::max<size_t>(m_good.size() / 150, 1);
     for (size_t length = 0; length < m_good.size(); length += step)
     {

@@ -23,7 +23,7 @@ TEST(Text, CutsBetweenCharacters)
     EXPECT_EQ(CutLength("\u20ac", 0), 0u);
 }
 
-TEST(Text, CutsAnywhereWhatIsNotUtf8)
+TEST(Text, CutsTextThatIsNotUtf8Anywhere)
 {
     EXPECT_EQ(CutLength("\x80\x80\x80\x80\x80\x80\x80\x80", 6), 6u);
     EXPECT_EQ(CutLength("\x80\x80", 1), 1u);
@@ -36,13 +36,13 @@ TEST(Text, WideTextBecomesUtf8)
     EXPECT_EQ(ToUtf8(bad), "a\uFFFD\uFFFD\uFFFDb");
 }
 
-TEST(Text, WhatIsShownHasNoControlCharactersAndIsUtf8)
+TEST(Text, PrintableTextHasNoControlCharactersAndIsUtf8)
 {
     EXPECT_EQ(Printable("plain \u00e9\u20ac\U0001F600"), "plain \u00e9\u20ac\U0001F600");
     EXPECT_EQ(Printable("\x1b[31m\n\x7f"), "\\x1B[31m\\x0A\\x7F");
     EXPECT_EQ(Printable("\u009b"), "\\xC2\\x9B");
     EXPECT_EQ(Printable("a\xff\xc3"), "a\\xFF\\xC3");
-    EXPECT_EQ(Printable("\xc0\xaf"), "\\xC0\\xAF") << "longer than it needs to be";
+    EXPECT_EQ(Printable("\xc0\xaf"), "\\xC0\\xAF") << "an overlong form";
     EXPECT_EQ(Printable("\xed\xa0\x80"), "\\xED\\xA0\\x80") << "a surrogate";
     EXPECT_EQ(Printable("\xf4\x90\x80\x80"), "\\xF4\\x90\\x80\\x80") << "above the last character";
     EXPECT_EQ(Printable(std::string_view("a\0b", 3)), "a\\x00b");

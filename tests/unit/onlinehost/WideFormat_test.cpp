@@ -30,7 +30,7 @@ TEST(WideFormat, FlagsWidthAndPrecisionStay)
     EXPECT_EQ(TranslateWideFormat(L"%08x %+d %lld %zu %p"), L"%08x %+d %lld %zu %p");
 }
 
-TEST(WideFormat, APercentSignThatConvertsNothingStays)
+TEST(WideFormat, APercentSignWithoutAConversionStays)
 {
     EXPECT_EQ(TranslateWideFormat(L"100%% sure, %%s"), L"100%% sure, %%s");
     EXPECT_EQ(TranslateWideFormat(L"%%%s%%"), L"%%%ls%%");
@@ -48,12 +48,12 @@ TEST(WideFormat, FormatsWideAndNarrowArgumentsToUtf8)
     EXPECT_EQ(Format(L""), "");
 }
 
-TEST(WideFormat, ANullTextIsNamed)
+TEST(WideFormat, ANullTextIsShownAsNull)
 {
     EXPECT_EQ(Format(L"%s", static_cast<const wchar_t*>(nullptr)), "(null)");
 }
 
-TEST(WideFormat, WhatCannotBeConvertedLeavesAMark)
+TEST(WideFormat, AnArgumentThatCannotBeConvertedLeavesAMark)
 {
     EXPECT_EQ(Format(L"before %S after", "\xff\xff"), "before [unreadable]");
 }

@@ -1,4 +1,4 @@
-// A module without components of use. What it does wrong is chosen when it is compiled.
+// A module for tests of the loader. A definition at compile time chooses its fault.
 #include "common/frameworksdk/frameworkcomponent.h"
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
