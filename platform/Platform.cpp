@@ -130,6 +130,11 @@ void Platform::Settle()
     m_engine->GetLoop().WaitIdle();
 }
 
+bool Platform::SettleFor(std::chrono::milliseconds limit)
+{
+    return m_engine->GetLoop().WaitIdleFor(limit);
+}
+
 const std::shared_ptr<Engine>& Platform::GetEngine() const
 {
     return m_engine;

@@ -4,6 +4,7 @@
 #include "platform/Faults.h"
 #include "platform/PlatformOptions.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -117,6 +118,8 @@ public:
     /// requests, delayed deliveries, reconnections, or answers of a crowd that are still due. Meant for tests and
     /// demonstrations. Must not be called from inside an event.
     void Settle();
+    /// The same, for at most `limit`: false when something was left to do then.
+    bool SettleFor(std::chrono::milliseconds limit);
 
     /// The engine, for the platform's own classes.
     const std::shared_ptr<Engine>& GetEngine() const;

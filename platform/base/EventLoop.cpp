@@ -51,6 +51,12 @@ void EventLoop::WaitIdle()
     m_idle.wait(lock, [this] { return m_stopped || IsIdle(); });
 }
 
+bool EventLoop::WaitIdleFor(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock(m_mutex);
+    return m_idle.wait_for(lock, limit, [this] { return m_stopped || IsIdle(); });
+}
+
 void EventLoop::Stop()
 {
     std::thread thread;

@@ -13,8 +13,8 @@ namespace platform
 {
 
 /// One thread that runs tasks one at a time, in the order in which they were posted or fall due. The first task starts
-/// the thread. [any] Every operation may be called on any thread; `Stop` and `WaitIdle` must not be called from inside
-/// a task.
+/// the thread. [any] Every operation may be called on any thread; `Stop`, `WaitIdle` and `WaitIdleFor` must not be
+/// called from inside a task.
 class EventLoop
 {
 public:
@@ -42,6 +42,8 @@ public:
 
     /// Waits until no task runs and only timers are left.
     void WaitIdle();
+    /// The same, for at most `limit`: false when it is not idle then.
+    bool WaitIdleFor(std::chrono::milliseconds limit);
 
     /// Drops the tasks that have not run and ends the thread.
     void Stop();

@@ -6,6 +6,7 @@
 #include "platform/wire/Records.h"
 #include "platform/wire/Topics.h"
 
+#include <future>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -150,6 +151,16 @@ TEST(EventLoopTest, WaitingForIdleDoesNotWaitForTimers)
     loop.Post([&] { inside = loop.IsCurrent(); });
     loop.WaitIdle();
     EXPECT_TRUE(inside);
+}
+
+TEST(EventLoopTest, WaitingForIdleEndsAtItsLimit)
+{
+    EventLoop loop;
+    std::promise<void> released;
+    loop.Post([&] { released.get_future().wait(); });
+    EXPECT_FALSE(loop.WaitIdleFor(std::chrono::milliseconds(10)));
+    released.set_value();
+    EXPECT_TRUE(loop.WaitIdleFor(std::chrono::hours(1)));
 }
 
 TEST(EventLoopTest, AStoppedLoopDropsTasksAndTakesNone)
