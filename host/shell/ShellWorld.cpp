@@ -31,7 +31,7 @@ ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log
       m_log(log),
       m_trace(trace),
       m_module(std::make_shared<Module>(FindModule(options.module))),
-      m_logWatch(m_log, kModuleLogger, [this](std::string_view line) { NoteLogLine(line); })
+      m_logWatch(m_log, kModuleLogger, [this](std::string_view line) { m_reason.Note(line); })
 {
     m_platform.SetDiagnostic([&inbox](std::string_view text) { inbox.Push(Notice(text)); });
 }
@@ -130,21 +130,6 @@ platform::MonitoringService& ShellWorld::Monitoring()
             });
     }
     return *m_monitoring;
-}
-
-std::string ShellWorld::TakeFailure()
-{
-    const std::lock_guard lock(m_failureMutex);
-    return std::exchange(m_failure, {});
-}
-
-void ShellWorld::NoteLogLine(std::string_view line)
-{
-    if (line.find("ailed") != line.npos)
-    {
-        const std::lock_guard lock(m_failureMutex);
-        m_failure = Printable(line);
-    }
 }
 
 } // namespace host

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/shell/ShellReason.h"
 #include "host/shell/ShellTerminal.h"
 #include "host/trace/Trace.h"
 #include "onlinehost/ComponentFactory.h"
@@ -13,7 +14,6 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -94,16 +94,16 @@ public:
 
     platform::MonitoringService& Monitoring();
 
-    /// The newest line of the module's log that tells a failure, and forgets it.
-    std::string TakeFailure();
+    /// Why the module refused the operation that was called last on the shell's thread; see `ShellReason::Take`.
+    std::string TakeFailure()
+    {
+        return m_reason.Take();
+    }
 
 private:
-    void NoteLogLine(std::string_view line);
-
     const Options m_options;
     ShellInbox& m_inbox;
-    std::mutex m_failureMutex;
-    std::string m_failure;
+    ShellReason m_reason;
     onlinehost::LogCenter& m_log;
     Trace* m_trace; ///< that records new terminals; may be null
     platform::Platform m_platform;
