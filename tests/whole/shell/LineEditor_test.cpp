@@ -186,7 +186,7 @@ TEST_F(LineEditor, TheEditingKeysOfShellsWork)
     EXPECT_TRUE(shell.SeeLastLine("onlinehost> xyz")) << shell.Now().Text();
     shell.Type(kCtrlD);
     EXPECT_TRUE(shell.SeeLastLine("onlinehost> yz")) << shell.Now().Text();
-    shell.Type(std::string(kCtrlB) + kCtrlD + kCtrlD + kCtrlD);
+    shell.Type(std::string(kCtrlB) + kCtrlD + kCtrlD);
     EXPECT_TRUE(shell.SeeLastLine("onlinehost>")) << shell.Now().Text();
     shell.Type(kCtrlD);
     EXPECT_EQ(shell.WaitForEnd(), 0);
