@@ -53,7 +53,7 @@ struct Heard
 } // namespace
 
 CONTRACT_CHECK(
-    BadInput, ATerminalEventOfNoUserIsIgnored,
+    BadInput, ATerminalEventWithoutAUserIdIsIgnored,
     "No listener is called, nothing is logged, no exception is thrown, also for digits whose value fits no int.")
 {
     Stage stage(check, Scene::LoggedIn);
@@ -91,7 +91,8 @@ CONTRACT_CHECK(BadInput, ARefreshedUserWithoutAnIdIsKeptAsUser0, "Every text tha
     }
 }
 
-CONTRACT_CHECK(BadInput, AnInvitationEventOfNoUserIsToldAsUser0, "The listeners are still called for the event.")
+CONTRACT_CHECK(BadInput, AnInvitationEventWithoutAUserIdIsReportedAsUser0,
+               "The listeners are still called for the event.")
 {
     Heard heard(check);
     RecordingOnline& online = heard.stage.Connection().online;
@@ -152,8 +153,7 @@ CONTRACT_CHECK(BadInput, AGroupUserWithoutAnIdIsLeftOutByTheGatewayTunnel,
     }
 }
 
-CONTRACT_CHECK(BadInput, TextsThatAreNotUtf8ComeThroughAsTheyAre,
-               "Terminals, custom texts and messages keep every byte.")
+CONTRACT_CHECK(BadInput, TextsThatAreNotUtf8PassUnchanged, "Terminals, custom texts and messages keep every byte.")
 {
     Stage stage(check, Scene::LoggedIn);
     const std::string odd = "\xFF\xC3(\x80";
@@ -179,7 +179,7 @@ CONTRACT_CHECK(BadInput, TextsThatAreNotUtf8ComeThroughAsTheyAre,
     check.ExpectEqual(1, stage.journal.Count("online1.SetUserCustomInfo(\"" + odd + "\")"), "calls of the platform");
 }
 
-CONTRACT_CHECK(BadInput, EventsThatNobodyWaitsForDoNoHarm,
+CONTRACT_CHECK(BadInput, EventsWithoutAPendingRequestDoNotFail,
                "Results and reconnections without a login are reported or ignored; none fails.")
 {
     Stage stage(check);

@@ -72,7 +72,7 @@ CONTRACT_CHECK(BadInput, ALastPageThatComesTwiceEndsTheRefreshTwiceAndTheRequest
     });
 }
 
-CONTRACT_CHECK(BadInput, PagesThatNeverEndAreCollectedWithoutAWordUntilALastOneComes,
+CONTRACT_CHECK(BadInput, PagesAreCollectedWithoutANotificationUntilTheLastOneComes,
                "The last page then delivers the users of all pages.")
 {
     PageStage stage(check);
@@ -97,7 +97,7 @@ CONTRACT_CHECK(BadInput, PagesThatNeverEndAreCollectedWithoutAWordUntilALastOneC
     check.ExpectEqual(101, known, "users known at the end");
 }
 
-CONTRACT_CHECK(BadInput, CountsAndIndicesThatMakeNoSenseEndNothing,
+CONTRACT_CHECK(BadInput, InvalidCountsAndIndicesEndNoRefresh,
                "Only a count that is one more than its index ends a refresh; so count 0 with index -1 does.")
 {
     PageStage stage(check);
@@ -125,7 +125,7 @@ CONTRACT_CHECK(BadInput, PagesOfRequestsNeverMadeAreTakenButNotReportedAsFinishe
     check.ExpectEqual(0, stage.journal.Count("U.OnUserStatusRefreshed("), "ends");
 }
 
-CONTRACT_CHECK(BadInput, PagesOfTwoRefreshesAtOnceAreMergedAndEachEndIsToldOnce,
+CONTRACT_CHECK(BadInput, PagesOfTwoRefreshesAreMergedAndEachEndIsReportedOnce,
                "The pages of all refreshes are collected together: the first end takes all of them.")
 {
     PageStage stage(check);
@@ -159,7 +159,7 @@ CONTRACT_CHECK(BadInput, AUserWithANegativeCountOfTerminalsHasNone, "The user is
                       "what is known");
 }
 
-CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsEver,
+CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsBefore,
                "Pages, terminal events, invitations, answers, results of groups and tunnels: each is still reported.")
 {
     PageStage stage(check);
@@ -193,7 +193,7 @@ CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsEver,
 }
 
 CONTRACT_CHECK(
-    BadInput, ACommandToAClientOfADestroyedComponentIsHarmlessAmongNewOnes,
+    BadInput, ACommandToAClientOfADestroyedComponentDoesNotReachNewClients,
     "The platform still knows the old client; a component created later gets only the commands to its own client.")
 {
     Stage stage(check);

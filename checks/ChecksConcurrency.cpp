@@ -270,7 +270,8 @@ CONTRACT_CHECK(Concurrency, CommandsMayComeWhileReportsAreSent, "Commands and me
     check.ExpectEqual(4 * kRounds, stage.journal.Count("MsgIncome srcUserId:5"), "messages in the log");
 }
 
-CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtOnce, "What a service creates at its first use is created once.")
+CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtTheSameTime,
+               "What a service creates at its first use is created once.")
 {
     for (int attempt = 0; attempt < 20; ++attempt)
     {

@@ -354,7 +354,7 @@ CONTRACT_CHECK(Gateway, AListenerRemovedDuringADeliveryHearsNothingMoreAndLosesI
     stage.tunnel->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(Gateway, TheTwoTunnelsDoNotMeet,
+CONTRACT_CHECK(Gateway, TheTwoTunnelsAreIndependent,
                "Events of one tunnel's connection never reach the other tunnel's listeners.")
 {
     GatewayStage stage(check);

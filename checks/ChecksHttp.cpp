@@ -154,7 +154,7 @@ CONTRACT_CHECK(Http, ABodyEndsAtItsFirstNul,
     check.ExpectEqual(0, transport.stage.journal.Count("msg_id="), "lines of a message without a body");
 }
 
-CONTRACT_CHECK(Http, AnyBytesAndAnySizeComeThrough, "Large bodies and bodies that are not text arrive unchanged.")
+CONTRACT_CHECK(Http, AnyBytesAndAnySizePassUnchanged, "Large bodies and bodies that are not text arrive unchanged.")
 {
     Transport transport(check);
     std::string body(1 << 20, '\xFF');
@@ -263,7 +263,7 @@ CONTRACT_CHECK(Http, RequestsUnderWayGetTheirOwnAnswers, "Completions may come i
     check.ExpectEqual("three", third.get(), "the third request");
 }
 
-CONTRACT_CHECK(Http, ManyThreadsMayAskAtOnce,
+CONTRACT_CHECK(Http, ManyThreadsMaySendRequests,
                "With requests, completions and closes on several threads, every wait ends with its own answer.")
 {
     Transport transport(check);
@@ -330,7 +330,7 @@ CONTRACT_CHECK(Http, ANullTextRaisesAndNothingIsSent,
     check.ExpectEqual("works on", answer.get(), "HttpGet afterwards");
 }
 
-CONTRACT_CHECK(Http, AnEmptyAddressIsTheHostsBusiness, "An empty address is passed to the host's HTTP object.")
+CONTRACT_CHECK(Http, AnEmptyAddressIsPassedToTheHost, "An empty address is passed to the host's HTTP object.")
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("", 1);

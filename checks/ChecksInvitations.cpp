@@ -272,7 +272,7 @@ CONTRACT_CHECK(Invitations, APositiveStatusOfThePlatformIsSuccess, "Only a negat
     check.ExpectEqual(true, stage.users->AcceptInvite(5, 1, false), "AcceptInvite, declining");
 }
 
-CONTRACT_CHECK(Invitations, APlatformIdOf0IsPassedOverForTheFirstId, "The first id is the first one that is not 0.")
+CONTRACT_CHECK(Invitations, APlatformIdOf0IsSkippedForTheFirstId, "The first id is the first one that is not 0.")
 {
     InvitationStage stage(check);
     stage.Online().inviteIds = {0, 602, 603};
@@ -300,7 +300,7 @@ CONTRACT_CHECK(Invitations, AnIdThatThePlatformGivesAgainKeepsItsFirstInvitation
     stage.ExpectJournal({"U.OnInviteAccepted(101, 601)"});
 }
 
-CONTRACT_CHECK(Invitations, AnAnswerToAnInvitationThatWasNeverSentIsReportedWithId0,
+CONTRACT_CHECK(Invitations, AnAnswerToAnUnknownInvitationIsReportedWithId0,
                "This also holds after an invitation has got this id later.")
 {
     InvitationStage stage(check);
@@ -400,7 +400,7 @@ CONTRACT_CHECK(Invitations, AnInvitationThatCannotBeReadIsToldWithoutContent,
     }
 }
 
-CONTRACT_CHECK(Invitations, AMessageThatIsNullIsLoggedAsEmptyAndHarmsNobody,
+CONTRACT_CHECK(Invitations, ANullMessageIsLoggedAsEmptyAndReportedWithoutContent,
                "The listener gets an invitation with default content.")
 {
     InvitationStage stage(check);

@@ -358,7 +358,7 @@ CONTRACT_CHECK(Json, ATextOfTheInviterEndsAtItsFirstNul, "An escaped NUL ends th
 }
 
 CONTRACT_CHECK(
-    Json, TextThatIsNoMessageIsReportedAsAnEmptyInvitation,
+    Json, UnreadableTextIsReportedAsAnEmptyInvitation,
     "Other root values, truncated JSON and other text leave every field at its default; the listener is called.")
 {
     Messages messages(check);
@@ -376,7 +376,7 @@ CONTRACT_CHECK(
     check.ExpectEqual(kNothing, messages.Received(whole + "x"), "with something behind it");
 }
 
-CONTRACT_CHECK(Json, DeepNestingIsNoDanger,
+CONTRACT_CHECK(Json, DeepNestingIsReadAsAnEmptyMessage,
                "A thousand levels and many more, well-formed or not, are read as an empty message.")
 {
     Messages messages(check);
@@ -459,7 +459,7 @@ CONTRACT_CHECK(Json, ATerminalTypeIsReadFromANumberOrFromDigits,
     }
 }
 
-CONTRACT_CHECK(Json, ATerminalTypeThatIsNoneIs0,
+CONTRACT_CHECK(Json, AnInvalidTerminalTypeIs0,
                "{\"tt\":\"a1\"}, {\"tt\":-2}, \"[]\", numbers too large, texts that are no JSON: all are 0.")
 {
     Messages messages(check);
@@ -510,7 +510,7 @@ CONTRACT_CHECK(Json, ACommandIsReadFromItsMessage,
                          {"M.OnSubscribeAVQualityInfo()"});
 }
 
-CONTRACT_CHECK(Json, ACommandThatIsNoStringIsNoCommand, "{\"message\":{\"command\":7}} does nothing.")
+CONTRACT_CHECK(Json, ACommandThatIsNotAStringIsIgnored, "{\"message\":{\"command\":7}} does nothing.")
 {
     Commands commands(check);
     for (const char* const text :
@@ -521,7 +521,7 @@ CONTRACT_CHECK(Json, ACommandThatIsNoStringIsNoCommand, "{\"message\":{\"command
     }
 }
 
-CONTRACT_CHECK(Json, ASubTypeThatIsNoStringInAnObjectIsNone,
+CONTRACT_CHECK(Json, ASubTypeThatIsNotAStringCountsAsAbsent,
                "It counts as absent: a subscription changes nothing, an unsubscription is reported.")
 {
     Commands commands(check);
@@ -534,7 +534,7 @@ CONTRACT_CHECK(Json, ASubTypeThatIsNoStringInAnObjectIsNone,
     }
 }
 
-CONTRACT_CHECK(Json, TextThatIsNoCommandIsIgnored, "Other root values, truncated JSON and deep nesting are ignored.")
+CONTRACT_CHECK(Json, UnreadableTextIsNotACommand, "Other root values, truncated JSON and deep nesting are ignored.")
 {
     Commands commands(check);
     const std::string whole = R"({"message":{"command":"subscribe_av_quality","data":{"subType":"all"}}})";

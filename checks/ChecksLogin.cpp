@@ -179,7 +179,7 @@ CONTRACT_CHECK(Login, AnyOtherServerIsPassedWithoutTheHelper,
     }
 }
 
-CONTRACT_CHECK(Login, AServerOfNonsenseIsLeftToThePlatform, "Any text that is not empty is passed unchanged.")
+CONTRACT_CHECK(Login, AnyServerTextIsPassedToThePlatform, "Any text that is not empty is passed unchanged.")
 {
     Online online(check);
     for (const std::string& server : {std::string("%s%n"), std::string("\xFF\xFE"), std::string(100000, 'x')})
@@ -399,7 +399,8 @@ CONTRACT_CHECK(Login, ALogoutIsAskedOfThePlatform, "Logout itself changes no sta
     check.ExpectEqual("false", Property(online.session, CONNECT_PROPERTY_ONLINE), "property 0 after the event");
 }
 
-CONTRACT_CHECK(Login, ALogoutOfNobodyIsTrueAndSaysSo, "Before a login and after a logout the platform is not called.")
+CONTRACT_CHECK(Login, ALogoutWithoutALoginReturnsTrueAndLogsALine,
+               "Before a login and after a logout the platform is not called.")
 {
     Online online(check);
     check.ExpectEqual(true, online.session->Logout(), "Logout before a login");
@@ -482,7 +483,7 @@ CONTRACT_CHECK(Login, AReloginFromInsideOnOfflineLogsInAgain,
     online.listener.hook = nullptr;
 }
 
-CONTRACT_CHECK(Login, EventsOfAMeetingAreNotTheSessions,
+CONTRACT_CHECK(Login, EventsOfAMeetingDoNotReachTheSessionsListeners,
                "Joins, leaves and users of a group call no listener of the session.")
 {
     Online online(check, Scene::LoggedIn);

@@ -108,7 +108,7 @@ CONTRACT_CHECK(Manager, AFailingGatewayConnectionLeavesTheSessionBuilt,
     check.ExpectEqual(session, stage.Session(), "the session is the same");
 }
 
-CONTRACT_CHECK(Manager, AGatewayBuiltBesideAnOlderSessionDoesNotTellItOfReconnections,
+CONTRACT_CHECK(Manager, AGatewayBuiltAfterTheSessionDoesNotReportReconnectionsToIt,
                "Its reconnection listener is the session that the same Initialize has built; otherwise it has none.")
 {
     Stage stage(check, Scene::Created);
@@ -122,7 +122,7 @@ CONTRACT_CHECK(Manager, AGatewayBuiltBesideAnOlderSessionDoesNotTellItOfReconnec
     stage.Session()->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(Manager, AGatewayBuiltWithTheSessionTellsItOfReconnections,
+CONTRACT_CHECK(Manager, AGatewayBuiltWithTheSessionReportsReconnectionsToIt,
                "The session's listeners get the gateway's reconnections, with tunnel type 2.")
 {
     Stage stage(check);
@@ -179,7 +179,7 @@ CONTRACT_CHECK(Manager, InitializeIgnoresWhatTheServicesReport,
 }
 
 CONTRACT_CHECK(
-    Manager, BeforeInitializeTheServicesAreNotThere,
+    Manager, BeforeInitializeTheServicesDoNotExist,
     "The getters log the missing service, return 0 and do not write the output; for the tunnels they return 1.")
 {
     Stage stage(check, Scene::Created);
@@ -367,7 +367,7 @@ CONTRACT_CHECK(Manager, DestroyTakesTheServicesDownInOrder,
     });
 }
 
-CONTRACT_CHECK(Manager, DestroyLogsOutWhoIsLoggedIn, "The platform's Logout is called after the listeners are removed.")
+CONTRACT_CHECK(Manager, DestroyLogsOutALoggedInUser, "The platform's Logout is called after the listeners are removed.")
 {
     Stage stage(check, Scene::LoggedIn);
     stage.manager->Destroy();
@@ -415,7 +415,7 @@ CONTRACT_CHECK(
     check.ExpectEqual(0, stage.journal.Count("http."), "calls of the object");
 }
 
-CONTRACT_CHECK(Manager, AfterDestroyTheServicesAreNotThere,
+CONTRACT_CHECK(Manager, AfterDestroyTheServicesDoNotExist,
                "The getters report missing services, and the tunnel type keeps its value.")
 {
     Stage stage(check);
@@ -442,7 +442,7 @@ CONTRACT_CHECK(Manager, AfterDestroyInitializeBuildsEverythingAnew, "New connect
     check.ExpectEqual(1, stage.journal.Count("A.OnOffline(0)"), "notifications from the new connection");
 }
 
-CONTRACT_CHECK(Manager, TwoComponentsInOneProcessDoNotMeet,
+CONTRACT_CHECK(Manager, TwoComponentsInOneProcessAreIndependent,
                "Each has its own connections, services and listeners; the end of one does not affect the other.")
 {
     Stage stage(check);

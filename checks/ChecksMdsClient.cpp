@@ -321,7 +321,7 @@ CONTRACT_CHECK(MdsClient, ListenersAreToldInOrderAndARemovedOneIsNot, "The notif
     stage.ExpectCommand(kUnsubscribe, "all", {});
 }
 
-CONTRACT_CHECK(MdsClient, AListenerNeedsNotToKnowOfUnsubscriptions, "OnUnSubscribeAVQualityInfo has an empty body.")
+CONTRACT_CHECK(MdsClient, AListenerNeedNotOverrideOnUnSubscribe, "OnUnSubscribeAVQualityInfo has an empty body.")
 {
     class Starting final : public onlinemanager::IPaasMdsClientNotify
     {
@@ -335,7 +335,7 @@ CONTRACT_CHECK(MdsClient, AListenerNeedsNotToKnowOfUnsubscriptions, "OnUnSubscri
     stage.ExpectCommand(kUnsubscribe, "all", {kStop});
 }
 
-CONTRACT_CHECK(MdsClient, ACommandAfterDestroyIsHarmlessAndTellsNobody,
+CONTRACT_CHECK(MdsClient, ACommandAfterDestroyCallsNoListener,
                "The client is never unregistered, so the platform may send commands to it while the module is loaded.")
 {
     Stage stage(check);

@@ -105,7 +105,7 @@ CONTRACT_CHECK(ModuleFile, LeavesTheProcessWhenItIsClosed, "After dlclose the mo
     check.Expect(!Module::IsLoaded(check.ModulePath()), "the module is gone after dlclose");
 }
 
-CONTRACT_CHECK(ModuleFile, TwoCopiesInOneProcessDoNotMeet,
+CONTRACT_CHECK(ModuleFile, TwoCopiesInOneProcessAreIndependent,
                "Each loaded file counts its own objects and has its own logger.")
 {
     const std::filesystem::path copy =

@@ -88,7 +88,7 @@ CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration,
     list.ExpectTold({"[platform] B.OnOffline(1)", "[platform] A.OnOffline(1)", "[platform] C.OnOffline(1)"});
 }
 
-CONTRACT_CHECK(NotifyList, NullAndStrangersAreIgnored,
+CONTRACT_CHECK(NotifyList, NullAndUnknownListenersAreIgnored,
                "Adding null, removing null and removing an unknown listener do nothing.")
 {
     Listeners list(check);
@@ -102,7 +102,7 @@ CONTRACT_CHECK(NotifyList, NullAndStrangersAreIgnored,
     list.ExpectTold({"B.OnOffline(1)"});
 }
 
-CONTRACT_CHECK(NotifyList, AListenerAddedTwiceIsToldOnce, "There are no duplicates.")
+CONTRACT_CHECK(NotifyList, AListenerAddedTwiceIsCalledOnce, "There are no duplicates.")
 {
     Listeners list(check);
     list.session->AddNotify(&list.a);
@@ -241,7 +241,7 @@ CONTRACT_CHECK(NotifyList, RemoveAllEndsADelivery,
     list.ExpectTold({"C.OnOffline(2)"});
 }
 
-CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEverybody,
+CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEveryListener,
                "The inner delivery ends before the outer one continues.")
 {
     Listeners list(check);
@@ -305,7 +305,7 @@ CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
     list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)"});
 }
 
-CONTRACT_CHECK(NotifyList, EveryServiceHasOneOfItsOwn,
+CONTRACT_CHECK(NotifyList, EveryServiceHasItsOwnList,
                "Session, both tunnels, user service and report client each have their own listeners and order.")
 {
     Stage stage(check, Scene::LoggedIn);
@@ -396,7 +396,7 @@ CONTRACT_CHECK(NotifyList, TheMessageChannelTakesListenersToo,
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(NotifyList, ThreadsMayAddRemoveAndDeliverAtOnce,
+CONTRACT_CHECK(NotifyList, ThreadsMayAddRemoveAndDeliverAtTheSameTime,
                "A listener that stays registered gets every delivery, whatever other threads do with the list.")
 {
     Stage stage(check);

@@ -89,7 +89,7 @@ CONTRACT_CHECK(PaasTunnel, JoinMeetingWithoutAUserIsRefusedInTheLoggedInState,
     stage.ExpectJournal({kJoin, kJoinNotLoggedIn, kLeave, kLeaveNotLoggedIn});
 }
 
-CONTRACT_CHECK(PaasTunnel, AfterALogoutNobodyJoinsOrLeaves,
+CONTRACT_CHECK(PaasTunnel, AfterALogoutJoinsAndLeavesAreRefused,
                "JoinMeeting and LeaveMeeting are refused with their own lines.")
 {
     TunnelStage stage(check);
@@ -241,7 +241,7 @@ CONTRACT_CHECK(PaasTunnel, AUserIdThatBeginsWithALetterIsUser0AndOneThatBeginsWi
     }
 }
 
-CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsAreNotTheTunnels,
+CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsDoNotReachTheTunnelsListeners,
                "The listeners of the tunnel are not called for them.")
 {
     TunnelStage stage(check);
@@ -252,7 +252,8 @@ CONTRACT_CHECK(PaasTunnel, LoginsLogoutsAndWholeGroupsAreNotTheTunnels,
     check.ExpectEqual(0U, stage.journal.Count("T."), "notifications of the tunnel");
 }
 
-CONTRACT_CHECK(PaasTunnel, GroupEventsAreNotTheSessions, "The session's listeners are not called for them.")
+CONTRACT_CHECK(PaasTunnel, GroupEventsDoNotReachTheSessionsListeners,
+               "The session's listeners are not called for them.")
 {
     TunnelStage stage(check);
     onlinemanager::IPaasOnline* const session = stage.Session();

@@ -288,7 +288,7 @@ CONTRACT_CHECK(Reconnection, AFailureFillsProperty2OnlyWithCode36AndAText, "Othe
     check.ExpectEqual("(absent)", Property(*stage.session, CONNECT_PROPERTY_CONFLICT_DEVICE_ID), "property 2");
 }
 
-CONTRACT_CHECK(Reconnection, AFailureChangesNoStateAndIsNotTheUserServicesBusiness,
+CONTRACT_CHECK(Reconnection, AFailureChangesNeitherTheStateNorTheKnownUsers,
                "The state and the known users are unchanged.")
 {
     ReconnectingStage stage(check);
@@ -321,7 +321,7 @@ CONTRACT_CHECK(Reconnection, EventsReachAllListenersInOrderAndNotARemovedOne,
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(Reconnection, AListenerNeedsToOverrideNothingOfReconnections,
+CONTRACT_CHECK(Reconnection, AListenerNeedNotOverrideReconnections,
                "Every operation for reconnections has an empty body.")
 {
     class Silent final : public onlinemanager::IPaasOnlineNotify
@@ -376,7 +376,7 @@ CONTRACT_CHECK(Reconnection, TriggerNotifyWhileReconnectingSends30, "Reconnectin
     stage.AwaitModuleThreads();
 }
 
-CONTRACT_CHECK(Reconnection, EveryTriggerNotifyHasAThreadOfItsOwn,
+CONTRACT_CHECK(Reconnection, EveryTriggerNotifyHasItsOwnThread,
                "A listener that does not return does not delay another notification.")
 {
     Stage stage(check);

@@ -494,7 +494,7 @@ CONTRACT_CHECK(Reentrancy, EveryOperationMayBeCalledFromInsideTheStrategy,
     }
 }
 
-CONTRACT_CHECK(Reentrancy, NotificationsInsideNotificationsReachEverybody,
+CONTRACT_CHECK(Reentrancy, NotificationsInsideNotificationsReachEveryListener,
                "RejectAllInvite from inside a notification of RejectAllInvite answers each invitation once.")
 {
     ReentrantStage stage(check);

@@ -110,7 +110,7 @@ CONTRACT_CHECK(TMsg, AnIncomingMessageCallsNoRegisteredNotify, "The service only
     tmsg->RemoveAllNotify();
 }
 
-CONTRACT_CHECK(TMsg, MessagesThatAreNoJsonOrHugeOrNullHarmNobody, "The service does not read them.")
+CONTRACT_CHECK(TMsg, MessagesThatAreNotJsonOrHugeOrNullAreOnlyLogged, "The service does not read them.")
 {
     Stage stage(check);
     const std::string huge(100000, '[');

@@ -491,7 +491,7 @@ CONTRACT_CHECK(UserOnline, ListenersAreCalledInOrderAndARemovedOneIsNot, "The no
     stage.ExpectJournal({});
 }
 
-CONTRACT_CHECK(UserOnline, AListenerNeedsToOverrideOnlyTwoOperations, "The other four have empty bodies.")
+CONTRACT_CHECK(UserOnline, AListenerMustOverrideOnlyTwoOperations, "The other four have empty bodies.")
 {
     class Smallest final : public onlinemanager::IUserOnlineNotify
     {

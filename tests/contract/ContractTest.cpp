@@ -33,7 +33,7 @@ private:
     const std::string m_modulePath;
 };
 
-/// The path behind --module=, taken out of the arguments; the module of this build without one.
+/// Removes the option --module= from the arguments and returns its path; the module of this build if there is none.
 std::string TakeModulePath(int& argc, char** argv)
 {
     constexpr std::string_view kOption = "--module=";
