@@ -62,8 +62,8 @@ public:
     /// `force` logs out another device of the user with the same mutex text.
     bool Login(const onlinemanager::LoginParam& param, bool force);
 
-    /// [any] Ends every wait for this component, for a host that is to end: HTTP requests under way and to come end at once
-    /// without an answer, so that `FetchAddress` returns, and `Events` waits no longer.
+    /// Ends every wait, before the end of the host: all HTTP requests, also later ones, complete without an answer, so
+    /// that `FetchAddress` returns, and `Events` does not wait any more.
     void CancelWaits();
 
     /// The text of a connection property; absent until the module has written it.

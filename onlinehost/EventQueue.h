@@ -39,7 +39,7 @@ public:
         }
     }
 
-    /// [any] Ends the waiting: waits under way end, and later ones take an event that is there already or none.
+    /// [any] Ends all waits. From now on `Take` and `TakeIf` return at once, with an event of the queue or without one.
     void CancelWaits()
     {
         {

@@ -49,8 +49,8 @@ public:
     /// Writes a line of the host under the logger `name`, which need not be open.
     void Write(const std::string& name, Quenda::LogLevel level, std::string_view text);
 
-    /// [any] `Error` with the name of the file and the reason when a line has not been written to the file, on a full disk
-    /// for example. A failed line does not fail the operation that logged it.
+    /// Throws `Error`, with the name of the file and the reason, if a line could not be written to the file, on a full
+    /// disk for example. The operation that logged the line did not fail.
     void CheckWritten() const;
 
     /// The newest lines, formatted as in the file, the oldest first.
