@@ -2,7 +2,6 @@
 
 #include "common/wbaselib/wtypes.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -34,9 +33,6 @@ std::string HexText(uint32_t value);
 /// "1 user", "2 users".
 std::string CountText(size_t count, const std::string& what);
 
-/// "14:05:09.042", local time.
-std::string ClockText(std::chrono::system_clock::time_point time);
-
 /// "1001, 1002, 1003 and 27 more"
 template <typename Ids>
 std::string ListIds(const Ids& ids)
@@ -54,12 +50,5 @@ std::string ListIds(const Ids& ids)
     }
     return text;
 }
-
-/// Reads a whole text as a decimal number from 0 to 4294967295. `Error` with the reason, naming `what`, for anything
-/// else.
-uint32_t ParseNumber(std::string_view text, std::string_view what);
-
-/// Reads a user id: a decimal number from 1 to 4294967295, since 0 means no user. `Error` with the reason otherwise.
-uint32_t ParseUserId(std::string_view text);
 
 } // namespace onlinehost

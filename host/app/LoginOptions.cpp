@@ -1,6 +1,7 @@
 #include "host/app/LoginOptions.h"
 
 #include "host/app/OptionCheck.h"
+#include "host/console/Wording.h"
 
 namespace host
 {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "host/console/Wording.h"
 #include "onlinehost/Error.h"
-#include "onlinehost/Text.h"
 
 #include <CLI/CLI.hpp>
 #include <string>
@@ -31,7 +31,7 @@ CLI::Validator OptionCheck(Reader read)
 
 inline CLI::Validator NumberCheck(const char* what)
 {
-    return OptionCheck([what](const std::string& text) { onlinehost::ParseNumber(text, what); });
+    return OptionCheck([what](const std::string& text) { ParseNumber(text, what); });
 }
 
 } // namespace host

@@ -1,5 +1,6 @@
 #include "host/app/command_login.h"
 #include "host/console/ModulePath.h"
+#include "host/console/Wording.h"
 #include "host/trace/RecordComponent.h"
 
 #include "host/app/LoginOptions.h"

@@ -2,6 +2,7 @@
 
 #include "host/console/ExitCode.h"
 #include "host/console/JsonLine.h"
+#include "host/console/Wording.h"
 #include "host/shell/LineEditor.h"
 #include "host/shell/ShellCompletion.h"
 #include "host/shell/ShellFailure.h"

@@ -1,5 +1,6 @@
 #include "host/shell/ShellCommand.h"
 
+#include "host/console/Wording.h"
 #include "host/shell/ShellValues.h"
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"

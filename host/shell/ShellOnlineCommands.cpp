@@ -1,5 +1,6 @@
 #include "host/shell/ShellOnlineCommands.h"
 
+#include "host/console/Wording.h"
 #include "host/shell/Shell.h"
 #include "host/shell/ShellFailure.h"
 #include "host/shell/ShellValues.h"

@@ -1,5 +1,6 @@
 #include "host/shell/ShellValues.h"
 
+#include "host/console/Wording.h"
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"
 

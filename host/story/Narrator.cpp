@@ -1,13 +1,11 @@
 #include "host/story/Narrator.h"
 
-#include "onlinehost/Text.h"
+#include "host/console/Wording.h"
 
 #include <algorithm>
 
 namespace host
 {
-
-using namespace onlinehost;
 
 namespace
 {

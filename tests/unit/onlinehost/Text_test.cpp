@@ -1,12 +1,8 @@
 #include "onlinehost/Text.h"
 
-#include "onlinehost/Error.h"
-
 #include <gtest/gtest.h>
 
 using onlinehost::CutLength;
-using onlinehost::ParseNumber;
-using onlinehost::ParseUserId;
 using onlinehost::Printable;
 using onlinehost::RepairUtf8;
 using onlinehost::ToUtf8;
@@ -59,22 +55,4 @@ TEST(Text, GuidsHaveBracesAndCapitals)
 {
     EXPECT_EQ(onlinehost::GuidText({0x4022BD11, 0xA92F, 0x4F6D, {0x90, 0x31, 0xEE, 0xB9, 0x2E, 0x99, 0x88, 0x06}}),
               "{4022BD11-A92F-4F6D-9031-EEB92E998806}");
-}
-
-TEST(Text, NumbersAreDecimalAndFit32Bits)
-{
-    EXPECT_EQ(ParseNumber("0", "number"), 0u);
-    EXPECT_EQ(ParseNumber("4294967295", "number"), 4294967295u);
-    EXPECT_EQ(ParseNumber("007", "number"), 7u);
-    for (const char* bad : {"", " 1", "1 ", "-1", "+1", "0x10", "1.5", "12ab", "4294967296", "99999999999999999999"})
-    {
-        EXPECT_THROW(ParseNumber(bad, "number"), onlinehost::Error) << bad;
-    }
-}
-
-TEST(Text, AUserIdIsNotZero)
-{
-    EXPECT_EQ(ParseUserId("1001"), 1001u);
-    EXPECT_THROW(ParseUserId("0"), onlinehost::Error);
-    EXPECT_THROW(ParseUserId("-1"), onlinehost::Error);
 }
