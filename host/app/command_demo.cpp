@@ -1,9 +1,11 @@
 #include "host/app/command_demo.h"
-#include "host/console/ModulePath.h"
 
+#include "host/app/OutputFiles.h"
 #include "host/app/TraceOptions.h"
 #include "host/console/Console.h"
 #include "host/console/ExitCode.h"
+#include "host/console/Interruption.h"
+#include "host/console/ModulePath.h"
 #include "host/console/ProgressBar.h"
 #include "host/story/MeetingStory.h"
 #include "onlinehost/ComponentFactory.h"
@@ -44,16 +46,22 @@ LogCenter::Options ToLogOptions(const std::string& file)
     return log;
 }
 
-std::string TallyText(const Console& out, const Story::Tally& tally, std::chrono::milliseconds time)
+std::string TallyText(const Console& out, const Story::Tally& tally, std::chrono::milliseconds time,
+                      const Interruption& interruption)
 {
     const std::string steps = std::to_string(tally.steps) + " steps in " + std::to_string(time.count()) + " ms: ";
+    if (interruption.Signal() != 0)
+    {
+        return out.Paint(Tone::Doubtful, steps + interruption.Reason());
+    }
     return tally.failed == 0
                ? out.Paint(Tone::Good, steps + "all came out as they should")
                : out.Paint(Tone::Bad, steps + std::to_string(tally.failed) + " did not come out as they should");
 }
 
-ExitCode Run(const Options& options)
+int Run(const Options& options)
 {
+    Interruption interruption; // before the first thread
     const auto start = std::chrono::steady_clock::now();
     const Console out(stdout);
     auto module = std::make_shared<Module>(FindModule(options.module));
@@ -67,11 +75,13 @@ ExitCode Run(const Options& options)
     MeetingOptions meeting;
     meeting.users = options.users;
     meeting.limit = std::chrono::seconds(options.timeout);
-    const Story::Tally tally = TellMeeting({out, platform, log, factory, std::move(module), trace.Get()}, meeting);
-    trace.Close();
+    const Story::Tally tally =
+        TellMeeting({out, platform, log, factory, std::move(module), trace.Get(), &interruption}, meeting);
 
     const auto time = std::chrono::steady_clock::now() - start;
-    out.Line("\n" + TallyText(out, tally, std::chrono::duration_cast<std::chrono::milliseconds>(time)));
+    out.Line("\n" + TallyText(out, tally, std::chrono::duration_cast<std::chrono::milliseconds>(time), interruption));
+    trace.Close();
+    log.CheckWritten();
     if (!options.log.empty())
     {
         out.Line("The module's log: " + Printable(options.log));
@@ -88,7 +98,19 @@ ExitCode Run(const Options& options)
     {
         out.Line("The diagram: " + Printable(options.trace.diagram));
     }
+    if (interruption.Signal() != 0)
+    {
+        return interruption.ExitCode();
+    }
     return tally.failed == 0 ? EXIT_DONE : EXIT_FAILED;
+}
+
+void CheckFiles(const Options& options)
+{
+    RequireDistinctFiles({{"--log", options.log},
+                          {"--trace", options.trace.trace},
+                          {"--diagram", options.trace.diagram},
+                          {"the module", FindModule(options.module), false}});
 }
 
 } // namespace
@@ -113,7 +135,12 @@ void AddDemoCommand(CLI::App& program, int& exitCode)
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 
-    command->callback([options, &exitCode] { exitCode = Run(*options); });
+    command->callback(
+        [options, &exitCode]
+        {
+            CheckFiles(*options);
+            exitCode = Run(*options);
+        });
 }
 
 } // namespace host

@@ -1,15 +1,18 @@
 #include "host/app/command_login.h"
-#include "host/console/ModulePath.h"
-#include "host/console/Wording.h"
-#include "host/trace/RecordComponent.h"
 
 #include "host/app/LoginOptions.h"
 #include "host/app/OptionCheck.h"
+#include "host/app/OutputFiles.h"
 #include "host/app/TraceOptions.h"
 #include "host/console/Console.h"
 #include "host/console/ExitCode.h"
+#include "host/console/Interruption.h"
+#include "host/console/ModulePath.h"
+#include "host/console/Wording.h"
+#include "host/trace/RecordComponent.h"
 #include "onlinehost/Component.h"
 #include "onlinehost/ComponentFactory.h"
+#include "onlinehost/Error.h"
 #include "onlinehost/LogCenter.h"
 #include "onlinehost/Module.h"
 #include "onlinehost/Text.h"
@@ -28,6 +31,9 @@ namespace
 {
 
 constexpr char kLogName[] = "onlinehost";
+
+/// How much longer than the HTTP object and the command the platform waits, so that those name the reason of a time-out.
+constexpr std::chrono::seconds kPlatformGrace{1};
 
 struct Options
 {
@@ -59,7 +65,35 @@ LogCenter::Options ToLogOptions(const Options& options)
     return log;
 }
 
-/// One run of the command: the world that the session lives in, and the story that is told of it.
+platform::PlatformOptions ToPlatformOptions(const Options& options)
+{
+    platform::PlatformOptions limits;
+    limits.httpTimeLimit = options.login.TimeLimit() + kPlatformGrace;
+    limits.loginTimeLimit = limits.httpTimeLimit;
+    return limits;
+}
+
+/// A code with which the platform can refuse a login; `Error` for another text.
+uint32_t ParseRefusal(const std::string& text)
+{
+    const uint32_t code = ParseNumber(text, "code");
+    if (code < 1 || code > INT32_MAX)
+    {
+        throw Error("code " + text + " is not a refusal: expected 1 to " + std::to_string(INT32_MAX));
+    }
+    return code;
+}
+
+void CheckFiles(const Options& options)
+{
+    RequireDistinctFiles({{"--log", options.login.log},
+                          {"--trace", options.trace.trace},
+                          {"--diagram", options.trace.diagram},
+                          {"--ca-file", options.login.caFile, false},
+                          {"the module", FindModule(options.login.module), false}});
+}
+
+/// One run of the command: the platform and the component, and the lines about what happens to them.
 class LoginRun
 {
 public:
@@ -67,21 +101,28 @@ public:
         : m_options(options),
           m_log(ToLogOptions(options)),
           m_trace(options.trace, m_log),
+          m_platform(ToPlatformOptions(options)),
           m_factory(std::bind_front(&platform::Platform::CreateComponent, &m_platform), m_log),
           m_module(std::make_shared<Module>(FindModule(options.login.module)))
     {
         m_platform.SetDiagnostic([this](std::string_view text) { Warn(text); });
         if (!options.refuse.empty())
         {
-            const uint32_t code = ParseNumber(options.refuse, "code");
+            const uint32_t code = ParseRefusal(options.refuse);
             m_platform.GetFaults().RefuseLogins(static_cast<avcore::ZolPortErrCode>(code));
         }
     }
 
-    ExitCode Run()
+    int Run()
     {
         const ExitCode result = RunSession();
         m_trace.Close();
+        m_log.CheckWritten();
+        if (m_interruption.Signal() != 0)
+        {
+            m_errors.Line(m_errors.Paint(Tone::Doubtful, "onlinehost: ") + m_interruption.Reason());
+            return m_interruption.ExitCode();
+        }
         return result;
     }
 
@@ -95,22 +136,24 @@ private:
         http.onFailure = [this](const std::string& text) { Warn(text); };
         Component session(m_module, m_factory, std::move(http), RecordComponent(m_trace.Get(), m_options.login.device));
 
+        const Interruption::Watch watch(&m_interruption, [&session] { session.CancelWaits(); });
+
         Tell("logs in at " + Printable(param.server) + " as user " + std::to_string(param.userid));
         if (!session.FetchAddress(param))
         {
-            Tell(m_out.Paint(Tone::Bad, "did not get the address behind " + Printable(param.server)));
+            TellFailure("did not get the address behind " + Printable(param.server));
             return EXIT_FAILED;
         }
         if (!session.Login(param, m_options.force))
         {
-            Tell(m_out.Paint(Tone::Bad, "was refused by the module at once"));
+            TellFailure("was refused by the module at once");
             return EXIT_REFUSED;
         }
-        std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline);
+        std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline, "the login");
         if (result && result->kind == EventKind::LoginSuccess)
         {
-            // The presence service is told after all listeners; its own refresh says that it was told.
-            result = WaitForAnyOf(session, EventKind::UserStatusChanged, EventKind::Offline);
+            // The module tells its presence service after all listeners; the refresh shows that it has done so.
+            result = WaitForAnyOf(session, EventKind::UserStatusChanged, EventKind::Offline, "the first refresh");
         }
         if (!result)
         {
@@ -122,7 +165,7 @@ private:
             return EXIT_REFUSED;
         }
         session.Online().Logout();
-        return WaitForAnyOf(session, EventKind::Offline, EventKind::Offline) ? EXIT_DONE : EXIT_FAILED;
+        return WaitForAnyOf(session, EventKind::Offline, EventKind::Offline, "the logout") ? EXIT_DONE : EXIT_FAILED;
     }
 
     void Tell(const std::string& text)
@@ -136,14 +179,26 @@ private:
                    m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
     }
 
+    /// What fails after a signal fails because of it.
+    void TellFailure(const std::string& text)
+    {
+        if (m_interruption.Signal() == 0)
+        {
+            Tell(m_out.Paint(Tone::Bad, text));
+        }
+    }
+
     void Warn(std::string_view text)
     {
-        m_errors.Line(m_errors.Paint(Tone::Doubtful, "onlinehost: ") + Printable(text));
+        if (m_interruption.Signal() == 0)
+        {
+            m_errors.Line(m_errors.Paint(Tone::Doubtful, "onlinehost: ") + Printable(text));
+        }
         m_log.Write(kLogName, Quenda::LOG_LEVEL_WARNING, text);
     }
 
-    /// Tells every event up to the one that is waited for.
-    std::optional<Event> WaitForAnyOf(Component& session, EventKind one, EventKind other)
+    /// Tells every event up to the first one of either kind; none when the time is over or a signal has come.
+    std::optional<Event> WaitForAnyOf(Component& session, EventKind one, EventKind other, const std::string& awaited)
     {
         const auto deadline = std::chrono::steady_clock::now() + m_options.login.TimeLimit();
         for (;;)
@@ -153,7 +208,7 @@ private:
             std::optional<Event> event = session.Events().Take(std::max(left, std::chrono::milliseconds(0)));
             if (!event)
             {
-                Tell(m_out.Paint(Tone::Bad, "got no answer in " + std::to_string(m_options.login.timeout) + " s"));
+                TellFailure("timed out after " + std::to_string(m_options.login.timeout) + " s waiting for " + awaited);
                 return std::nullopt;
             }
             const bool isBad = event->kind == EventKind::Offline && event->code != onlinemanager::ERR_SUCCESS;
@@ -177,6 +232,7 @@ private:
     }
 
     const Options& m_options;
+    Interruption m_interruption; // before the first thread
     const Console m_out{stdout};
     const Console m_errors{stderr};
     LogCenter m_log;
@@ -199,15 +255,21 @@ void AddLoginCommand(CLI::App& program, int& exitCode)
         ->check(OptionCheck(ParseUserId));
     command->add_flag("--force", options->force, "Log out another device that shares the tag");
     command->add_flag("--register", options->registerUser, "Register the user");
-    command->add_option("--refuse", options->refuse, "Have the platform refuse the login with this code")
+    command
+        ->add_option("--refuse", options->refuse, "Have the platform refuse the login with this code, 1 to 2147483647")
         ->type_name("CODE")
-        ->check(NumberCheck("code"));
+        ->check(OptionCheck(ParseRefusal));
     AddLoginOptions(*command, options->login);
     command->get_option("--log-level")->needs("--log");
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 
-    command->callback([options, &exitCode] { exitCode = LoginRun(*options).Run(); });
+    command->callback(
+        [options, &exitCode]
+        {
+            CheckFiles(*options);
+            exitCode = LoginRun(*options).Run();
+        });
 }
 
 } // namespace host

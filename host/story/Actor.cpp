@@ -9,14 +9,13 @@ namespace host
 {
 
 using namespace onlinehost;
-
 using namespace onlinemanager;
 using std::chrono::milliseconds;
 
 namespace
 {
 
-/// Waits of several events share one time limit.
+/// One time limit for several waits.
 class Deadline
 {
 public:
@@ -39,12 +38,14 @@ bool ComesOfItself(EventKind kind)
 
 } // namespace
 
-Actor::Actor(Story& story, std::string name, std::unique_ptr<Component> session, LoginParam login, milliseconds limit)
+Actor::Actor(Story& story, std::string name, std::unique_ptr<Component> session, LoginParam login, milliseconds limit,
+             Interruption* interruption)
     : m_story(story),
       m_name(std::move(name)),
       m_session(std::move(session)),
       m_login(std::move(login)),
-      m_limit(limit)
+      m_limit(limit),
+      m_watch(interruption, [this] { m_session->CancelWaits(); })
 {
 }
 
@@ -62,11 +63,11 @@ void Actor::LogsIn(bool force)
     StartsLogin(force);
     Gets("logged in", {EventKind::LoginSuccess, EventKind::Offline},
          [](const Event& event) { return event.kind == EventKind::LoginSuccess; });
-    // The presence service is told after all listeners, so it may not know the user yet; its own refresh says that it does.
+    // The module tells its presence service after all listeners, so it may not know the user yet. Its refresh shows that it does.
     if (!m_session->Events().TakeIf([](const Event& event) { return event.kind == EventKind::UserStatusChanged; },
                                     m_limit))
     {
-        m_story.Missed(m_name, "the module refreshes the company", Waiting());
+        m_story.Missed(m_name, "the first refresh of the company", Waiting());
     }
 }
 
@@ -133,7 +134,7 @@ void Actor::Sees(const std::string& expected, const std::function<bool()>& isSo,
     const Deadline deadline(m_limit);
     while (!isSo())
     {
-        // The event may have been there already when the module was asked, so every one leads to asking again.
+        // An event may be older than the last question, so each event leads to another question.
         const std::optional<Event> event = m_session->Events().TakeIf(
             [](const Event& each) { return each.kind == EventKind::UserStatusChanged; }, deadline.Left());
         if (!event)
@@ -169,7 +170,7 @@ void Actor::HasNothingLeft()
     }
 }
 
-/// What is there instead of what was waited for.
+/// The event that came in place of the expected one.
 std::string Actor::Waiting()
 {
     const std::optional<Event> event =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/console/Interruption.h"
 #include "host/story/Story.h"
 #include "onlinehost/Component.h"
 #include "onlinehost/Event.h"
@@ -16,16 +17,18 @@
 namespace host
 {
 
-/// One device of one user in a story: what it does is told, and what it gets is waited for within a time limit, each a step
-/// of the story. A step that does not come out ends the scene.
+/// One device of one user in a story. It tells what the device does, and waits within a time limit for what the device
+/// receives. Each wait is a step of the story; a failed step ends the scene.
+///
+/// All operations belong to the thread that plays the scenes.
 class Actor
 {
 public:
     using Wanted = std::function<bool(const onlinehost::Event&)>;
 
-    /// The story must outlive the actor.
+    /// The story and the interruption must outlive the actor. A signal ends the actor's waits; `interruption` may be null.
     Actor(Story& story, std::string name, std::unique_ptr<onlinehost::Component> session,
-          onlinemanager::LoginParam login, std::chrono::milliseconds limit);
+          onlinemanager::LoginParam login, std::chrono::milliseconds limit, Interruption* interruption = nullptr);
 
     const std::string& Name() const
     {
@@ -42,7 +45,7 @@ public:
         return *m_session;
     }
 
-    /// Starts a login; what comes of it is another step.
+    /// Starts a login; its result is another step.
     void StartsLogin(bool force);
 
     /// Logs in, and that must succeed.
@@ -53,17 +56,17 @@ public:
 
     void Does(const std::string& what);
 
-    /// A step that is known at once.
+    /// A step whose result is known at once.
     void Has(bool isSo, const std::string& expected, const std::string& otherwise);
 
-    /// Waits for the first event of these kinds, which must be as wanted.
+    /// Waits for the first event of these kinds; `isWanted` must accept it.
     onlinehost::Event Gets(const std::string& expected, std::initializer_list<onlinehost::EventKind> kinds,
                            const Wanted& isWanted = {});
 
-    /// Waits until there has been an event of this kind about each of the users.
+    /// Waits until an event of this kind has come for each of the users.
     void GetsOfEach(const std::string& expected, onlinehost::EventKind kind, std::set<unsigned> userIds);
 
-    /// Waits until what the module knows of the users is as wanted. `describe` tells how it is.
+    /// Waits until `isSo`, asked again after each event of the presence service. `describe` tells the state after a time-out.
     void Sees(const std::string& expected, const std::function<bool()>& isSo,
               const std::function<std::string()>& describe);
 
@@ -73,7 +76,7 @@ public:
     /// What the module knows of users, in their order.
     std::vector<onlinemanager::UserOnlineInfo> Ask(const std::vector<unsigned>& userIds);
 
-    /// Events that nobody has waited for, those left out that come of themselves. None must be left.
+    /// Fails when an event is left that no step waited for. Changes of users' status and of a meeting's members do not count.
     void HasNothingLeft();
 
 private:
@@ -84,6 +87,7 @@ private:
     std::unique_ptr<onlinehost::Component> m_session;
     const onlinemanager::LoginParam m_login;
     const std::chrono::milliseconds m_limit;
+    const Interruption::Watch m_watch;
 };
 
 } // namespace host

@@ -1,9 +1,10 @@
 #include "host/story/MeetingStory.h"
-#include "host/trace/RecordComponent.h"
 
 #include "avcore/ZolTypes.h"
+#include "host/console/Interruption.h"
 #include "host/console/ProgressBar.h"
 #include "host/story/Actor.h"
+#include "host/trace/RecordComponent.h"
 #include "onlinehost/EventQueue.h"
 #include "onlinehost/LogCenter.h"
 #include "onlinehost/LogWatch.h"
@@ -22,7 +23,6 @@ namespace host
 {
 
 using namespace onlinehost;
-
 using namespace onlinemanager;
 using std::chrono::milliseconds;
 
@@ -30,7 +30,7 @@ namespace
 {
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool kModuleStays = true; // linked so, or the leaks of an unloaded module could not be named
+constexpr bool kModuleStays = true; // linked so, because leaks of an unloaded module have no names
 #else
 constexpr bool kModuleStays = false;
 #endif
@@ -45,7 +45,7 @@ constexpr unsigned kAnna = 1;
 constexpr unsigned kBen = 2;
 constexpr unsigned kCarla = 3;
 
-/// The colleagues without a face.
+/// The simulated colleagues.
 constexpr uint32_t kFirstMember = 1001;
 constexpr uint32_t kMembersInvited = 43; // with Ben and Carla 45
 constexpr uint32_t kMembersThatAccept = 29;
@@ -54,7 +54,7 @@ constexpr uint32_t kOfflineMember = kFirstMember + 2;
 /// What each user of the company adds to the time that a step may take.
 constexpr std::chrono::microseconds kExtraTime{200};
 
-/// The host is free to choose these numbers.
+/// These numbers are the host's choice.
 enum Terminal : uint32_t
 {
     TERMINAL_DESKTOP = 1,
@@ -112,7 +112,7 @@ public:
         : m_world(std::move(world)),
           m_options(options),
           m_narrator(m_world.out),
-          m_story(m_narrator),
+          m_story(m_narrator, m_world.interruption),
           m_limit(options.limit + std::chrono::duration_cast<milliseconds>(options.users * kExtraTime)),
           m_members(options.users)
     {
@@ -129,8 +129,8 @@ public:
         m_story.Scene("A message arrives", [this] { Messages(); });
         m_story.Scene("The first user leaves the meeting", [this] { FirstLeaves(); });
         m_story.Scene("One user comes in through the gateway", [this] { Gateway(); });
-        m_story.Scene("Everybody logs out", [this] { End(); });
-        // A scene that has broken off may have left somebody behind.
+        m_story.Scene("All users log out", [this] { End(); });
+        // A scene that ended early may have left actors.
         m_anna.reset();
         m_ben.reset();
         m_carla.reset();
@@ -152,15 +152,16 @@ private:
         login.server = kServer;
         auto session = std::make_unique<Component>(m_world.module, m_world.factory, HttpClient::Options{},
                                                    RecordComponent(m_world.trace, name));
-        return std::make_unique<Actor>(m_story, name, std::move(session), std::move(login), m_limit);
+        return std::make_unique<Actor>(m_story, name, std::move(session), std::move(login), m_limit,
+                                       m_world.interruption);
     }
 
-    /// The actor, once the scene that brings him on has worked out.
+    /// The actor; a failed step when the scene that creates it has failed.
     Actor& Need(const std::unique_ptr<Actor>& actor, const std::string& who)
     {
         if (actor == nullptr)
         {
-            m_story.Missed(who, "is logged in", "has not got so far");
+            m_story.Missed(who, "is logged in", "its login has failed");
         }
         return *actor;
     }
@@ -225,7 +226,7 @@ private:
         m_crowd = std::make_unique<platform::Crowd>(m_world.platform, crowd);
         {
             ProgressBar progress(m_world.out, "coming online");
-            m_crowd->ComeOnline([&](size_t done, size_t total) { progress.Show(done, total); });
+            m_crowd->ComeOnline([&](size_t done, size_t total) { ShowProgress(progress, done, total); });
         }
         m_crowd->AddTerminal(kFirstMember, "phone", ExtensionText(TERMINAL_PHONE));
         m_crowd->AddTerminal(kFirstMember + 1, "tablet", ExtensionText(TERMINAL_TABLET));
@@ -256,6 +257,12 @@ private:
                  [](const UserOnlineInfo& info) { return !IsOnline(info); });
     }
 
+    void ShowProgress(ProgressBar& progress, size_t done, size_t total) const
+    {
+        progress.Show(done, total);
+        m_story.EndIfInterrupted();
+    }
+
     void SeesUser(Actor& actor, unsigned userId, const std::string& expected,
                   const std::function<bool(const UserOnlineInfo&)>& isSo)
     {
@@ -270,7 +277,7 @@ private:
             });
     }
 
-    /// Colleagues that the first user sees online.
+    /// The number of colleagues that the first user sees online.
     size_t Count()
     {
         const std::vector<UserOnlineInfo> answers = m_anna->Ask(m_members);
@@ -326,7 +333,7 @@ private:
                         EventKind::UserJoined, accepting);
     }
 
-    /// Decides what the colleagues will answer; the result is everybody who will be invited.
+    /// Sets the answers of the colleagues. The result is the list of all invitees.
     std::vector<unsigned> WriteScripts()
     {
         platform::CrowdScript accept;
@@ -374,7 +381,7 @@ private:
         return users;
     }
 
-    /// The id of the invitation.
+    /// Returns the id of the invitation.
     unsigned IsInvited(Actor& actor)
     {
         return actor
@@ -411,7 +418,7 @@ private:
                    [tunnel](const Event& event) { return event.tunnel == tunnel && event.code == ERR_SUCCESS; });
     }
 
-    /// Answers may come in any order, and all of them carry the id that the module gave for the whole.
+    /// Answers come in any order. All carry the one id that the module gave to the invitation.
     void CollectAnswers(Actor& anna, unsigned inviteId, const std::set<unsigned>& accepting,
                         const std::set<unsigned>& declining)
     {
@@ -473,6 +480,7 @@ private:
         Actor& anna = Anna();
         Actor& ben = Ben();
         EventQueue<platform::MonitoringReport> reports;
+        const Interruption::Watch watch(m_world.interruption, [&] { reports.CancelWaits(); });
         platform::MonitoringService service(m_world.platform, kAppId, std::to_string(kCompanyId),
                                             [&](const platform::MonitoringReport& report) { reports.Push(report); });
 
@@ -497,7 +505,7 @@ private:
         m_story.Tell("monitoring", "unsubscribes from user 1");
         service.Unsubscribe(std::to_string(kAnna), ReportKind::All);
         anna.Gets("is not asked for quality reports any more", {EventKind::AVQualityUnsubscribed});
-        // The next report is the other user's, so the first one's has not been sent.
+        // The next report comes from the other user: the module has sent none for the first one.
         SendMeasurement(anna);
         SendMeasurement(ben);
         GetsReport(reports, ben, "overview");
@@ -545,6 +553,7 @@ private:
     {
         Anna();
         EventQueue<std::string> lines;
+        const Interruption::Watch interruption(m_world.interruption, [&] { lines.CancelWaits(); });
         const LogWatch watch(m_world.log, kModuleLogger,
                              [&](std::string_view text)
                              {
@@ -601,10 +610,10 @@ private:
         if (m_crowd != nullptr)
         {
             ProgressBar progress(m_world.out, "going offline");
-            m_crowd->GoOffline([&](size_t done, size_t total) { progress.Show(done, total); });
+            m_crowd->GoOffline([&](size_t done, size_t total) { ShowProgress(progress, done, total); });
         }
         const size_t left = m_crowd != nullptr ? m_crowd->CountOnline() : 0;
-        m_story.Check(left == 0 && m_world.platform.Sessions().empty(), "the company", "nobody is online any more",
+        m_story.Check(left == 0 && m_world.platform.Sessions().empty(), "the company", "all users are offline",
                       GroupDigits(left) + " users and " + std::to_string(m_world.platform.Sessions().size()) +
                           " logins are left");
     }

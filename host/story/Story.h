@@ -9,8 +9,11 @@
 namespace host
 {
 
-/// A story of scenes, made of steps that are checked: each comes out as expected or does not, and in the end they are
-/// counted.
+class Interruption;
+
+/// A story of scenes. A scene consists of steps; each step succeeds or fails, and the story counts both.
+///
+/// All operations belong to the thread that plays the scenes.
 class Story
 {
 public:
@@ -20,23 +23,27 @@ public:
         size_t failed = 0;
     };
 
-    /// The narrator must outlive the story.
-    explicit Story(const Narrator& narrator);
+    /// The narrator and the interruption must outlive the story. Without an interruption every scene is played.
+    explicit Story(const Narrator& narrator, const Interruption* interruption = nullptr);
 
-    /// Plays a scene. A step that fails ends it, since the next ones build on it; the story goes on with the next scene.
+    /// Plays a scene. A failed step ends the scene, because the next steps build on it; the story goes on with the next
+    /// scene. After a signal the scene ends at its next step, and later scenes are not played.
     void Scene(const std::string& title, const std::function<void()>& play);
 
-    /// Somebody does something, of which nothing is expected yet.
+    /// Tells an action of which nothing is expected yet.
     void Tell(const std::string& who, const std::string& what) const;
 
-    /// A step that came out as expected.
+    /// A step that succeeded.
     void Came(const std::string& who, const std::string& what, Narrator::Time time = std::chrono::system_clock::now());
 
-    /// A step that did not. Ends the scene by an exception of its own.
+    /// A step that failed. Ends the scene by an exception that `Scene` catches.
     [[noreturn]] void Missed(const std::string& who, const std::string& expected, const std::string& came);
 
-    /// One or the other.
+    /// `Came` when `isGood`, otherwise `Missed`.
     void Check(bool isGood, const std::string& who, const std::string& expected, const std::string& came);
+
+    /// For long work inside a step: ends the scene when a signal has come.
+    void EndIfInterrupted() const;
 
     const Tally& GetTally() const
     {
@@ -44,7 +51,10 @@ public:
     }
 
 private:
+    bool IsInterrupted() const;
+
     const Narrator& m_narrator;
+    const Interruption* const m_interruption;
     Tally m_tally;
 };
 

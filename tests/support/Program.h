@@ -1,7 +1,10 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <map>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 /// The outcome of a program.
@@ -12,7 +15,34 @@ struct ProgramResult
     std::string err;
 };
 
-/// Runs `onlinehost` with these arguments and `input` on its standard input, and waits for its end. `out`, when given, is
-/// where its standard output goes instead. `environment` adds to the variables of the test.
+/// `onlinehost` while it runs.
+class RunningHost
+{
+public:
+    /// Starts it with these arguments and `input` on its standard input. `out`, when given, is the file that receives its
+    /// standard output. `environment` adds to the variables of the test. No signal is ignored or blocked in it.
+    explicit RunningHost(const std::vector<std::string>& arguments, const std::string& input = {},
+                         const std::string& out = {}, const std::map<std::string, std::string>& environment = {});
+    /// Kills it when it has not been waited for.
+    ~RunningHost();
+    RunningHost(const RunningHost&) = delete;
+    RunningHost& operator=(const RunningHost&) = delete;
+
+    void Signal(int signal) const;
+
+    /// Waits until the text stands in its standard output; false when it has ended without it.
+    bool WaitForOutput(const std::string& text);
+
+    /// Waits for its end.
+    ProgramResult WaitForEnd();
+
+private:
+    const TemporaryFolder m_folder;
+    const bool m_hasOutput; ///< in the folder
+    const std::string m_outPath;
+    pid_t m_process = -1;
+};
+
+/// Runs `onlinehost` and waits for its end; the arguments are those of `RunningHost`.
 ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
                       const std::string& out = {}, const std::map<std::string, std::string>& environment = {});

@@ -2,9 +2,12 @@
 #include "tests/support/HttpsServer.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TraceFile.h"
 
 #include <algorithm>
 #include <atomic>
+#include <csignal>
+#include <future>
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -126,6 +129,24 @@ TEST(Login, TheModulesLogGoesToTheFileAtItsLevel)
     EXPECT_EQ(ReadFile(silent), "");
 }
 
+TEST(Login, ACodeThatIsNoRefusalIsWrongUsage)
+{
+    for (const char* code : {"0", "2147483648"})
+    {
+        const ProgramResult result = RunHost({"login", "--user", "1001", "--refuse", code});
+        EXPECT_EQ(result.exitCode, 2) << code;
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find("expected 1 to 2147483647"), std::string::npos) << result.err;
+    }
+}
+
+TEST(Login, ALogOnAFullDiskIsAFailureThatNamesTheFile)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--log", "/dev/full"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("/dev/full: No space left on device"), std::string::npos) << result.err;
+}
+
 TEST(Login, ALogThatCannotBeWrittenIsAFailure)
 {
     const ProgramResult result = RunHost({"login", "--user", "1001", "--log", "/proc/nowhere/module.log"});
@@ -188,4 +209,43 @@ TEST(Login, AnHttpServerThatStallsIsAFailureAtTheTimeLimit)
     const ProgramResult result = RunHost({"login", "--user", "1001", "--server", server.Url(), "--timeout", "1"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("timed out"), std::string::npos) << result.err;
+}
+
+namespace
+{
+
+/// Interrupts a login to a server that accepts and says nothing, and expects the files to be complete.
+void ExpectOrderlyEnd(int signal, int exitCode, const std::string& reason)
+{
+    std::promise<void> asked;
+    const HttpServer server(
+        [&](const HttpExchange& exchange)
+        {
+            asked.set_value();
+            exchange.Stall();
+        });
+    const TemporaryFolder folder;
+    RunningHost host({"login", "--user", "1001", "--server", server.Url(), "--timeout", "86400", "--trace",
+                      folder / "trace", "--log", folder / "log"});
+    asked.get_future().wait();
+    host.Signal(signal);
+    const ProgramResult result = host.WaitForEnd();
+    EXPECT_EQ(result.exitCode, exitCode);
+    EXPECT_EQ(result.err, "onlinehost: " + reason + "\n");
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), std::vector<std::string>{});
+    EXPECT_EQ(trace.Count("IOnlineManager::Destroy"), 1u);
+    EXPECT_NE(ReadFile(folder / "log").find("WDllCanUnloadNow :0."), std::string::npos);
+}
+
+} // namespace
+
+TEST(Login, AnInterruptionEndsALoginToASilentHttpServerInOrder)
+{
+    ExpectOrderlyEnd(SIGINT, 130, "interrupted by SIGINT");
+}
+
+TEST(Login, ATerminationEndsALoginToASilentHttpServerInOrder)
+{
+    ExpectOrderlyEnd(SIGTERM, 143, "interrupted by SIGTERM");
 }

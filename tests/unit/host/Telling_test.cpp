@@ -1,11 +1,15 @@
+#include "host/console/Interruption.h"
 #include "host/console/ProgressBar.h"
 #include "host/story/Narrator.h"
 #include "host/story/Story.h"
 #include "onlinehost/Error.h"
 
+#include <csignal>
 #include <cstdio>
+#include <future>
 #include <gtest/gtest.h>
 #include <regex>
+#include <unistd.h>
 
 using host::Console;
 using host::Narrator;
@@ -85,6 +89,30 @@ TEST_F(TellingTest, AnErrorOfTheHostIsAStepThatFailed)
     m_story.Scene("A scene", [] { throw onlinehost::Error("no connection"); });
     EXPECT_NE(Told().find("FAILED  the host        no connection\n"), std::string::npos);
     EXPECT_EQ(m_story.GetTally().failed, 1u);
+}
+
+TEST_F(TellingTest, ASignalEndsTheStoryAtTheNextStepAndIsNoFailure)
+{
+    host::Interruption interruption;
+    Story story(m_narrator, &interruption);
+    bool isPlayed = false;
+    story.Scene("First",
+                [&]
+                {
+                    story.Came("pc", "logged in");
+                    std::promise<void> interrupted;
+                    const host::Interruption::Watch watch(&interruption, [&] { interrupted.set_value(); });
+                    kill(getpid(), SIGTERM);
+                    interrupted.get_future().wait();
+                    story.Missed("pc", "sees user 2", "nothing");
+                });
+    story.Scene("Second", [&] { isPlayed = true; });
+    EXPECT_FALSE(isPlayed);
+    EXPECT_EQ(Told(), "\nFirst\n"
+                      "00:00:00.000  ok      pc              logged in\n"
+                      "                                      interrupted\n");
+    EXPECT_EQ(story.GetTally().steps, 1u);
+    EXPECT_EQ(story.GetTally().failed, 0u);
 }
 
 TEST_F(TellingTest, ProgressIsAFewLinesInAFile)

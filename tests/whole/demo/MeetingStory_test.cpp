@@ -1,13 +1,17 @@
 #include "host/story/MeetingStory.h"
 
+#include "host/console/Interruption.h"
 #include "onlinehost/ComponentFactory.h"
 #include "onlinehost/LogCenter.h"
 #include "onlinehost/Module.h"
 #include "platform/Platform.h"
 
+#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
+#include <thread>
+#include <unistd.h>
 
 using host::Story;
 
@@ -30,14 +34,14 @@ protected:
         std::fclose(m_file);
     }
 
-    Story::Tally Tell(std::chrono::milliseconds limit)
+    Story::Tally Tell(std::chrono::milliseconds limit, host::Interruption* interruption = nullptr)
     {
         host::MeetingOptions options;
         options.users = host::MeetingOptions::kFewestUsers;
         options.limit = limit;
-        return host::TellMeeting(
-            {m_out, m_platform, SharedLog(), m_factory, std::make_shared<onlinehost::Module>(ONLINEMANAGER_MODULE)},
-            options);
+        return host::TellMeeting({m_out, m_platform, SharedLog(), m_factory,
+                                  std::make_shared<onlinehost::Module>(ONLINEMANAGER_MODULE), nullptr, interruption},
+                                 options);
     }
 
     std::string Told()
@@ -85,4 +89,24 @@ TEST_F(MeetingStoryTest, AnAnswerThatDoesNotComeInTimeIsAStepThatFails)
     const Story::Tally tally = Tell(kShort);
     EXPECT_GT(tally.failed, 0u);
     EXPECT_NE(Told().find("came:     nothing in "), std::string::npos) << Told();
+}
+
+TEST_F(MeetingStoryTest, ASignalEndsAWaitThatNoEventEnds)
+{
+    host::Interruption interruption;
+    m_platform.GetFaults().DelayDeliveries(std::chrono::hours(24));
+    std::thread other(
+        [this]
+        {
+            while (m_platform.Sessions().empty())
+            {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            kill(getpid(), SIGTERM);
+        });
+    const Story::Tally tally = Tell(std::chrono::hours(24), &interruption);
+    other.join();
+    EXPECT_EQ(tally.failed, 0u) << Told();
+    EXPECT_NE(Told().find("  interrupted\n"), std::string::npos) << Told();
+    EXPECT_EQ(m_factory.ForeignReferences(), 0u);
 }

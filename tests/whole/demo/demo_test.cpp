@@ -4,6 +4,7 @@
 #include "tests/support/TraceFile.h"
 
 #include <algorithm>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
@@ -86,6 +87,33 @@ TEST(Demo, ABiggerCompanyShowsItsProgress)
     {
         EXPECT_NE(result.out.find(text), std::string::npos) << text << result.out;
     }
+}
+
+TEST(Demo, AnInterruptionEndsItInOrderWithCompleteFiles)
+{
+    const TemporaryFolder folder;
+    RunningHost host({"demo", "--users", "200000", "--timeout", "600", "--log", folder / "log", "--trace",
+                      folder / "trace", "--diagram", folder / "diagram"});
+    ASSERT_TRUE(host.WaitForOutput("coming online: 25 %"));
+    host.Signal(SIGINT);
+    const ProgramResult result = host.WaitForEnd();
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.err, "");
+    EXPECT_TRUE(std::regex_search(result.out, std::regex(R"(\n\d+ steps in \d+ ms: interrupted by SIGINT\n)")))
+        << result.out;
+    EXPECT_EQ(result.out.find("FAILED"), std::string::npos) << result.out;
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    EXPECT_EQ(trace.Count("WDllCreateComponent"), trace.Count("IOnlineManager::Destroy"));
+    EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
+    EXPECT_NE(ReadFile(folder / "log").find("WDllCanUnloadNow :0."), std::string::npos);
+}
+
+TEST(Demo, ALogOnAFullDiskIsAFailureThatNamesTheFile)
+{
+    const ProgramResult result = RunHost({"demo", "--timeout", "60", "--log", "/dev/full"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("/dev/full: No space left on device"), std::string::npos) << result.err;
 }
 
 TEST(Demo, IsPlainInAPipe)
