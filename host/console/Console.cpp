@@ -1,5 +1,8 @@
 #include "host/console/Console.h"
 
+#include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <unistd.h>
 
 namespace host
@@ -7,6 +10,10 @@ namespace host
 
 namespace
 {
+
+/// `errno` of the first write to the standard output that failed. Later calls succeed once the buffer is gone, and the stream
+/// itself keeps no reason.
+std::atomic<int> g_outputError{0};
 
 const char* Start(Tone tone)
 {
@@ -43,12 +50,35 @@ void Console::Line(std::string_view text) const
 
 void Console::Text(std::string_view text) const
 {
-    std::fwrite(text.data(), 1, text.size(), m_out);
+    if (std::fwrite(text.data(), 1, text.size(), m_out) != text.size())
+    {
+        NoteError();
+    }
 }
 
 bool Console::Flush() const
 {
-    return std::fflush(m_out) == 0 && std::ferror(m_out) == 0;
+    if (std::fflush(m_out) != 0)
+    {
+        NoteError();
+    }
+    return std::ferror(m_out) == 0;
+}
+
+void Console::NoteError() const
+{
+    int none = 0;
+    const int reason = errno;
+    if (m_out == stdout)
+    {
+        g_outputError.compare_exchange_strong(none, reason);
+    }
+}
+
+std::string Console::Failure()
+{
+    const int reason = g_outputError;
+    return reason != 0 ? std::strerror(reason) : "";
 }
 
 } // namespace host

@@ -37,10 +37,16 @@ public:
         return m_isTerminal;
     }
 
-    /// False when something that was written did not arrive, on a full disk for example.
+    /// False when a text of this console, or of another one on the same stream, was not written; see `Failure`.
     bool Flush() const;
 
+    /// Why the standard output was not written completely: the system's words for the first error; empty when there was
+    /// none.
+    static std::string Failure();
+
 private:
+    void NoteError() const;
+
     std::FILE* m_out;
     bool m_isTerminal;
 };

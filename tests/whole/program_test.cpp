@@ -1,6 +1,23 @@
 #include "tests/support/Program.h"
+#include "tests/support/TerminalProgram.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <sstream>
+
+namespace
+{
+
+/// The command line is refused as wrong usage, for this reason.
+void ExpectWrongUsage(const std::vector<std::string>& arguments, const std::string& reason)
+{
+    const ProgramResult result = RunHost(arguments);
+    EXPECT_EQ(result.exitCode, 2) << reason;
+    EXPECT_EQ(result.err.substr(0, result.err.find('\n')), "onlinehost: " + reason);
+}
+
+} // namespace
 
 TEST(OnlineHost, HelpTellsTheCommandsAndTheExitCodes)
 {
@@ -15,7 +32,7 @@ TEST(OnlineHost, HelpTellsTheCommandsAndTheExitCodes)
 
 TEST(OnlineHost, EveryCommandHasItsHelp)
 {
-    for (const char* command : {"inspect", "login"})
+    for (const char* command : {"demo", "inspect", "login", "shell"})
     {
         const ProgramResult result = RunHost({command, "--help"});
         EXPECT_EQ(result.exitCode, 0);
@@ -46,6 +63,100 @@ TEST(OnlineHost, AnUnknownCommandIsNamed)
 {
     EXPECT_NE(RunHost({"nonsense"}).err.find("nonsense"), std::string::npos);
     EXPECT_NE(RunHost({}).err.find("A command is required"), std::string::npos);
+}
+
+TEST(OnlineHost, AMisspeltCommandIsMetWithASuggestion)
+{
+    ExpectWrongUsage({"logn"}, R"(unknown command "logn"; did you mean "login"?)");
+    ExpectWrongUsage({"logn", "--user", "1"}, R"(unknown command "logn"; did you mean "login"?)");
+    ExpectWrongUsage({"nonsense"}, R"(unknown command "nonsense")");
+}
+
+TEST(OnlineHost, AMisspeltOptionIsMetWithASuggestion)
+{
+    ExpectWrongUsage({"--vers"}, R"(unknown option "--vers"; did you mean "--version"?)");
+    ExpectWrongUsage({"login", "--usr", "1"}, R"(unknown option "--usr"; did you mean "--user"?)");
+    ExpectWrongUsage({"demo", "--user=60"}, R"(unknown option "--user"; did you mean "--users"?)");
+    ExpectWrongUsage({"login", "--user", "1", "more"}, R"(unexpected argument "more")");
+}
+
+TEST(OnlineHost, HelpIsAsWideAsTheTerminal)
+{
+    TerminalProgram program({"login", "--help"}, 70, 60);
+    EXPECT_TRUE(program.SeeLastLine("or time-out, 130 interrupted, 143 terminated.")) << program.Now().Text();
+    EXPECT_EQ(program.WaitForEnd(), 0);
+}
+
+TEST(OnlineHost, HelpInAPipeIs80ColumnsWide)
+{
+    for (const char* command : {"demo", "inspect", "login", "shell"})
+    {
+        std::istringstream lines(RunHost({command, "--help"}).out);
+        for (std::string line; std::getline(lines, line);)
+        {
+            EXPECT_LE(line.size(), 80u) << line;
+        }
+    }
+}
+
+TEST(OnlineHost, TwoOutputsInOneFileAreWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder / "file";
+    const std::string reason = "--log and --trace are the same file: " + file;
+    ExpectWrongUsage({"login", "--user", "1", "--log", file, "--trace", file}, reason);
+    ExpectWrongUsage({"login", "--user", "1", "--log", file, "--trace", folder / "./none/../file"}, reason);
+    const std::string symbolic = folder / "symbolic";
+    std::filesystem::create_symlink("file", symbolic);
+    ExpectWrongUsage({"login", "--user", "1", "--log", file, "--trace", symbolic}, reason);
+    EXPECT_FALSE(std::filesystem::exists(file)) << "nothing is written";
+
+    folder.Write("file", "text");
+    const std::string hard = folder / "hard";
+    std::filesystem::create_hard_link(file, hard);
+    ExpectWrongUsage({"login", "--user", "1", "--log", file, "--trace", hard}, reason);
+    ExpectWrongUsage({"demo", "--trace", file, "--diagram", hard}, "--trace and --diagram are the same file: " + file);
+    EXPECT_EQ(ReadFile(file), "text");
+}
+
+TEST(OnlineHost, AnOutputThatIsAnInputIsWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string module = folder / "module.so";
+    std::filesystem::copy_file(ONLINEMANAGER_MODULE, module);
+    ExpectWrongUsage({"demo", "--module", module, "--log", module},
+                     "--log and the module are the same file: " + module);
+    const std::string ca = folder.Write("ca.pem", "text");
+    ExpectWrongUsage({"login", "--user", "1", "--ca-file", ca, "--trace", ca},
+                     "--trace and --ca-file are the same file: " + ca);
+}
+
+TEST(OnlineHost, AnOutputThatIsTheStandardOutputIsWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder / "file";
+    const ProgramResult result = RunHost({"login", "--user", "1", "--log", file}, {}, file);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("--log and the standard output are the same file"), std::string::npos) << result.err;
+}
+
+TEST(OnlineHost, ADeviceMayBeNamedMoreThanOnce)
+{
+    EXPECT_EQ(RunHost({"login", "--user", "1", "--log", "/dev/null", "--trace", "/dev/null"}, {}, "/dev/null").exitCode,
+              0);
+}
+
+TEST(OnlineHost, OutputOnAFullDiskNamesTheReason)
+{
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--version"},
+                                                      {"--help"},
+                                                      {"inspect", ONLINEMANAGER_MODULE},
+                                                      {"login", "--user", "1"}})
+    {
+        const ProgramResult result = RunHost(arguments, {}, "/dev/full");
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_EQ(result.err, "onlinehost: the output could not be written: No space left on device\n");
+    }
 }
 
 TEST(OnlineHost, OutputThatDoesNotArriveIsAFailure)
