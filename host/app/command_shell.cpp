@@ -2,8 +2,10 @@
 
 #include "host/app/LoginOptions.h"
 #include "host/app/OptionCheck.h"
+#include "host/app/OutputFiles.h"
 #include "host/app/TraceOptions.h"
 #include "host/console/ExitCode.h"
+#include "host/console/ModulePath.h"
 #include "host/shell/Shell.h"
 #include "host/shell/ShellScript.h"
 #include "host/shell/ShellSignals.h"
@@ -141,7 +143,19 @@ int Run(const Options& options)
         }
     }
     trace.Close();
+    log.CheckWritten();
     return exitCode;
+}
+
+void CheckFiles(const Options& options)
+{
+    RequireDistinctFiles({{"--log", options.login.log},
+                          {"--trace", options.trace.trace},
+                          {"--diagram", options.trace.diagram},
+                          {"--history", options.history ? std::filesystem::path(*options.history) : DefaultHistory()},
+                          {"the script", options.script, false},
+                          {"--ca-file", options.login.caFile, false},
+                          {"the module", FindModule(options.login.module), false}});
 }
 
 } // namespace
@@ -170,7 +184,12 @@ void AddShellCommand(CLI::App& program, int& exitCode)
                                 "fails, with its exit code.\n") +
                     kExitCodeHelp);
 
-    command->callback([options, &exitCode] { exitCode = Run(*options); });
+    command->callback(
+        [options, &exitCode]
+        {
+            CheckFiles(*options);
+            exitCode = Run(*options);
+        });
 }
 
 } // namespace host

@@ -103,9 +103,9 @@ TEST(Inspect, ATruncatedModuleIsRefused)
     const TemporaryFolder folder;
     const std::string module = ReadFile(ONLINEMANAGER_MODULE);
     ExpectRefused(folder.Write("half.so", module.substr(0, module.size() / 2)),
-                  "is cut short: a part of it lies behind its end");
+                  "is cut short: a part lies behind the end of the file");
     ExpectRefused(folder.Write("short.so", module.substr(0, module.size() - 1)),
-                  "is cut short: a part of it lies behind its end");
+                  "is cut short: a part lies behind the end of the file");
 }
 
 TEST(Inspect, ADirectoryAndAMissingFileAreRefused)

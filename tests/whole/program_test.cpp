@@ -129,6 +129,8 @@ TEST(OnlineHost, AnOutputThatIsAnInputIsWrongUsage)
     const std::string ca = folder.Write("ca.pem", "text");
     ExpectWrongUsage({"login", "--user", "1", "--ca-file", ca, "--trace", ca},
                      "--trace and --ca-file are the same file: " + ca);
+    const std::string script = folder.Write("script", "help");
+    ExpectWrongUsage({"shell", script, "--log", script}, "--log and the script are the same file: " + script);
 }
 
 TEST(OnlineHost, AnOutputThatIsTheStandardOutputIsWrongUsage)
@@ -157,6 +159,13 @@ TEST(OnlineHost, OutputOnAFullDiskNamesTheReason)
         EXPECT_EQ(result.exitCode, 3);
         EXPECT_EQ(result.err, "onlinehost: the output could not be written: No space left on device\n");
     }
+}
+
+TEST(OnlineHost, ALogOfTheShellOnAFullDiskIsAFailureThatNamesTheFile)
+{
+    const ProgramResult result = RunHost({"shell", "--user", "1", "--log", "/dev/full"});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_NE(result.err.find("/dev/full: No space left on device"), std::string::npos) << result.err;
 }
 
 TEST(OnlineHost, OutputThatDoesNotArriveIsAFailure)
