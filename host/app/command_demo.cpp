@@ -5,6 +5,7 @@
 #include "host/console/Console.h"
 #include "host/console/ExitCode.h"
 #include "host/console/Interruption.h"
+#include "host/console/JsonLine.h"
 #include "host/console/ModulePath.h"
 #include "host/console/ProgressBar.h"
 #include "host/story/MeetingStory.h"
@@ -36,6 +37,7 @@ struct Options
     std::string log;
     uint32_t users = MeetingOptions{}.users;
     uint32_t timeout = 10;
+    bool json = false;
     TraceOptions trace;
 };
 
@@ -59,11 +61,95 @@ std::string TallyText(const Console& out, const Story::Tally& tally, std::chrono
                : out.Paint(Tone::Bad, steps + std::to_string(tally.failed) + " did not come out as they should");
 }
 
+/// Begins a line, which is a temporary object of the caller's expression.
+JsonLine& Start(JsonLine&& line, const char* type)
+{
+    return line.Text("type", type).Time("time", std::chrono::system_clock::now());
+}
+
+/// The lines in front of the story and after it.
+class Frame
+{
+public:
+    Frame(const Options& options, const Console& out, const Interruption& interruption)
+        : m_options(options),
+          m_out(out),
+          m_interruption(interruption)
+    {
+    }
+
+    void Begin(const Module& module) const
+    {
+        const std::string path = module.Path().string();
+        m_out.Line(m_options.json ? Start(JsonLine(), "start").Text("module", path).Take()
+                                  : "A meeting on " + Printable(path));
+    }
+
+    int ExitCode(const Story::Tally& tally) const
+    {
+        if (m_interruption.Signal() != 0)
+        {
+            return m_interruption.ExitCode();
+        }
+        return tally.failed == 0 ? EXIT_DONE : EXIT_FAILED;
+    }
+
+    /// `completeFiles` is called before the lines that name the files.
+    void End(const Story::Tally& tally, const std::function<void()>& completeFiles) const
+    {
+        const auto time = std::chrono::steady_clock::now() - m_start;
+        const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(time);
+        if (m_options.json)
+        {
+            completeFiles();
+            m_out.Line(Start(JsonLine(), "result")
+                           .Number("steps", static_cast<int64_t>(tally.steps))
+                           .Number("failed", static_cast<int64_t>(tally.failed))
+                           .Number("milliseconds", milliseconds.count())
+                           .Number("exitCode", ExitCode(tally))
+                           .Take());
+            return;
+        }
+        m_out.Line("\n" + TallyText(m_out, tally, milliseconds, m_interruption));
+        completeFiles();
+        NameFile("The module's log: ", m_options.log);
+        if (m_options.log.empty() && tally.failed != 0)
+        {
+            m_out.Line("Run the demonstration again with --log FILE to see the module's log.");
+        }
+        NameFile("The trace: ", m_options.trace.trace);
+        NameFile("The diagram: ", m_options.trace.diagram);
+    }
+
+private:
+    void NameFile(const char* words, const std::string& file) const
+    {
+        if (!file.empty())
+        {
+            m_out.Line(words + Printable(file));
+        }
+    }
+
+    const Options& m_options;
+    const Console& m_out;
+    const Interruption& m_interruption;
+    const std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+};
+
+std::unique_ptr<Narrator> MakeNarrator(const Console& out, bool isJson)
+{
+    if (isJson)
+    {
+        return std::make_unique<JsonNarrator>(out);
+    }
+    return std::make_unique<TextNarrator>(out);
+}
+
 int Run(const Options& options)
 {
     Interruption interruption; // before the first thread
-    const auto start = std::chrono::steady_clock::now();
     const Console out(stdout);
+    const Frame frame(options, out, interruption);
     auto module = std::make_shared<Module>(FindModule(options.module));
     LogCenter log(ToLogOptions(options.log));
     TraceFiles trace(options.trace, log);
@@ -71,38 +157,21 @@ int Run(const Options& options)
     platform.SetDiagnostic([&log](std::string_view text) { log.Write("platform", Quenda::LOG_LEVEL_WARNING, text); });
     ComponentFactory factory(std::bind_front(&platform::Platform::CreateComponent, &platform), log);
 
-    out.Line("A meeting on " + Printable(module->Path().string()));
+    frame.Begin(*module);
     MeetingOptions meeting;
     meeting.users = options.users;
     meeting.limit = std::chrono::seconds(options.timeout);
+    const std::unique_ptr<Narrator> narrator = MakeNarrator(out, options.json);
     const Story::Tally tally =
-        TellMeeting({out, platform, log, factory, std::move(module), trace.Get(), &interruption}, meeting);
+        TellMeeting({*narrator, platform, log, factory, std::move(module), trace.Get(), &interruption}, meeting);
 
-    const auto time = std::chrono::steady_clock::now() - start;
-    out.Line("\n" + TallyText(out, tally, std::chrono::duration_cast<std::chrono::milliseconds>(time), interruption));
-    trace.Close();
-    log.CheckWritten();
-    if (!options.log.empty())
-    {
-        out.Line("The module's log: " + Printable(options.log));
-    }
-    else if (tally.failed != 0)
-    {
-        out.Line("Run the demonstration again with --log FILE to see the module's log.");
-    }
-    if (!options.trace.trace.empty())
-    {
-        out.Line("The trace: " + Printable(options.trace.trace));
-    }
-    if (!options.trace.diagram.empty())
-    {
-        out.Line("The diagram: " + Printable(options.trace.diagram));
-    }
-    if (interruption.Signal() != 0)
-    {
-        return interruption.ExitCode();
-    }
-    return tally.failed == 0 ? EXIT_DONE : EXIT_FAILED;
+    frame.End(tally,
+              [&]
+              {
+                  trace.Close();
+                  log.CheckWritten();
+              });
+    return frame.ExitCode(tally);
 }
 
 void CheckFiles(const Options& options)
@@ -118,7 +187,7 @@ void CheckFiles(const Options& options)
 void AddDemoCommand(CLI::App& program, int& exitCode)
 {
     CLI::App* const command =
-        program.add_subcommand("demo", "Tell one whole meeting on the in-process platform, and check each step of it");
+        program.add_subcommand("demo", "Play one whole meeting on the in-process platform, and check each step");
     const auto options = std::make_shared<Options>();
 
     command
@@ -132,6 +201,7 @@ void AddDemoCommand(CLI::App& program, int& exitCode)
         ->capture_default_str();
     command->add_option("--module", options->module, "The module's file; by default the one beside the program");
     command->add_option("--log", options->log, "File for the module's log; by default none is written");
+    command->add_flag("--json", options->json, "Write one JSON object a line instead of text");
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);
 

@@ -5,8 +5,10 @@
 #include "host/app/OutputFiles.h"
 #include "host/app/TraceOptions.h"
 #include "host/console/Console.h"
+#include "host/console/EventJson.h"
 #include "host/console/ExitCode.h"
 #include "host/console/Interruption.h"
+#include "host/console/JsonLine.h"
 #include "host/console/ModulePath.h"
 #include "host/console/Wording.h"
 #include "host/trace/RecordComponent.h"
@@ -42,6 +44,7 @@ struct Options
     std::string refuse;
     bool force = false;
     bool registerUser = false;
+    bool json = false;
     TraceOptions trace;
 };
 
@@ -118,12 +121,17 @@ public:
         const ExitCode result = RunSession();
         m_trace.Close();
         m_log.CheckWritten();
-        if (m_interruption.Signal() != 0)
+        const bool isInterrupted = m_interruption.Signal() != 0;
+        if (isInterrupted)
         {
             m_errors.Line(m_errors.Paint(Tone::Doubtful, "onlinehost: ") + m_interruption.Reason());
-            return m_interruption.ExitCode();
         }
-        return result;
+        const int exitCode = isInterrupted ? m_interruption.ExitCode() : result;
+        if (m_options.json)
+        {
+            m_out.Line(Start(JsonLine(), "result").Number("exitCode", exitCode).Take());
+        }
+        return exitCode;
     }
 
 private:
@@ -168,15 +176,10 @@ private:
         return WaitForAnyOf(session, EventKind::Offline, EventKind::Offline, "the logout") ? EXIT_DONE : EXIT_FAILED;
     }
 
+    /// Something that the device does.
     void Tell(const std::string& text)
     {
-        Tell(text, std::chrono::system_clock::now());
-    }
-
-    void Tell(const std::string& text, std::chrono::system_clock::time_point time)
-    {
-        m_out.Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
-                   m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
+        Write("action", text, Tone::Quiet);
     }
 
     /// What fails after a signal fails because of it.
@@ -184,8 +187,41 @@ private:
     {
         if (m_interruption.Signal() == 0)
         {
-            Tell(m_out.Paint(Tone::Bad, text));
+            Write("failure", text, Tone::Bad);
         }
+    }
+
+    void TellEvent(const Event& event)
+    {
+        if (m_options.json)
+        {
+            m_out.Line(EventJson(m_options.login.device, event));
+            return;
+        }
+        const bool isBad = event.kind == EventKind::Offline && event.code != onlinemanager::ERR_SUCCESS;
+        WriteText(m_out.Paint(isBad ? Tone::Bad : Tone::Good, Describe(event)), event.time);
+    }
+
+    /// Begins a line, which is a temporary object of the caller's expression.
+    static JsonLine& Start(JsonLine&& line, const char* type)
+    {
+        return line.Text("type", type).Time("time", std::chrono::system_clock::now());
+    }
+
+    void Write(const char* type, const std::string& text, Tone tone)
+    {
+        if (m_options.json)
+        {
+            m_out.Line(Start(JsonLine(), type).Text("source", m_options.login.device).Text("text", text).Take());
+            return;
+        }
+        WriteText(tone == Tone::Bad ? m_out.Paint(tone, text) : text, std::chrono::system_clock::now());
+    }
+
+    void WriteText(const std::string& text, std::chrono::system_clock::time_point time)
+    {
+        m_out.Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
+                   m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
     }
 
     void Warn(std::string_view text)
@@ -211,8 +247,7 @@ private:
                 TellFailure("timed out after " + std::to_string(m_options.login.timeout) + " s waiting for " + awaited);
                 return std::nullopt;
             }
-            const bool isBad = event->kind == EventKind::Offline && event->code != onlinemanager::ERR_SUCCESS;
-            Tell(m_out.Paint(isBad ? Tone::Bad : Tone::Good, Describe(*event)), event->time);
+            TellEvent(*event);
             if (event->kind == one || event->kind == other)
             {
                 return event;
@@ -224,11 +259,23 @@ private:
     {
         const auto device = session.Property(onlinemanager::CONNECT_PROPERTY_CONFLICT_DEVICE_ID);
         const auto custom = session.Property(onlinemanager::CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE);
-        if (device)
+        if (!device)
         {
-            Tell("learns of the other device \"" + Printable(*device) + "\", state \"" +
-                 Printable(custom.value_or("")) + "\"");
+            return;
         }
+        const std::string text = "learns of the other device \"" + Printable(*device) + "\", state \"" +
+                                 Printable(custom.value_or("")) + "\"";
+        if (m_options.json)
+        {
+            m_out.Line(Start(JsonLine(), "conflict")
+                           .Text("source", m_options.login.device)
+                           .Text("device", *device)
+                           .Text("custom", custom.value_or(""))
+                           .Text("text", text)
+                           .Take());
+            return;
+        }
+        Tell(text);
     }
 
     const Options& m_options;
@@ -259,6 +306,7 @@ void AddLoginCommand(CLI::App& program, int& exitCode)
         ->add_option("--refuse", options->refuse, "Have the platform refuse the login with this code, 1 to 2147483647")
         ->type_name("CODE")
         ->check(OptionCheck(ParseRefusal));
+    command->add_flag("--json", options->json, "Write one JSON object a line instead of text");
     AddLoginOptions(*command, options->login);
     command->get_option("--log-level")->needs("--log");
     AddTraceOptions(*command, options->trace);

@@ -101,6 +101,7 @@ Event Actor::Gets(const std::string& expected, std::initializer_list<EventKind> 
     {
         m_story.Missed(m_name, expected, Waiting());
     }
+    m_story.TellEvent(m_name, *event);
     if (isWanted && !isWanted(*event))
     {
         m_story.Missed(m_name, expected, Describe(*event));

@@ -111,8 +111,7 @@ public:
     MeetingStory(StoryWorld world, const MeetingOptions& options)
         : m_world(std::move(world)),
           m_options(options),
-          m_narrator(m_world.out),
-          m_story(m_narrator, m_world.interruption),
+          m_story(m_world.narrator, m_world.interruption),
           m_limit(options.limit + std::chrono::duration_cast<milliseconds>(options.users * kExtraTime)),
           m_members(options.users)
     {
@@ -225,7 +224,7 @@ private:
         crowd.ext = ExtensionText(TERMINAL_DESKTOP);
         m_crowd = std::make_unique<platform::Crowd>(m_world.platform, crowd);
         {
-            ProgressBar progress(m_world.out, "coming online");
+            ProgressBar progress(m_world.narrator.Out(), "coming online");
             m_crowd->ComeOnline([&](size_t done, size_t total) { ShowProgress(progress, done, total); });
         }
         m_crowd->AddTerminal(kFirstMember, "phone", ExtensionText(TERMINAL_PHONE));
@@ -259,7 +258,10 @@ private:
 
     void ShowProgress(ProgressBar& progress, size_t done, size_t total) const
     {
-        progress.Show(done, total);
+        if (m_world.narrator.HasProgress())
+        {
+            progress.Show(done, total);
+        }
         m_story.EndIfInterrupted();
     }
 
@@ -609,7 +611,7 @@ private:
         }
         if (m_crowd != nullptr)
         {
-            ProgressBar progress(m_world.out, "going offline");
+            ProgressBar progress(m_world.narrator.Out(), "going offline");
             m_crowd->GoOffline([&](size_t done, size_t total) { ShowProgress(progress, done, total); });
         }
         const size_t left = m_crowd != nullptr ? m_crowd->CountOnline() : 0;
@@ -630,7 +632,6 @@ private:
 
     StoryWorld m_world;
     const MeetingOptions m_options;
-    Narrator m_narrator;
     Story m_story;
     const milliseconds m_limit;
     std::vector<unsigned> m_members;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/console/Console.h"
+#include "host/story/Narrator.h"
 #include "host/story/Story.h"
 
 #include <chrono>
@@ -29,7 +29,7 @@ class Trace;
 /// What a story works with. Everything that is referred to must outlive the story.
 struct StoryWorld
 {
-    const Console& out;
+    const Narrator& narrator;
     platform::Platform& platform; ///< where the factory's connections come from
     onlinehost::LogCenter& log;   ///< the one of the factory, open for the module's lines
     IComponentFactory& factory;

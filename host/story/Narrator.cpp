@@ -1,6 +1,9 @@
 #include "host/story/Narrator.h"
 
+#include "host/console/EventJson.h"
+#include "host/console/JsonLine.h"
 #include "host/console/Wording.h"
+#include "onlinehost/Text.h"
 
 #include <algorithm>
 
@@ -12,7 +15,7 @@ namespace
 
 constexpr size_t kWidthOfWho = 14;
 constexpr size_t kWidthOfTime = 12;
-constexpr size_t kWidthOfOutcome = 6;
+constexpr size_t kWidthOfMark = 6;
 constexpr size_t kGap = 2;
 
 std::string Pad(std::string_view text, size_t width)
@@ -22,35 +25,97 @@ std::string Pad(std::string_view text, size_t width)
     return padded;
 }
 
-} // namespace
-
-Narrator::Narrator(const Console& out) : m_out(out) {}
-
-void Narrator::Heading(std::string_view text) const
+/// The columns in front of the text; an empty mark is a line that has no result.
+std::string Columns(const Console& out, std::string_view time, Tone tone, std::string_view mark, std::string_view who)
 {
-    m_out.Line("\n" + m_out.Paint(Tone::Strong, text));
+    const std::string paddedMark = Pad(mark, kWidthOfMark);
+    return out.Paint(Tone::Quiet, Pad(time, kWidthOfTime)) + (mark.empty() ? paddedMark : out.Paint(tone, paddedMark)) +
+           out.Paint(Tone::Strong, Pad(who, kWidthOfWho));
 }
 
-void Narrator::Tell(std::string_view who, std::string_view what, Outcome outcome, Time time) const
+std::string Continuation()
 {
-    std::string mark = Pad("", kWidthOfOutcome);
-    if (outcome == Outcome::AsExpected)
-    {
-        mark = m_out.Paint(Tone::Good, Pad("ok", kWidthOfOutcome));
-    }
-    else if (outcome == Outcome::NotAsExpected)
-    {
-        mark = m_out.Paint(Tone::Bad, Pad("FAILED", kWidthOfOutcome));
-    }
-    m_out.Line(m_out.Paint(Tone::Quiet, Pad(ClockText(time), kWidthOfTime)) + mark +
-               m_out.Paint(Tone::Strong, Pad(who, kWidthOfWho)) + std::string(what));
-    // The story is followed while it happens, in a pipe too.
+    return Pad("", kWidthOfTime) + Pad("", kWidthOfMark) + Pad("", kWidthOfWho);
+}
+
+std::string Now()
+{
+    return ClockText(std::chrono::system_clock::now());
+}
+
+/// Begins a line, which is a temporary object of the caller's expression.
+JsonLine& Start(JsonLine&& line, const char* type, Narrator::Time time = std::chrono::system_clock::now())
+{
+    return line.Text("type", type).Time("time", time);
+}
+
+} // namespace
+
+void Narrator::Line(std::string_view text) const
+{
+    m_out.Line(text);
     m_out.Flush();
 }
 
-void Narrator::Continue(std::string_view what) const
+void TextNarrator::Chapter(std::string_view title) const
 {
-    m_out.Line(Pad("", kWidthOfTime) + Pad("", kWidthOfOutcome) + Pad("", kWidthOfWho) + std::string(what));
+    Line("\n" + Out().Paint(Tone::Strong, title));
+}
+
+void TextNarrator::Action(std::string_view who, std::string_view what) const
+{
+    Line(Columns(Out(), Now(), Tone::Quiet, "", who) + std::string(what));
+}
+
+void TextNarrator::Success(std::string_view who, std::string_view what, Time time) const
+{
+    Line(Columns(Out(), ClockText(time), Tone::Good, "ok", who) + std::string(what));
+}
+
+void TextNarrator::Failure(std::string_view who, std::string_view expected, std::string_view came) const
+{
+    Line(Columns(Out(), Now(), Tone::Bad, "FAILED", who) + "expected: " + std::string(expected));
+    Line(Continuation() + "came:     " + std::string(came));
+}
+
+void TextNarrator::Note(std::string_view text) const
+{
+    Line(Continuation() + std::string(text));
+}
+
+void JsonNarrator::Chapter(std::string_view title) const
+{
+    Line(Start(JsonLine(), "chapter").Text("title", title).Take());
+}
+
+void JsonNarrator::Action(std::string_view who, std::string_view what) const
+{
+    Line(Start(JsonLine(), "action").Text("source", who).Text("text", what).Take());
+}
+
+void JsonNarrator::Event(std::string_view who, const onlinehost::Event& event) const
+{
+    Line(EventJson(who, event));
+}
+
+void JsonNarrator::Success(std::string_view who, std::string_view what, Time time) const
+{
+    Line(Start(JsonLine(), "step", time).Text("source", who).Flag("ok", true).Text("text", what).Take());
+}
+
+void JsonNarrator::Failure(std::string_view who, std::string_view expected, std::string_view came) const
+{
+    Line(Start(JsonLine(), "step")
+             .Text("source", who)
+             .Flag("ok", false)
+             .Text("text", expected)
+             .Text("came", came)
+             .Take());
+}
+
+void JsonNarrator::Note(std::string_view text) const
+{
+    Line(Start(JsonLine(), "note").Text("text", text).Take());
 }
 
 } // namespace host

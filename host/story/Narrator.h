@@ -1,6 +1,7 @@
 #pragma once
 
 #include "host/console/Console.h"
+#include "onlinehost/Event.h"
 
 #include <chrono>
 #include <string>
@@ -9,35 +10,88 @@
 namespace host
 {
 
-/// Tells a story line by line: when, who, what, and what became of it. Texts of others must have passed `Printable`.
+/// Writes a story line by line as it happens: when, who, what and with which result. Texts that come from outside the program
+/// must have passed `Printable`.
+///
+/// Every line is flushed, so that a story can be followed through a pipe.
 class Narrator
 {
 public:
     using Time = std::chrono::system_clock::time_point;
 
-    enum class Outcome
-    {
-        None, ///< the line tells what somebody does, not what came of it
-        AsExpected,
-        NotAsExpected,
-    };
-
     /// The console must outlive the narrator.
-    explicit Narrator(const Console& out);
+    explicit Narrator(const Console& out) : m_out(out) {}
+    virtual ~Narrator() = default;
+    Narrator(const Narrator&) = delete;
+    Narrator& operator=(const Narrator&) = delete;
 
-    void Heading(std::string_view text) const;
-    void Tell(std::string_view who, std::string_view what, Outcome outcome = Outcome::None,
-              Time time = std::chrono::system_clock::now()) const;
-    /// Goes on with the line before.
-    void Continue(std::string_view what) const;
+    virtual void Chapter(std::string_view title) const = 0;
+
+    /// Something that `who` does, and that has no result yet.
+    virtual void Action(std::string_view who, std::string_view what) const = 0;
+
+    /// An event of the module, before the step that waited for it.
+    virtual void Event(std::string_view who, const onlinehost::Event& event) const = 0;
+
+    /// A step that succeeded.
+    virtual void Success(std::string_view who, std::string_view what, Time time) const = 0;
+
+    /// A step that failed.
+    virtual void Failure(std::string_view who, std::string_view expected, std::string_view came) const = 0;
+
+    /// A remark on the story itself.
+    virtual void Note(std::string_view text) const = 0;
+
+    /// Whether progress bars fit between the lines.
+    virtual bool HasProgress() const = 0;
 
     const Console& Out() const
     {
         return m_out;
     }
 
+protected:
+    void Line(std::string_view text) const;
+
 private:
     const Console& m_out;
+};
+
+/// A story for people, in columns.
+class TextNarrator final : public Narrator
+{
+public:
+    using Narrator::Narrator;
+
+    void Chapter(std::string_view title) const override;
+    void Action(std::string_view who, std::string_view what) const override;
+    /// Writes nothing: the step tells it.
+    void Event(std::string_view, const onlinehost::Event&) const override {}
+    void Success(std::string_view who, std::string_view what, Time time) const override;
+    void Failure(std::string_view who, std::string_view expected, std::string_view came) const override;
+    void Note(std::string_view text) const override;
+    bool HasProgress() const override
+    {
+        return true;
+    }
+};
+
+/// A story for programs, one JSON object a line; docs/json.md describes the fields.
+class JsonNarrator final : public Narrator
+{
+public:
+    using Narrator::Narrator;
+
+    void Chapter(std::string_view title) const override;
+    void Action(std::string_view who, std::string_view what) const override;
+    void Event(std::string_view who, const onlinehost::Event& event) const override;
+    void Success(std::string_view who, std::string_view what, Time time) const override;
+    void Failure(std::string_view who, std::string_view expected, std::string_view came) const override;
+    void Note(std::string_view text) const override;
+    bool HasProgress() const override
+    {
+        return false;
+    }
 };
 
 } // namespace host

@@ -46,38 +46,43 @@ void Story::Scene(const std::string& title, const std::function<void()>& play)
     {
         return;
     }
-    m_narrator.Heading(title);
+    m_narrator.Chapter(title);
     try
     {
         play();
     }
     catch (const StepFailed&)
     {
-        m_narrator.Continue("the rest of this scene is left out");
+        m_narrator.Note("the rest of this scene is left out");
     }
     catch (const Interrupted&)
     {
-        m_narrator.Continue("interrupted");
+        m_narrator.Note("interrupted");
     }
     catch (const Error& error)
     {
         ++m_tally.steps;
         ++m_tally.failed;
-        m_narrator.Tell("the host", error.what(), Narrator::Outcome::NotAsExpected);
+        m_narrator.Failure("the host", "no error", error.what());
     }
 }
 
 void Story::Tell(const std::string& who, const std::string& what) const
 {
     EndIfInterrupted();
-    m_narrator.Tell(who, what);
+    m_narrator.Action(who, what);
+}
+
+void Story::TellEvent(const std::string& who, const onlinehost::Event& event) const
+{
+    m_narrator.Event(who, event);
 }
 
 void Story::Came(const std::string& who, const std::string& what, Narrator::Time time)
 {
     EndIfInterrupted();
     ++m_tally.steps;
-    m_narrator.Tell(who, what, Narrator::Outcome::AsExpected, time);
+    m_narrator.Success(who, what, time);
 }
 
 void Story::Missed(const std::string& who, const std::string& expected, const std::string& came)
@@ -86,8 +91,7 @@ void Story::Missed(const std::string& who, const std::string& expected, const st
     EndIfInterrupted();
     ++m_tally.steps;
     ++m_tally.failed;
-    m_narrator.Tell(who, "expected: " + expected, Narrator::Outcome::NotAsExpected);
-    m_narrator.Continue("came:     " + came);
+    m_narrator.Failure(who, expected, came);
     throw StepFailed{};
 }
 

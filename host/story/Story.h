@@ -33,6 +33,9 @@ public:
     /// Tells an action of which nothing is expected yet.
     void Tell(const std::string& who, const std::string& what) const;
 
+    /// An event of the module, before the step that waited for it.
+    void TellEvent(const std::string& who, const onlinehost::Event& event) const;
+
     /// A step that succeeded.
     void Came(const std::string& who, const std::string& what, Narrator::Time time = std::chrono::system_clock::now());
 

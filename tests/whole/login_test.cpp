@@ -9,6 +9,7 @@
 #include <csignal>
 #include <future>
 #include <gtest/gtest.h>
+#include <rapidjson/document.h>
 #include <sstream>
 
 namespace
@@ -127,6 +128,41 @@ TEST(Login, TheModulesLogGoesToTheFileAtItsLevel)
     const std::string silent = folder / "silent.log";
     EXPECT_EQ(RunHost({"login", "--user", "1001", "--log", silent, "--log-level", "warning"}).exitCode, 0);
     EXPECT_EQ(ReadFile(silent), "");
+}
+
+TEST(Login, TellsTheSameAsJsonLines)
+{
+    const std::vector<std::vector<std::string>> expected{
+        {"action", ""}, {"event", "login"}, {"event", "changed"}, {"event", "offline"}, {"result", ""}};
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--json"});
+    EXPECT_EQ(result.exitCode, 0);
+    std::vector<std::vector<std::string>> told;
+    std::istringstream lines(result.out);
+    for (std::string line; std::getline(lines, line);)
+    {
+        rapidjson::Document json;
+        json.Parse(line.c_str());
+        ASSERT_FALSE(json.HasParseError()) << line;
+        EXPECT_EQ(std::string(json["time"].GetString()).size(), std::string("2024-05-06T07:08:09.042Z").size());
+        told.push_back({json["type"].GetString(), json.HasMember("event") ? json["event"].GetString() : ""});
+        if (told.back().front() == "result")
+        {
+            EXPECT_EQ(json["exitCode"].GetInt(), 0);
+        }
+        else
+        {
+            EXPECT_STREQ(json["source"].GetString(), "pc");
+        }
+    }
+    EXPECT_EQ(told, expected) << result.out;
+}
+
+TEST(Login, ARefusalAsJsonHasItsCode)
+{
+    const ProgramResult result = RunHost({"login", "--user", "1001", "--refuse", "37", "--json"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.out.find(R"("event":"offline","code":37,)"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find(R"("exitCode":1})"), std::string::npos) << result.out;
 }
 
 TEST(Login, ACodeThatIsNoRefusalIsWrongUsage)

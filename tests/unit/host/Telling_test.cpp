@@ -12,7 +12,6 @@
 #include <unistd.h>
 
 using host::Console;
-using host::Narrator;
 using host::ProgressBar;
 using host::Story;
 
@@ -40,7 +39,7 @@ protected:
 
     std::FILE* const m_file = std::tmpfile();
     const Console m_out{m_file};
-    const Narrator m_narrator{m_out};
+    const host::TextNarrator m_narrator{m_out};
     Story m_story{m_narrator};
 };
 
@@ -87,7 +86,7 @@ TEST_F(TellingTest, AStepThatFailsEndsItsSceneAndNotTheStory)
 TEST_F(TellingTest, AnErrorOfTheHostIsAStepThatFailed)
 {
     m_story.Scene("A scene", [] { throw onlinehost::Error("no connection"); });
-    EXPECT_NE(Told().find("FAILED  the host        no connection\n"), std::string::npos);
+    EXPECT_NE(Told().find("FAILED  the host        expected: no error\n"), std::string::npos);
     EXPECT_EQ(m_story.GetTally().failed, 1u);
 }
 
@@ -113,6 +112,29 @@ TEST_F(TellingTest, ASignalEndsTheStoryAtTheNextStepAndIsNoFailure)
                       "                                      interrupted\n");
     EXPECT_EQ(story.GetTally().steps, 1u);
     EXPECT_EQ(story.GetTally().failed, 0u);
+}
+
+TEST_F(TellingTest, AStoryForProgramsIsOneJsonObjectALine)
+{
+    const host::JsonNarrator narrator(m_out);
+    Story story(narrator);
+    story.Scene("A scene",
+                [&]
+                {
+                    story.Tell("pc", "logs in");
+                    story.TellEvent("pc", {.kind = onlinehost::EventKind::LoginSuccess});
+                    story.Came("pc", "logged in");
+                    story.Check(false, "pc", "sees \"user 2\"", "nothing");
+                });
+    const std::string text =
+        std::regex_replace(Told(), std::regex(R"("time":"[-0-9]{10}T00:00:00\.000Z)"), R"("time":"TIME)");
+    EXPECT_EQ(text, R"({"type":"chapter","time":"TIME","title":"A scene"}
+{"type":"action","time":"TIME","source":"pc","text":"logs in"}
+{"type":"event","time":"TIME","source":"pc","event":"login","text":"logged in"}
+{"type":"step","time":"TIME","source":"pc","ok":true,"text":"logged in"}
+{"type":"step","time":"TIME","source":"pc","ok":false,"text":"sees \"user 2\"","came":"nothing"}
+{"type":"note","time":"TIME","text":"the rest of this scene is left out"}
+)");
 }
 
 TEST_F(TellingTest, ProgressIsAFewLinesInAFile)

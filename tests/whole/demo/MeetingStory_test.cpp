@@ -39,7 +39,7 @@ protected:
         host::MeetingOptions options;
         options.users = host::MeetingOptions::kFewestUsers;
         options.limit = limit;
-        return host::TellMeeting({m_out, m_platform, SharedLog(), m_factory,
+        return host::TellMeeting({m_narrator, m_platform, SharedLog(), m_factory,
                                   std::make_shared<onlinehost::Module>(ONLINEMANAGER_MODULE), nullptr, interruption},
                                  options);
     }
@@ -54,6 +54,7 @@ protected:
 
     std::FILE* const m_file = std::tmpfile();
     const host::Console m_out{m_file};
+    const host::TextNarrator m_narrator{m_out};
     platform::Platform m_platform;
     onlinehost::ComponentFactory m_factory{std::bind_front(&platform::Platform::CreateComponent, &m_platform),
                                            SharedLog()};

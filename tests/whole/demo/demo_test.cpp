@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <rapidjson/document.h>
 #include <regex>
 #include <sstream>
 
@@ -114,6 +117,37 @@ TEST(Demo, ALogOnAFullDiskIsAFailureThatNamesTheFile)
     const ProgramResult result = RunHost({"demo", "--timeout", "60", "--log", "/dev/full"});
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_NE(result.err.find("/dev/full: No space left on device"), std::string::npos) << result.err;
+}
+
+TEST(Demo, TellsTheSameAsJsonLines)
+{
+    const TemporaryFolder folder;
+    const ProgramResult text = RunDemo(folder);
+    const ProgramResult result = RunDemo(folder, {"--json", "--users", "2000"});
+    EXPECT_EQ(result.exitCode, 0);
+    std::map<std::string, int64_t> counts;
+    std::istringstream lines(result.out);
+    rapidjson::Document last;
+    for (std::string line; std::getline(lines, line);)
+    {
+        last.Parse(line.c_str());
+        ASSERT_FALSE(last.HasParseError()) << line;
+        ++counts[last["type"].GetString()];
+    }
+    const auto count = [&text](const std::string& pattern)
+    {
+        const std::regex regex(pattern);
+        return std::distance(std::sregex_iterator(text.out.begin(), text.out.end(), regex), std::sregex_iterator());
+    };
+    EXPECT_STREQ(last["type"].GetString(), "result");
+    EXPECT_EQ(last["steps"].GetInt64(), counts["step"]);
+    EXPECT_EQ(last["failed"].GetInt64(), 0);
+    EXPECT_EQ(last["exitCode"].GetInt(), 0);
+    EXPECT_EQ(counts["start"], 1);
+    EXPECT_EQ(counts["step"], count(R"(\d  ok  )"));
+    EXPECT_EQ(counts["action"], count(R"(\.\d\d\d          )"));
+    EXPECT_EQ(counts["chapter"], 10);
+    EXPECT_GT(counts["event"], 20);
 }
 
 TEST(Demo, IsPlainInAPipe)
