@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -14,11 +15,13 @@ class App;
 namespace host
 {
 
-/// The options of a command by which what it does is recorded.
+/// The options of a command that record what it does.
 struct TraceOptions
 {
     std::string trace;
     std::string diagram;
+    std::vector<std::string> devices;  ///< that the diagram shows; empty: all
+    std::vector<std::string> subjects; ///< that the diagram shows, by their names; empty: all
     bool log = false;
 
     bool IsWanted() const
@@ -27,15 +30,16 @@ struct TraceOptions
     }
 };
 
-/// Adds `--trace`, `--trace-log` and `--diagram`. The options must live until the command has run.
+/// Adds `--trace`, `--trace-log`, `--diagram`, `--diagram-device` and `--diagram-subject`. The options must live until the
+/// command has run.
 void AddTraceOptions(CLI::App& command, TraceOptions& options);
 
-/// The recording of one command: there is none unless somebody asked for it.
+/// The recording of one command: there is none unless the options want it.
 class TraceFiles
 {
 public:
-    /// `Error` when a file cannot be written. The log center must outlive the recording; its module's lines are recorded
-    /// when that is wanted and the log is on.
+    /// `Error` when a file cannot be written. The log center must outlive the recording; the module's lines are recorded when
+    /// the options want them and the log is on.
     TraceFiles(const TraceOptions& options, ILogCenter& log);
 
     /// Null when nothing is wanted.
@@ -44,7 +48,7 @@ public:
         return m_trace.get();
     }
 
-    /// Completes the files, when everything that is recorded has gone. `Error` when they could not be written.
+    /// [any] Completes the files; see `Trace::Close`. May be called at any time, and again.
     void Close();
 
 private:

@@ -5,6 +5,7 @@
 #include "host/console/ProgressBar.h"
 #include "host/story/Actor.h"
 #include "host/trace/RecordComponent.h"
+#include "host/trace/Trace.h"
 #include "onlinehost/EventQueue.h"
 #include "onlinehost/LogCenter.h"
 #include "onlinehost/LogWatch.h"
@@ -120,24 +121,34 @@ public:
 
     Story::Tally Tell()
     {
-        m_story.Scene("Two users, and a second device", [this] { SecondDevice(); });
-        m_story.Scene("A company of " + GroupDigits(m_options.users) + " comes online", [this] { Company(); });
-        m_story.Scene("An invitation to 45 colleagues", [this] { Invitation(); });
-        m_story.Scene("A connection drops and comes back", [this] { LostConnection(); });
-        m_story.Scene("The monitoring service asks for reports", [this] { Monitoring(); });
-        m_story.Scene("A message arrives", [this] { Messages(); });
-        m_story.Scene("The first user leaves the meeting", [this] { FirstLeaves(); });
-        m_story.Scene("One user comes in through the gateway", [this] { Gateway(); });
-        m_story.Scene("All users log out", [this] { End(); });
+        Scene("Two users, and a second device", [this] { SecondDevice(); });
+        Scene("A company of " + GroupDigits(m_options.users) + " comes online", [this] { Company(); });
+        Scene("An invitation to 45 colleagues", [this] { Invitation(); });
+        Scene("A connection drops and comes back", [this] { LostConnection(); });
+        Scene("The monitoring service asks for reports", [this] { Monitoring(); });
+        Scene("A message arrives", [this] { Messages(); });
+        Scene("The first user leaves the meeting", [this] { FirstLeaves(); });
+        Scene("One user comes in through the gateway", [this] { Gateway(); });
+        Scene("All users log out", [this] { End(); });
         // A scene that ended early may have left actors.
         m_anna.reset();
         m_ben.reset();
         m_carla.reset();
-        m_story.Scene("The module is unloaded", [this] { Unload(); });
+        Scene("The module is unloaded", [this] { Unload(); });
         return m_story.GetTally();
     }
 
 private:
+    /// A scene of the story is a chapter of the recording.
+    void Scene(const std::string& title, const std::function<void()>& play)
+    {
+        if (m_world.trace != nullptr)
+        {
+            m_world.trace->Chapter(title);
+        }
+        m_story.Scene(title, play);
+    }
+
     std::unique_ptr<Actor> Enter(const std::string& name, unsigned userId, Terminal terminal)
     {
         LoginParam login;

@@ -16,9 +16,10 @@ onlinehost::Interposer RecordComponent(Trace* trace, const std::string& device)
     return [trace, device](IComponentFactory& factory,
                            const onlinehost::ComponentCreator& create) -> onlinemanager::IOnlineManager&
     {
-        IComponentFactory& recorded = RecordPlatform(*trace, device, factory);
-        const TraceSpan span(*trace, Crossing::HostCall, device, "WDllCreateComponent", {});
-        return RecordModule(*trace, device, create(recorded));
+        const uint32_t component = trace->AddComponent(device);
+        TracedFactory& recorded = trace->Keep<TracedFactory>(*trace, component, factory);
+        const TraceSpan span(*trace, {Crossing::HostCall, component, "WDllCreateComponent"});
+        return RecordModule(*trace, component, create(recorded), recorded);
     };
 }
 

@@ -1,128 +1,118 @@
 #include "host/trace/SequenceDiagram.h"
 
+#include "host/trace/TraceCall.h"
 #include "onlinehost/Text.h"
 
-#include <algorithm>
+#include <string_view>
 
 namespace host
 {
 
-using namespace onlinehost;
-
 namespace
 {
 
-constexpr size_t kLongestMessage = 120;
-constexpr size_t kKindsNamed = 20; // of what was left out
+constexpr size_t kLongestMessage = 300;
+constexpr size_t kLineLength = 64;
+constexpr size_t kLongestName = 56;
+constexpr size_t kLongestClosingNote = 400;
+constexpr size_t kReserve = 4'000;
 
-/// Room for the head and the closing note.
-constexpr size_t kReserve = 8'000;
-
-/// In a diagram ';' ends a statement and '#' begins the code of a character.
-std::string Escape(std::string_view text)
+/// In a diagram ';' ends a statement, '#' begins the code of a character, and what looks like HTML is taken for HTML.
+std::string EscapeLine(std::string_view text)
 {
-    const std::string shown = Printable(text);
-    const bool isLong = shown.size() > kLongestMessage;
     std::string escaped;
-    for (const char character : shown.substr(0, isLong ? CutLength(shown, kLongestMessage) : shown.size()))
+    for (const char character : text)
     {
-        switch (character)
+        if (std::string_view(";#<>&").find(character) != std::string_view::npos)
         {
-        case ';':
-            escaped += "#59;";
-            break;
-        case '#':
-            escaped += "#35;";
-            break;
-        default:
+            escaped += '#' + std::to_string(static_cast<int>(character)) + ';';
+        }
+        else
+        {
             escaped += character;
         }
     }
-    return isLong ? escaped + "..." : escaped;
+    return escaped;
+}
+
+/// The text in lines: viewers make columns as wide as the longest one.
+std::string Escape(const std::string& text, size_t limit)
+{
+    const std::string shown = Shorten(text, limit);
+    std::string escaped;
+    std::string_view rest = shown;
+    while (rest.size() > kLineLength)
+    {
+        const size_t end = rest.find_last_of(" ,{", kLineLength - 1);
+        const size_t length =
+            end == std::string_view::npos || end < kLineLength / 2 ? onlinehost::CutLength(rest, kLineLength) : end + 1;
+        escaped += EscapeLine(rest.substr(0, length)) + "<br/>";
+        rest.remove_prefix(length);
+    }
+    return escaped + EscapeLine(rest);
+}
+
+std::string Alias(size_t party)
+{
+    return 'P' + std::to_string(party + 1);
 }
 
 } // namespace
 
-void SequenceDiagram::Message(const std::string& from, const std::string& to, const std::string& text)
-{
-    Add(from, to, "->>", text);
-}
+SequenceDiagram::SequenceDiagram(const std::vector<std::vector<std::string>>& parties)
+    : m_parties(parties.size()),
 
-void SequenceDiagram::Answer(const std::string& from, const std::string& to, const std::string& text)
+      m_text("sequenceDiagram\n")
 {
-    Add(from, to, "-->>", text);
-}
-
-void SequenceDiagram::Repetition(const std::string& text)
-{
-    ++m_repetitions[text];
-}
-
-void SequenceDiagram::Add(const std::string& from, const std::string& to, const char* arrow, const std::string& text)
-{
-    if (m_cut != 0)
+    for (size_t party = 0; party < parties.size(); ++party)
     {
-        ++m_cut;
-        return;
-    }
-    const std::string source = Alias(from);
-    const std::string target = Alias(to);
-    const std::string line = "    " + source + arrow + target + ": " + Escape(text) + "\n";
-    if (m_length + line.size() > kLargestText - kReserve)
-    {
-        ++m_cut;
-        return;
-    }
-    m_length += line.size();
-    m_lines.push_back(line);
-}
-
-std::string SequenceDiagram::Alias(const std::string& party)
-{
-    const auto found =
-        std::find_if(m_parties.begin(), m_parties.end(), [&party](const auto& each) { return each.first == party; });
-    if (found != m_parties.end())
-    {
-        return found->second;
-    }
-    std::string alias(1, 'P');
-    alias += std::to_string(m_parties.size() + 1);
-    m_length += party.size() + alias.size() + 32;
-    return m_parties.emplace_back(party, alias).second;
-}
-
-std::string SequenceDiagram::Text() const
-{
-    std::string text = "sequenceDiagram\n";
-    for (const auto& [party, alias] : m_parties)
-    {
-        text += "    participant " + alias + " as " + Escape(party) + "\n";
-    }
-    for (const std::string& line : m_lines)
-    {
-        text += line;
-    }
-    if (m_parties.empty())
-    {
-        return text;
-    }
-    const std::string note = "    Note over " + m_parties.front().second + ": ";
-    if (m_cut != 0)
-    {
-        text +=
-            note + "The diagram is cut here. " + std::to_string(m_cut) + " further messages are in the trace only.\n";
-    }
-    size_t named = 0;
-    for (const auto& [message, count] : m_repetitions)
-    {
-        if (++named > kKindsNamed)
+        std::string name;
+        for (const std::string& line : parties[party])
         {
-            text += note + "Further repetitions are in the trace only.\n";
-            break;
+            name += (name.empty() ? "" : "<br/>") + Escape(line, kLongestName);
         }
-        text += note + "Left out as repetitions - " + std::to_string(count) + " x " + Escape(message) + "\n";
+        m_text += "    participant " + Alias(party) + " as " + name + "\n";
     }
-    return text;
+}
+
+bool SequenceDiagram::Message(size_t from, size_t to, const std::string& text, Arrow arrow)
+{
+    return Add("    " + Alias(from) + (arrow == Arrow::Plain ? "->>" : "-x") + Alias(to) + ": " +
+               Escape(text, kLongestMessage) + "\n");
+}
+
+bool SequenceDiagram::Note(size_t party, const std::string& text)
+{
+    return Add("    Note over " + Alias(party) + ": " + Escape(text, kLongestMessage) + "\n");
+}
+
+bool SequenceDiagram::Note(const std::string& text)
+{
+    return Add(NoteOverAll(Escape(text, kLongestMessage)));
+}
+
+void SequenceDiagram::ClosingNote(const std::string& text)
+{
+    const std::string note = NoteOverAll(Escape(text, kLongestClosingNote));
+    if (m_text.size() + note.size() <= kLargestText)
+    {
+        m_text += note;
+    }
+}
+
+bool SequenceDiagram::Add(const std::string& line)
+{
+    if (m_text.size() + line.size() + kReserve > kLargestText)
+    {
+        return false;
+    }
+    m_text += line;
+    return true;
+}
+
+std::string SequenceDiagram::NoteOverAll(const std::string& text) const
+{
+    return "    Note over " + Alias(0) + (m_parties > 1 ? "," + Alias(m_parties - 1) : "") + ": " + text + "\n";
 }
 
 } // namespace host

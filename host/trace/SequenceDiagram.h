@@ -1,43 +1,53 @@
 #pragma once
 
 #include <cstddef>
-#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace host
 {
 
-/// Collects messages between parties and writes them as a Mermaid sequence diagram.
+/// Writes messages between parties as a Mermaid sequence diagram. The texts may hold anything; what has a meaning to Mermaid
+/// is escaped.
 ///
-/// A diagram is for reading, and viewers refuse a text of more than 50 000 characters: so it ends when it is full, and says
-/// how much was left out.
+/// Viewers refuse a text of more than 50 000 characters. So a diagram takes no more when it is full, and keeps room for its
+/// closing notes.
 class SequenceDiagram
 {
 public:
     static constexpr size_t kLargestText = 50'000;
 
-    /// `from` asks or tells `to` something; the texts may hold anything.
-    void Message(const std::string& from, const std::string& to, const std::string& text);
+    enum class Arrow
+    {
+        Plain,
+        Failed, ///< ends in a cross
+    };
 
-    /// What comes back from a call.
-    void Answer(const std::string& from, const std::string& to, const std::string& text);
+    /// `parties` stand from left to right and are referred to by their index. Each is a list of lines.
+    explicit SequenceDiagram(const std::vector<std::vector<std::string>>& parties);
 
-    /// Counts a message that the caller left out because the diagram has enough of its kind.
-    void Repetition(const std::string& text);
+    /// `from` calls or notifies `to`. False when the diagram is full; nothing is added then.
+    bool Message(size_t from, size_t to, const std::string& text, Arrow arrow = Arrow::Plain);
 
-    std::string Text() const;
+    /// A note over one party. False when the diagram is full.
+    bool Note(size_t party, const std::string& text);
+    /// A note over all parties. False when the diagram is full.
+    bool Note(const std::string& text);
+
+    /// A note at the end of the diagram, which has a place even when the diagram is full; a long one is cut.
+    void ClosingNote(const std::string& text);
+
+    const std::string& Text() const
+    {
+        return m_text;
+    }
 
 private:
-    void Add(const std::string& from, const std::string& to, const char* arrow, const std::string& text);
-    std::string Alias(const std::string& party);
+    bool Add(const std::string& line);
+    std::string NoteOverAll(const std::string& text) const;
 
-    std::vector<std::pair<std::string, std::string>> m_parties; ///< name and alias, in order of appearance
-    std::vector<std::string> m_lines;
-    size_t m_length = 0;
-    size_t m_cut = 0;                            ///< messages that came when the diagram was full
-    std::map<std::string, size_t> m_repetitions; ///< by text
+    size_t m_parties;
+    std::string m_text;
 };
 
 } // namespace host

@@ -1,20 +1,21 @@
 #include "host/trace/Trace.h"
 
-#include "host/trace/SequenceDiagram.h"
+#include "host/trace/TraceDiagram.h"
+#include "host/trace/TraceFlows.h"
+#include "host/trace/TraceNames.h"
+#include "host/trace/TraceOutput.h"
+#include "host/trace/TraceWriter.h"
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"
 
-#include <algorithm>
-#include <cerrno>
+#include <atomic>
 #include <chrono>
-#include <cstdio>
-#include <cstring>
-#include <deque>
 #include <map>
 #include <mutex>
-#include <rapidjson/filewritestream.h>
-#include <rapidjson/writer.h>
+#include <optional>
+#include <set>
 #include <unistd.h>
+#include <vector>
 
 namespace host
 {
@@ -24,101 +25,49 @@ using namespace onlinehost;
 namespace
 {
 
-constexpr size_t kLongestText = 300;
-constexpr size_t kRepetitionsShown = 4; // of one call of one component, in the diagram
+/// Groups of tracks. The components' come after these.
+enum Group : uint32_t
+{
+    GROUP_CHAPTERS = 1, // viewers take 0 for something of their own
+    GROUP_PROGRAM = 2,  ///< what belongs to no component
+    GROUP_COMPONENTS = 3,
+};
 
+/// Tracks that stand for no thread.
+constexpr int kChapters = 0;
+constexpr int kUnanswered = -1;
+
+/// How slices of a crossing are filed, and what a thread is called on which such a call is recorded first.
 struct Way
 {
     const char* category;
-    const char* from; ///< null: the module
-    const char* to;
-    const char* thread; ///< what a thread is called on which such a call comes first
+    const char* thread;
 };
-
-constexpr char kHost[] = "Host";
-constexpr char kPlatform[] = "Platform";
-constexpr char kHttp[] = "HTTP";
 
 Way WayOf(Crossing crossing)
 {
     switch (crossing)
     {
     case Crossing::HostCall:
-        return {"host call", kHost, nullptr, "host"};
+        return {"host call", "host"};
     case Crossing::Notification:
-        return {"notification", nullptr, kHost, "notification"};
+        return {"notification", "notification"};
     case Crossing::PlatformCall:
-        return {"platform call", nullptr, kPlatform, "module"};
+        return {"platform call", "module"};
     case Crossing::PlatformEvent:
-        return {"platform event", kPlatform, nullptr, "platform"};
+        return {"platform event", "platform"};
     case Crossing::HttpRequest:
-        return {"http", kPlatform, nullptr, "platform HTTP"};
+        return {"http", "platform HTTP"};
     case Crossing::HttpCall:
-        return {"http", nullptr, kHttp, "module"};
+        return {"http", "module"};
     case Crossing::HttpEvent:
-        return {"http", kHttp, nullptr, "HTTP"};
+        return {"http", "HTTP"};
+    case Crossing::HostPlatformCall:
+        return {"host's platform call", "host"};
+    case Crossing::HostPlatformEvent:
+        return {"host's platform event", "platform"};
     }
-    return {"call", kHost, nullptr, "host"};
-}
-
-std::string Shorten(std::string_view text)
-{
-    const std::string shown = Printable(text);
-    return shown.size() <= kLongestText ? shown : shown.substr(0, CutLength(shown, kLongestText)) + "...";
-}
-
-std::string ToText(const TraceArgument& argument)
-{
-    std::string text(argument.name);
-    text += '=';
-    if (const bool* const flag = std::get_if<bool>(&argument.value))
-    {
-        return text + (*flag ? "true" : "false");
-    }
-    if (const int64_t* const number = std::get_if<int64_t>(&argument.value))
-    {
-        return text + std::to_string(*number);
-    }
-    return text + Shorten(std::get<std::string>(argument.value));
-}
-
-std::FILE* OpenFor(const std::filesystem::path& path, const char* what)
-{
-    if (path.empty())
-    {
-        return nullptr;
-    }
-    std::FILE* const file = std::fopen(path.c_str(), "wb");
-    if (file == nullptr)
-    {
-        throw Error(std::string("the ") + what + " cannot be written: " + Printable(path.string()) + ": " +
-                    std::strerror(errno));
-    }
-    return file;
-}
-
-struct FileCloser
-{
-    void operator()(std::FILE* file) const
-    {
-        std::fclose(file);
-    }
-};
-using File = std::unique_ptr<std::FILE, FileCloser>;
-
-/// Closes the file and finds out whether everything that was written has arrived.
-void Complete(File& file, const char* what)
-{
-    if (file == nullptr)
-    {
-        return;
-    }
-    std::FILE* const raw = file.release();
-    const bool failed = std::ferror(raw) != 0;
-    if (std::fclose(raw) != 0 || failed)
-    {
-        throw Error(std::string("the ") + what + " could not be written: " + std::strerror(errno));
-    }
+    return {"call", "host"};
 }
 
 int ThreadId()
@@ -127,457 +76,288 @@ int ThreadId()
     return id;
 }
 
-using Output = rapidjson::Writer<rapidjson::FileWriteStream>;
-
 } // namespace
 
-std::string TraceText(const char* text)
-{
-    return text != nullptr ? text : "(null)";
-}
-
-std::string TraceUrl(const char* url)
-{
-    const std::string text = TraceText(url);
-    const size_t query = text.find('?');
-    return query == std::string::npos ? text : text.substr(0, query) + "?...";
-}
-
-/// Everything below is done under the lock, the reading of the clock too: so the times never go back, on no track.
+/// Everything is done under the lock, the reading of the clock too: so the times never go back, on no track.
 struct Trace::State
 {
     struct Frame
     {
-        std::string from;
-        std::string to;
-        bool isDrawn = false;
-        uint64_t arrow = 0; ///< to be ended by the first notification inside; 0 for none
-        std::string key{};  ///< not empty: if there is no such notification, the arrow goes on waiting under it
+        TraceCall call;
+        TraceFlows::Frame flow{};
+        TraceDiagram::Call* drawn = nullptr;
     };
-    using Track = std::vector<Frame>;
 
     explicit State(const Options& options)
-        : file(OpenFor(options.file, "trace")),
-          diagramFile(OpenFor(options.diagram, "diagram"))
     {
-        if (file != nullptr)
+        if (!options.file.empty())
         {
-            stream = std::make_unique<rapidjson::FileWriteStream>(file.get(), buffer, sizeof(buffer));
-            output = std::make_unique<Output>(*stream);
-            output->SetMaxDecimalPlaces(3);
-            output->StartObject();
-            output->Key("displayTimeUnit");
-            output->String("ms");
-            output->Key("traceEvents");
-            output->StartArray();
-            StartRecord("M", "process_name", nullptr, ThreadId());
-            WriteNameArgument("onlinehost");
+            writer = std::make_unique<TraceWriter>(options.file);
+        }
+        if (!options.diagram.empty())
+        {
+            diagramFile = std::make_unique<TraceOutput>(options.diagram, "diagram");
+            diagram = std::make_unique<TraceDiagram>(options.choice);
         }
     }
 
-    void WriteText(const std::string& text)
+    TraceTime Now() const
     {
-        output->String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+        return std::chrono::steady_clock::now() - start;
     }
 
-    /// Begins a record; the caller adds to it and ends the object.
-    void StartRecord(const char* phase, const char* name, const char* category, int thread)
+    /// The track of a thread in a group; a new one is named first.
+    TraceWriter::Track TrackOf(uint32_t group, int thread, const char* name)
     {
-        const std::chrono::duration<double, std::micro> time = std::chrono::steady_clock::now() - start;
-        output->StartObject();
-        output->Key("ph");
-        output->String(phase);
-        if (name != nullptr)
+        if (namedGroups.insert(group).second)
         {
-            output->Key("name");
-            output->String(name);
+            writer->NameGroup(group, GroupName(group));
         }
-        if (category != nullptr)
+        const auto number = static_cast<uint32_t>(tracks.size() + 1);
+        const auto [track, isNew] = tracks.try_emplace({group, thread}, TraceWriter::Track{group, number});
+        if (isNew)
         {
-            output->Key("cat");
-            output->String(category);
-        }
-        output->Key("ts");
-        output->Double(time.count());
-        output->Key("pid");
-        output->Int(process);
-        output->Key("tid");
-        output->Int(thread);
-    }
-
-    void WriteNameArgument(const char* name)
-    {
-        output->Key("args");
-        output->StartObject();
-        output->Key("name");
-        output->String(name);
-        output->EndObject();
-        output->EndObject();
-    }
-
-    /// The calling thread's track; a new one gets a name after what is recorded first on it.
-    Track& TrackOf(int thread, const char* name)
-    {
-        const auto [track, isNew] = tracks.try_emplace(thread);
-        if (isNew && output != nullptr)
-        {
-            StartRecord("M", "thread_name", nullptr, thread);
-            WriteNameArgument(thread == process ? "main" : name);
+            writer->NameTrack(track->second, thread == process ? "main" : name);
         }
         return track->second;
     }
 
-    void WriteArrow(const char* phase, uint64_t id, int thread)
+    std::string GroupName(uint32_t group) const
     {
-        if (output == nullptr)
+        switch (group)
         {
-            return;
-        }
-        StartRecord(phase, "answer", "answer", thread);
-        output->Key("id");
-        output->Uint64(id);
-        if (*phase == 'f')
-        {
-            // It ends in the slice that is open, not in the next one.
-            output->Key("bp");
-            output->String("e");
-        }
-        output->EndObject();
-    }
-
-    void WriteBegin(const char* name, const char* category, const std::string& device, TraceArguments arguments,
-                    int thread)
-    {
-        if (output == nullptr)
-        {
-            return;
-        }
-        StartRecord("B", name, category, thread);
-        output->Key("args");
-        output->StartObject();
-        output->Key("device");
-        WriteText(Shorten(device));
-        for (const TraceArgument& argument : arguments)
-        {
-            output->Key(argument.name);
-            WriteValue(argument);
-        }
-        output->EndObject();
-        output->EndObject();
-    }
-
-    void WriteValue(const TraceArgument& argument)
-    {
-        if (const bool* const flag = std::get_if<bool>(&argument.value))
-        {
-            output->Bool(*flag);
-        }
-        else if (const int64_t* const number = std::get_if<int64_t>(&argument.value))
-        {
-            output->Int64(*number);
-        }
-        else
-        {
-            WriteText(Shorten(std::get<std::string>(argument.value)));
+        case GROUP_CHAPTERS:
+            return "chapters";
+        case GROUP_PROGRAM:
+            return "onlinehost";
+        default:
+            return components[group - GROUP_COMPONENTS];
         }
     }
 
-    void WriteEnd(const std::string& result, int thread)
+    TraceWriter::Track TrackOf(const TraceCall& call, int thread)
     {
-        if (output == nullptr)
-        {
-            return;
-        }
-        StartRecord("E", nullptr, nullptr, thread);
-        if (!result.empty())
-        {
-            output->Key("args");
-            output->StartObject();
-            output->Key("result");
-            WriteText(Shorten(result));
-            output->EndObject();
-        }
-        output->EndObject();
+        return TrackOf(GROUP_COMPONENTS + call.component, thread, WayOf(call.crossing).thread);
     }
 
-    void EndFrame(Track& track, const std::string& result, int thread)
+    void WritePoints(const TraceFlows::Points& points, const TraceWriter::Track& track, TraceTime now)
     {
-        const Frame frame = std::move(track.back());
-        track.pop_back();
-        if (frame.arrow != 0 && frame.key.empty())
+        for (const TraceFlows::Point& point : points)
         {
-            WriteArrow("f", frame.arrow, thread);
-        }
-        WriteEnd(result, thread);
-        if (frame.isDrawn && !result.empty())
-        {
-            diagram.Answer(frame.to, frame.from, result);
+            const auto arrow = point.part == TraceFlows::Part::Begin  ? TraceWriter::Arrow::Begin
+                               : point.part == TraceFlows::Part::Step ? TraceWriter::Arrow::Step
+                                                                      : TraceWriter::Arrow::End;
+            writer->Point(now, track, arrow, point.arrow);
         }
     }
 
-    /// Whether a call is drawn: inside another one as that one is, otherwise unless it was drawn often enough.
-    bool Draw(const Track& track, const std::string& device, const char* name)
-    {
-        if (diagramFile == nullptr)
-        {
-            return false;
-        }
-        if (!track.empty())
-        {
-            return track.back().isDrawn;
-        }
-        const bool isDrawn = ++drawn[device + ' ' + name] <= kRepetitionsShown;
-        if (!isDrawn)
-        {
-            diagram.Repetition(name);
-        }
-        return isDrawn;
-    }
-
-    std::vector<uint64_t> Begin(const Way& way, const std::string& device, const char* name, TraceArguments arguments,
-                                size_t answers)
+    uint32_t AddComponent(const std::string& device)
     {
         const std::lock_guard lock(mutex);
-        if (isClosed)
+        const size_t number = ++namesakes[device];
+        // A device may get a second component when its first one is gone; both have tracks of their own.
+        components.push_back(number == 1 ? device : device + " (" + std::to_string(number) + ")");
+        if (diagram != nullptr)
         {
-            return {};
+            diagram->AddComponent(device);
         }
-        const int thread = ThreadId();
-        Track& track = TrackOf(thread, way.thread);
-
-        std::vector<uint64_t> arrows(answers);
-        for (uint64_t& arrow : arrows)
-        {
-            arrow = ++lastArrow;
-        }
-        // An arrow begins in the slice that is open: in the host's call if this is one that the module makes for it.
-        const bool isInside = !track.empty();
-        const auto beginArrows = [&]
-        { std::for_each(arrows.begin(), arrows.end(), [&](uint64_t arrow) { WriteArrow("s", arrow, thread); }); };
-        if (isInside)
-        {
-            beginArrows();
-        }
-        WriteBegin(name, way.category, device, arguments, thread);
-        if (!isInside)
-        {
-            beginArrows();
-        }
-        if (isInside && way.to == kHost)
-        {
-            Notify(track.back(), thread);
-        }
-
-        const std::string module = "Module of " + device;
-        Frame frame{way.from != nullptr ? way.from : module, way.to != nullptr ? way.to : module,
-                    Draw(track, device, name)};
-        if (frame.isDrawn)
-        {
-            std::string text = std::string(name) + "(";
-            const char* separator = "";
-            for (const TraceArgument& argument : arguments)
-            {
-                text += separator + ToText(argument);
-                separator = ", ";
-            }
-            diagram.Message(frame.from, frame.to, text + ")");
-        }
-        track.push_back(std::move(frame));
-        return arrows;
+        return static_cast<uint32_t>(components.size() - 1);
     }
 
-    /// A notification is made inside of an event.
-    void Notify(Frame& event, int thread)
-    {
-        if (event.arrow == 0)
-        {
-            return;
-        }
-        WriteArrow("f", std::exchange(event.arrow, 0), thread);
-        if (!event.key.empty())
-        {
-            Find(event.key, true);
-        }
-    }
-
-    void End(const std::vector<uint64_t>& arrows, const std::string& result)
+    void Begin(const TraceCall& call)
     {
         const std::lock_guard lock(mutex);
         if (isClosed)
         {
             return;
         }
+        const TraceTime now = Now();
         const int thread = ThreadId();
-        for (const uint64_t arrow : arrows)
+        std::vector<Frame>& frames = threads[thread];
+        Frame frame{call};
+        if (writer != nullptr)
         {
-            WriteArrow("f", arrow, thread);
+            Write(frame, frames.empty() ? nullptr : &frames.back(), thread, now);
         }
-        EndFrame(tracks[thread], result, thread);
+        if (diagram != nullptr)
+        {
+            frame.drawn = diagram->Begin(thread, frames.empty() ? nullptr : frames.back().drawn, call, now);
+        }
+        frames.push_back(std::move(frame));
     }
 
-    void Announce(const std::string& key, uint64_t arrow)
+    void Write(Frame& frame, Frame* outer, int thread, TraceTime now)
+    {
+        const TraceFlows::Beginning points =
+            flows.Begin(frame.call, frame.flow, outer != nullptr ? &outer->flow : nullptr);
+        if (outer != nullptr)
+        {
+            WritePoints(points.around, TrackOf(outer->call, thread), now);
+        }
+        const TraceWriter::Track track = TrackOf(frame.call, thread);
+        writer->Begin(now, track, frame.call.name, WayOf(frame.call.crossing).category, frame.call.arguments);
+        WritePoints(points.inside, track, now);
+    }
+
+    void End(const TraceResult& result)
     {
         const std::lock_guard lock(mutex);
         if (!isClosed)
         {
-            awaited[key].push_back(arrow);
+            EndFrame(ThreadId(), result);
         }
     }
 
-    /// The oldest arrow whose end is known by `key`, 0 for none.
-    uint64_t Find(const std::string& key, bool take)
+    void EndFrame(int thread, const TraceResult& result)
     {
-        const auto found = awaited.find(key);
-        if (found == awaited.end())
+        const TraceTime now = Now();
+        std::vector<Frame>& frames = threads[thread];
+        Frame& frame = frames.back();
+        if (writer != nullptr)
         {
-            return 0;
+            const TraceWriter::Track track = TrackOf(frame.call, thread);
+            WritePoints(flows.End(frame.call, result, frame.flow), track, now);
+            writer->End(now, track, result);
         }
-        const uint64_t arrow = found->second.front();
-        if (take)
+        if (diagram != nullptr)
         {
-            found->second.pop_front();
-            Forget(found);
+            diagram->End(thread, frame.drawn, result, now);
         }
-        return arrow;
+        frames.pop_back();
     }
 
-    void Withdraw(const std::string& key)
-    {
-        const std::lock_guard lock(mutex);
-        const auto found = awaited.find(key);
-        if (isClosed || found == awaited.end())
-        {
-            return;
-        }
-        // The one announced last is the caller's.
-        WriteArrow("f", found->second.back(), ThreadId());
-        found->second.pop_back();
-        Forget(found);
-    }
-
-    void Forget(std::map<std::string, std::deque<uint64_t>>::iterator arrows)
-    {
-        if (arrows->second.empty())
-        {
-            awaited.erase(arrows);
-        }
-    }
-
-    enum class Part
-    {
-        Step, ///< of what leads to the answer
-        Answer,
-        SharedAnswer, ///< if a notification is made of it
-    };
-
-    void Continue(const std::string& key, Part part)
+    void Chapter(const std::string& title)
     {
         const std::lock_guard lock(mutex);
         if (isClosed)
         {
             return;
         }
-        const uint64_t arrow = Find(key, part == Part::Answer);
-        if (arrow == 0)
+        if (writer != nullptr)
         {
-            return;
+            EndChapter();
+            writer->Begin(Now(), TrackOf(GROUP_CHAPTERS, kChapters, "chapters"), title, "chapter", {});
+            isInChapter = true;
         }
-        const int thread = ThreadId();
-        Frame& frame = tracks[thread].back();
-        WriteArrow("t", arrow, thread);
-        if (part != Part::Step)
+        if (diagram != nullptr)
         {
-            frame.arrow = arrow;
-            frame.key = part == Part::SharedAnswer ? key : "";
+            diagram->Chapter(title, Now());
         }
     }
 
-    bool IsOutermost()
+    void EndChapter()
     {
-        const std::lock_guard lock(mutex);
-        return !isClosed && tracks[ThreadId()].size() == 1;
+        if (isInChapter)
+        {
+            writer->End(Now(), TrackOf(GROUP_CHAPTERS, kChapters, "chapters"), {});
+            isInChapter = false;
+        }
     }
 
     void Moment(const char* category, const std::string& text)
     {
         const std::lock_guard lock(mutex);
-        if (isClosed || output == nullptr)
+        if (isClosed || writer == nullptr)
         {
             return;
         }
         const int thread = ThreadId();
-        TrackOf(thread, "module");
-        StartRecord("i", Shorten(text).c_str(), category, thread);
-        output->Key("s");
-        output->String("t");
-        output->EndObject();
-    }
-
-    void EndEverything()
-    {
-        for (auto& [thread, track] : tracks)
-        {
-            while (!track.empty())
-            {
-                EndFrame(track, "", thread);
-            }
-        }
-        if (awaited.empty())
-        {
-            return;
-        }
-        // Arrows that no notification has answered must end somewhere all the same.
-        const int thread = ThreadId();
-        TrackOf(thread, "host");
-        WriteBegin("no notification", "end of the trace", "all", {}, thread);
-        for (const auto& [key, arrows] : awaited)
-        {
-            for (const uint64_t arrow : arrows)
-            {
-                WriteArrow("f", arrow, thread);
-            }
-        }
-        WriteEnd("", thread);
-        awaited.clear();
+        const auto frames = threads.find(thread);
+        const bool isInCall = frames != threads.end() && !frames->second.empty();
+        writer->Mark(Now(),
+                     isInCall ? TrackOf(frames->second.back().call, thread) : TrackOf(GROUP_PROGRAM, thread, "module"),
+                     text, category);
     }
 
     void Close()
     {
         const std::lock_guard lock(mutex);
-        if (std::exchange(isClosed, true))
+        if (isClosed)
         {
             return;
         }
-        EndEverything();
-        if (output != nullptr)
+        for (auto& [thread, frames] : threads)
         {
-            output->EndArray();
-            output->EndObject();
-            stream->Flush();
+            while (!frames.empty())
+            {
+                EndFrame(thread, {});
+            }
         }
-        if (diagramFile != nullptr)
+        isClosed = true;
+        std::optional<Error> failure;
+        const auto attempt = [&failure](auto&& step)
         {
-            const std::string text = diagram.Text();
-            std::fwrite(text.data(), 1, text.size(), diagramFile.get());
+            try
+            {
+                step();
+            }
+            catch (const Error& error)
+            {
+                failure = failure ? failure : error;
+            }
+        };
+        if (writer != nullptr)
+        {
+            attempt([this] { CompleteTrace(); });
         }
-        Complete(file, "trace");
-        Complete(diagramFile, "diagram");
+        if (diagram != nullptr)
+        {
+            attempt([this] { CompleteDiagram(); });
+        }
+        if (failure)
+        {
+            throw Error(*failure);
+        }
+    }
+
+    void CompleteTrace()
+    {
+        EndChapter();
+        const TraceFlows::Points points = flows.Close();
+        if (!points.empty())
+        {
+            // An arrow must end in a slice.
+            const TraceWriter::Track track = TrackOf(GROUP_PROGRAM, kUnanswered, "unanswered");
+            const TraceTime now = Now();
+            writer->Begin(now, track, "no answer", "end of the trace", {});
+            WritePoints(points, track, now);
+            writer->End(now, track, {});
+        }
+        writer->Complete();
+    }
+
+    void CompleteDiagram()
+    {
+        diagramFile->Write(diagram->Text());
+        diagramFile->Complete();
+        const std::vector<std::string> unknown = diagram->UnknownDevices();
+        if (!unknown.empty())
+        {
+            std::string known;
+            for (const std::string& device : diagram->Devices())
+            {
+                known += (known.empty() ? "" : ", ") + Printable(device);
+            }
+            throw Error("the diagram cannot show the device \"" + Printable(unknown.front()) +
+                        "\": the recorded devices are " + (known.empty() ? "none" : known));
+        }
     }
 
     const std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
     const int process = getpid();
+    std::atomic<uint32_t> lastConnection{0};
     std::mutex mutex;
     bool isClosed = false;
-    File file;
-    File diagramFile;
-    char buffer[65536];
-    std::unique_ptr<rapidjson::FileWriteStream> stream;
-    std::unique_ptr<Output> output; ///< null when only the diagram is wanted
-    SequenceDiagram diagram;
-    std::map<int, Track> tracks;
-    std::map<std::string, std::deque<uint64_t>> awaited; ///< arrows by what their answer is known by
-    std::map<std::string, size_t> drawn;                 ///< calls in the diagram
-    uint64_t lastArrow = 0;
+    bool isInChapter = false;
+    std::unique_ptr<TraceWriter> writer; ///< null when only the diagram is wanted
+    TraceFlows flows;
+    std::unique_ptr<TraceDiagram> diagram; ///< null when only the trace is wanted
+    std::unique_ptr<TraceOutput> diagramFile;
+    std::vector<std::string> components; ///< names of their groups
+    std::map<std::string, size_t> namesakes;
+    std::set<uint32_t> namedGroups;
+    std::map<std::pair<uint32_t, int>, TraceWriter::Track> tracks; ///< by group and thread
+    std::map<int, std::vector<Frame>> threads;                     ///< calls under way
     std::vector<std::shared_ptr<void>> kept;
 };
 
@@ -591,18 +371,33 @@ Trace::~Trace()
     }
     catch (const Error&)
     {
-        // Whoever wants to know closes the trace himself.
+        // A host that wants to know calls `Close` itself.
     }
 }
 
-void Trace::Close()
+uint32_t Trace::AddComponent(const std::string& device)
 {
-    m_state->Close();
+    return m_state->AddComponent(device);
+}
+
+uint32_t Trace::AddConnection()
+{
+    return ++m_state->lastConnection;
+}
+
+void Trace::Chapter(const std::string& title)
+{
+    m_state->Chapter(title);
 }
 
 void Trace::Moment(const char* category, const std::string& text)
 {
     m_state->Moment(category, text);
+}
+
+void Trace::Close()
+{
+    m_state->Close();
 }
 
 void Trace::Own(std::shared_ptr<void> object)
@@ -611,53 +406,42 @@ void Trace::Own(std::shared_ptr<void> object)
     m_state->kept.push_back(std::move(object));
 }
 
-TraceSpan::TraceSpan(Trace& trace, Crossing crossing, const std::string& device, const char* name,
-                     TraceArguments arguments, size_t answers)
-    : m_state(*trace.m_state),
-      m_arrows(m_state.Begin(WayOf(crossing), device, name, arguments, answers))
+TraceSpan::TraceSpan(Trace& trace, const TraceCall& call) : m_state(*trace.m_state), m_name(call.name)
 {
+    m_state.Begin(call);
 }
 
 TraceSpan::~TraceSpan()
 {
-    m_state.End(m_arrows, m_result);
+    m_state.End(m_result);
 }
 
-void TraceSpan::WillBeAnswered(const std::string& key)
+void TraceSpan::Output(const char* name, TraceValue value)
 {
-    if (!m_arrows.empty())
-    {
-        m_state.Announce(key, m_arrows.back());
-        m_arrows.pop_back();
-    }
+    m_result.outputs.push_back({name, std::move(value)});
 }
 
-void TraceSpan::WillNotBeAnswered(const std::string& key)
+void TraceSpan::Answer(std::string text)
 {
-    m_state.Withdraw(key);
+    m_result.text = std::move(text);
+    m_result.isPlain = false;
 }
 
-void TraceSpan::BelongsTo(const std::string& key)
+void TraceSpan::Fail(std::string text)
 {
-    m_state.Continue(key, Trace::State::Part::Step);
+    m_result.text = std::move(text);
+    m_result.isFailure = true;
 }
 
-void TraceSpan::Answers(const std::string& key)
+void TraceSpan::SetFlag(bool value)
 {
-    m_state.Continue(key, Trace::State::Part::Answer);
+    m_result.text = value ? "true" : "false";
+    m_result.isFailure = !value;
 }
 
-void TraceSpan::MayAnswer(const std::string& key)
+void TraceSpan::SetNumber(int64_t value)
 {
-    m_state.Continue(key, Trace::State::Part::SharedAnswer);
-}
-
-void TraceSpan::AnswersIfOutermost(const std::string& key)
-{
-    if (m_state.IsOutermost())
-    {
-        Answers(key);
-    }
+    SetResult(m_result, m_name, value);
 }
 
 } // namespace host

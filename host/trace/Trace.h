@@ -1,76 +1,63 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "host/trace/TraceCall.h"
+#include "host/trace/TraceDiagram.h"
+
 #include <filesystem>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
-#include <variant>
-#include <vector>
 
 namespace host
 {
 
-/// How a call crosses the boundary of the module.
-enum class Crossing
-{
-    HostCall,      ///< from the host
-    Notification,  ///< to the host
-    PlatformCall,  ///< to the platform
-    PlatformEvent, ///< from the platform
-    HttpRequest,   ///< from the platform, which asks for something over HTTP
-    HttpCall,      ///< to the HTTP object
-    HttpEvent,     ///< from the HTTP object
-};
-
-struct TraceArgument
-{
-    const char* name;
-    std::variant<bool, int64_t, std::string> value;
-};
-using TraceArguments = std::initializer_list<TraceArgument>;
-
-/// A text of a caller, which may be null.
-std::string TraceText(const char* text);
-
-/// The same for an address, of which the query is left out: tokens are in it, and traces are passed around.
-std::string TraceUrl(const char* url);
-
 /// Records what crosses the boundary of the module.
 ///
-/// The trace is a file of the trace-event format that Perfetto and about:tracing open: a track for each thread, each call a
-/// slice on it, and arrows from a call to the notification that answers it. The diagram is the same as a Mermaid sequence
-/// diagram, of which calls that repeat many times are left out. Counting of references is not recorded, nor are questions
-/// for the level of the log.
+/// The trace is a file of the trace-event format that Perfetto and about:tracing open: each component has a group of tracks,
+/// one for each thread, each call is a slice, and arrows lead from calls to the notifications that answer them. The diagram is
+/// a Mermaid sequence diagram for people. Counting of references is not recorded, nor are questions for the level of the log.
 ///
-/// Who wants to be recorded goes through the objects of host/TraceModule.h and host/TracePlatform.h; who does not pays
-/// nothing. Everything may be called from any thread.
+/// `RecordComponent` puts recording objects around a component. A host that does not record makes no `Trace`, and nothing
+/// stands between the component and the host.
+///
+/// [any] Every operation may be called from any thread, also from inside a recorded call.
 class Trace
 {
 public:
     struct Options
     {
-        std::filesystem::path file;    ///< empty: no trace
-        std::filesystem::path diagram; ///< empty: no diagram
+        std::filesystem::path file{};    ///< empty: no trace
+        std::filesystem::path diagram{}; ///< empty: no diagram
+        DiagramChoice choice{};          ///< what the diagram shows
     };
 
     /// `Error` when a file cannot be written.
     explicit Trace(const Options& options);
+    /// Closes the trace; a failure is lost.
     ~Trace();
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
 
-    /// Ends what is open and completes the files; nothing is recorded any more. `Error` when they could not be written.
-    void Close();
+    /// The number under which the calls of a new component on `device` are recorded.
+    uint32_t AddComponent(const std::string& device);
+
+    /// The number of a new connection of the platform.
+    uint32_t AddConnection();
+
+    /// Begins a chapter of the recording and ends the one before.
+    void Chapter(const std::string& title);
 
     /// A moment on the track of the calling thread, such as a line of the log.
     void Moment(const char* category, const std::string& text);
 
-    /// Makes an object that lives as long as the trace. Objects that stand between two others may be in use to the last
-    /// moment, on any thread, so none of them goes earlier.
+    /// Completes the files: calls and chapters that are open end in them now, and nothing is recorded any more. May be called
+    /// at any time, while calls are being recorded on other threads too; a second call does nothing. `Error` when a file could
+    /// not be written, or when a chosen device was not recorded; both files are complete then as far as they can be.
+    void Close();
+
+    /// Makes an object that lives as long as the trace. Recording objects may be in use to the last moment, on any thread, so
+    /// none of them goes earlier.
     template <typename T, typename... Arguments>
     T& Keep(Arguments&&... arguments)
     {
@@ -86,57 +73,59 @@ private:
 
     void Own(std::shared_ptr<void> object);
 
-    std::unique_ptr<State> m_state;
+    const std::unique_ptr<State> m_state;
 };
 
 /// One call across the boundary, from its beginning to its end on one thread.
 class TraceSpan
 {
 public:
-    /// `device` names the component. `answers` is how many later answers the call hopes for.
-    TraceSpan(Trace& trace, Crossing crossing, const std::string& device, const char* name, TraceArguments arguments,
-              size_t answers = 0);
+    /// Begins the call on the calling thread; the trace must outlive the span.
+    TraceSpan(Trace& trace, const TraceCall& call);
+    /// Ends it.
     ~TraceSpan();
     TraceSpan(const TraceSpan&) = delete;
     TraceSpan& operator=(const TraceSpan&) = delete;
 
-    /// One of the answers will be known by `key`. Answers that were not announced do not come.
-    void WillBeAnswered(const std::string& key);
-    /// The announced answer does not come.
-    void WillNotBeAnswered(const std::string& key);
+    /// What the operation wrote to an output argument.
+    void Output(const char* name, TraceValue value);
 
-    /// This event belongs to the call whose answer is known by `key`, but is not its answer yet.
-    void BelongsTo(const std::string& key);
-    /// This event is the answer; the first notification made inside it is where the arrow ends, or the event itself.
-    void Answers(const std::string& key);
-    /// The same for an event that several listeners get: it is the answer for the one that makes a notification of it.
-    void MayAnswer(const std::string& key);
-    /// The same, unless this call was made inside another one.
-    void AnswersIfOutermost(const std::string& key);
+    /// What the operation returned, as a text that says more than success or failure.
+    void Answer(std::string text);
+    /// The operation failed, as the text says.
+    void Fail(std::string text);
 
-    /// Records what the call returned and passes it on.
+    /// Records what the operation returned and passes it on.
     template <typename T>
     T Result(T value)
     {
         if constexpr (std::is_same_v<T, bool>)
         {
-            m_result = value ? "true" : "false";
+            SetFlag(value);
         }
         else if constexpr (std::is_integral_v<T>)
         {
-            m_result = std::to_string(value);
+            SetNumber(static_cast<int64_t>(value));
         }
         else
         {
-            m_result = value;
+            Answer(value);
         }
         return value;
     }
 
+    bool IsFailure() const
+    {
+        return m_result.isFailure;
+    }
+
 private:
+    void SetFlag(bool value);
+    void SetNumber(int64_t value);
+
     Trace::State& m_state;
-    std::vector<uint64_t> m_arrows; ///< begun and not announced, the last first
-    std::string m_result;
+    const char* const m_name;
+    TraceResult m_result;
 };
 
 } // namespace host

@@ -1,17 +1,16 @@
 #pragma once
 
+#include "host/trace/TracePlatform.h"
 #include "onlinemanager/IOnlineManager.h"
 
-#include <string>
+#include <cstdint>
 
 namespace host
 {
 
-class Trace;
-
-/// Puts a recording object in front of a component: everything that is got from it, and every listener that is registered
-/// through it, is recorded too. The caller goes on with the result in place of `manager`, of whose reference it takes care.
-onlinemanager::IOnlineManager& RecordModule(Trace& trace, const std::string& device,
-                                            onlinemanager::IOnlineManager& manager);
+/// Puts a recording component in front of another one: its services are recorded, and the listeners that are registered with
+/// them. `factory` is the one that the component was created with. The result lives as long as the trace.
+onlinemanager::IOnlineManager& RecordModule(Trace& trace, uint32_t component, onlinemanager::IOnlineManager& manager,
+                                            TracedFactory& factory);
 
 } // namespace host

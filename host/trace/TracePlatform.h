@@ -2,15 +2,38 @@
 
 #include "common/frameworksdk/IComponentFactory.h"
 
-#include <string>
+#include <cstdint>
+#include <map>
+#include <mutex>
 
 namespace host
 {
 
 class Trace;
 
-/// Puts a recording factory in front of another one: the connections that it makes are recorded, and everything that is
-/// got from them. The result lives as long as the trace.
-IComponentFactory& RecordPlatform(Trace& trace, const std::string& device, IComponentFactory& factory);
+/// Stands in front of a component factory: the connections that it makes are recorded, and everything that is got from
+/// them. It lives as long as the trace.
+class TracedFactory final : public IComponentFactory
+{
+public:
+    /// Records for one component.
+    TracedFactory(Trace& trace, uint32_t component, IComponentFactory& target);
+
+    HRESULT QueryInterface(const GUID& iid, void** out) override;
+    uint32_t AddRef() override;
+    uint32_t Release() override;
+    HRESULT CreateComponent(const CLSID& clsid, const IID& iid, IUnknown* outer, void** out) override;
+
+    /// The same connection for the host's own use: its calls are recorded as the host's. `connection` itself when it is none
+    /// that this factory made.
+    IUnknown* ForHost(IUnknown* connection);
+
+private:
+    Trace& m_trace;
+    const uint32_t m_component;
+    IComponentFactory& m_target;
+    std::mutex m_mutex;
+    std::map<IUnknown*, IUnknown*> m_forHost; ///< by the connection that the module has
+};
 
 } // namespace host

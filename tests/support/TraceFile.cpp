@@ -42,8 +42,12 @@ TraceFile::Record ToRecord(const rapidjson::Value& value)
     record.phase = Member(value, "ph").GetString();
     record.name = TextMember(value, "name");
     record.category = TextMember(value, "cat");
-    record.time = Member(value, "ts").GetDouble();
-    record.thread = Member(value, "tid").GetInt();
+    record.group = Member(value, "pid").GetInt();
+    record.track = Member(value, "tid").GetInt();
+    if (record.phase != "M")
+    {
+        record.time = Member(value, "ts").GetDouble();
+    }
     if (value.HasMember("id"))
     {
         record.id = value["id"].GetUint64();
@@ -72,13 +76,21 @@ class Walk
 public:
     void Take(const TraceFile::Record& record)
     {
-        if (record.time < m_times[record.thread])
+        if (record.phase == "M")
+        {
+            return;
+        }
+        if (record.time < m_times[record.track])
         {
             Say("the time goes back at " + record.name);
         }
-        m_times[record.thread] = record.time;
+        m_times[record.track] = record.time;
+        if (m_groups.try_emplace(record.track, record.group).first->second != record.group)
+        {
+            Say("track " + std::to_string(record.track) + " is in two groups");
+        }
 
-        std::vector<std::string>& slices = m_slices[record.thread];
+        std::vector<std::string>& slices = m_slices[record.track];
         if (record.phase == "B")
         {
             slices.push_back(record.name);
@@ -91,7 +103,7 @@ public:
         {
             TakeArrow(record, slices);
         }
-        else if (record.phase != "i" && record.phase != "M")
+        else if (record.phase != "i")
         {
             Say("a record of the unknown phase " + record.phase);
         }
@@ -155,6 +167,7 @@ private:
     }
 
     std::map<int, double> m_times;
+    std::map<int, int> m_groups;
     std::map<int, std::vector<std::string>> m_slices;
     std::map<uint64_t, Arrow> m_arrows;
     std::vector<std::string> m_problems;
@@ -188,12 +201,13 @@ TraceFile::TraceFile(const std::filesystem::path& path)
 std::vector<std::string> TraceFile::Problems() const
 {
     std::vector<std::string> problems = WalkThrough(m_records).Problems();
-    const std::map<int, std::string> names = ThreadNames();
+    const std::map<int, std::string> tracks = Names("thread_name");
+    const std::map<int, std::string> groups = Names("process_name");
     for (const Record& record : m_records)
     {
-        if (record.phase != "M" && !names.contains(record.thread))
+        if (record.phase != "M" && (!tracks.contains(record.track) || !groups.contains(record.group)))
         {
-            problems.push_back("thread " + std::to_string(record.thread) + " has no name");
+            problems.push_back("track " + std::to_string(record.track) + " or its group has no name");
             break;
         }
     }
@@ -218,24 +232,68 @@ std::vector<std::pair<std::string, std::string>> TraceFile::Arrows() const
     return ends;
 }
 
-std::map<int, std::string> TraceFile::ThreadNames() const
+std::map<int, std::string> TraceFile::Names(const char* what) const
 {
     std::map<int, std::string> names;
     for (const Record& record : m_records)
     {
-        if (record.phase == "M" && record.name == "thread_name")
+        if (record.phase == "M" && record.name == what)
         {
-            names[record.thread] = record.arguments.at("name");
+            names[record.name == "process_name" ? record.group : record.track] = record.arguments.at("name");
         }
     }
     return names;
 }
 
+std::string TraceFile::TrackName(const Record& record) const
+{
+    return Names("process_name").at(record.group) + "/" + Names("thread_name").at(record.track);
+}
+
+std::vector<std::string> TraceFile::Tracks() const
+{
+    std::vector<std::string> tracks;
+    for (const Record& record : m_records)
+    {
+        if (record.phase == "M" && record.name == "thread_name")
+        {
+            tracks.push_back(TrackName(record));
+        }
+    }
+    return tracks;
+}
+
+std::vector<std::string> TraceFile::Slices(const std::string& track) const
+{
+    std::vector<std::string> slices;
+    std::string depth;
+    for (const Record& record : m_records)
+    {
+        if (record.phase == "M" || TrackName(record) != track)
+        {
+            continue;
+        }
+        if (record.phase == "B" || record.phase == "i")
+        {
+            slices.push_back(depth + record.name);
+        }
+        if (record.phase == "B")
+        {
+            depth += '.';
+        }
+        else if (record.phase == "E")
+        {
+            depth.pop_back();
+        }
+    }
+    return slices;
+}
+
 std::vector<std::string> DiagramProblems(const std::string& text)
 {
-    static const std::regex kParticipant(R"(    participant (P\d+) as [^;#]+)");
-    static const std::regex kMessage(R"(    (P\d+)(->>|-->>)(P\d+): (?:[^;#]|#\d+;)+)");
-    static const std::regex kNote(R"(    Note over (P\d+): (?:[^;#]|#\d+;)+)");
+    static const std::regex kParticipant(R"(    participant (P\d+) as (?:[^;#]|#\d+;)+)");
+    static const std::regex kMessage(R"(    (P\d+)(->>|-x)(P\d+): (?:[^;#]|#\d+;)+)");
+    static const std::regex kNote(R"(    Note over (P\d+)(?:,(P\d+))?: (?:[^;#]|#\d+;)+)");
 
     std::vector<std::string> problems;
     std::set<std::string> participants;
@@ -257,8 +315,10 @@ std::vector<std::string> DiagramProblems(const std::string& text)
         if (!isMessage && !std::regex_match(line, match, kNote))
         {
             problems.push_back("not a statement: " + line);
+            continue;
         }
-        else if (!participants.contains(match[1]) || (isMessage && !participants.contains(match[3])))
+        const std::string other = match[isMessage ? 3 : 2];
+        if (!participants.contains(match[1]) || (!other.empty() && !participants.contains(other)))
         {
             problems.push_back("not a participant: " + line);
         }

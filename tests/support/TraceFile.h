@@ -17,7 +17,8 @@ public:
         std::string name;
         std::string category;
         double time = 0;
-        int thread = 0;
+        int group = 0;
+        int track = 0;
         uint64_t id = 0;
         std::map<std::string, std::string> arguments;
     };
@@ -30,8 +31,8 @@ public:
         return m_records;
     }
 
-    /// What is wrong with it, in words: slices that do not balance, times that go back, arrows without an end, tracks
-    /// without a name. Empty when it is good.
+    /// What is wrong with it, in words: slices that do not balance, times that go back, arrows without an end, groups and
+    /// tracks without a name, a track in two groups. Empty when it is good.
     std::vector<std::string> Problems() const;
 
     /// How many slices have this name.
@@ -40,9 +41,17 @@ public:
     /// The names of the slices in which each arrow begins and ends.
     std::vector<std::pair<std::string, std::string>> Arrows() const;
 
-    std::map<int, std::string> ThreadNames() const;
+    /// The tracks as "group/track", in their order.
+    std::vector<std::string> Tracks() const;
+
+    /// The slices and marks on such a track, in the order of their beginning, each as deep in dots as it lies below others.
+    std::vector<std::string> Slices(const std::string& track) const;
 
 private:
+    /// Names of groups or tracks by their numbers.
+    std::map<int, std::string> Names(const char* what) const;
+    std::string TrackName(const Record& record) const;
+
     std::vector<Record> m_records;
 };
 

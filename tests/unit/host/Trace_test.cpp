@@ -1,19 +1,22 @@
 #include "host/trace/Trace.h"
 
+#include "host/trace/TraceNames.h"
 #include "onlinehost/Error.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TraceFile.h"
 
 #include <algorithm>
+#include <future>
 #include <gtest/gtest.h>
 #include <memory>
-#include <set>
+#include <optional>
 #include <thread>
 
 using host::Crossing;
 using host::Trace;
 using host::TraceSpan;
 using Arrows = std::vector<std::pair<std::string, std::string>>;
+using Names = std::vector<std::string>;
 using Problems = std::vector<std::string>;
 
 namespace
@@ -30,194 +33,284 @@ protected:
         return file;
     }
 
-    /// A host's call that makes a call of the platform, answered later if `key` is not empty.
-    void Call(const char* name, const std::string& key)
+    TraceSpan Span(Crossing crossing, const char* name, host::TraceArguments arguments = {})
     {
-        const TraceSpan outer(m_trace, Crossing::HostCall, "pc", name, {});
-        TraceSpan inner(m_trace, Crossing::PlatformCall, "pc", "platform call", {}, 1);
-        if (!key.empty())
-        {
-            inner.WillBeAnswered(key);
-        }
+        return {m_trace, {crossing, m_pc, name, std::move(arguments), 1}};
+    }
+
+    /// The host's login, and the platform's call in it.
+    void Login(bool isAccepted = true)
+    {
+        const TraceSpan outer = Span(Crossing::HostCall, "IPaasOnline::Login");
+        TraceSpan inner = Span(Crossing::PlatformCall, "IZolConnection::Login", {{"userid", "7"}});
+        inner.Result(isAccepted ? 0 : -2147467259);
+    }
+
+    void Refresh(unsigned requestId)
+    {
+        const TraceSpan outer = Span(Crossing::HostCall, "IUserOnline::RefreshCompanyUserStatus");
+        TraceSpan inner = Span(Crossing::PlatformCall, "IZolOnline::RefreshAllUsersStatus");
+        inner.Output("requestId", int64_t{requestId});
+    }
+
+    void Page(unsigned requestId, int index, int count)
+    {
+        const TraceSpan page = Span(Crossing::PlatformEvent, "IZolOnlineListener::OnRefreshUserStatusFinished",
+                                    {{"requestId", requestId}, {"page_count", count}, {"page_index", index}});
+    }
+
+    /// Both threads of a request over HTTP.
+    void Request(unsigned id)
+    {
+        TraceSpan call = Span(Crossing::HttpCall, "IHttpClient::Request");
+        call.Output("id", int64_t{id});
+    }
+
+    void Respond(unsigned id)
+    {
+        const TraceSpan event = Span(Crossing::HttpEvent, "IHttpResponseNotify::OnCompleteRespond", {{"id", id}});
     }
 
     TemporaryFolder m_folder;
     Trace m_trace{{m_folder / "trace", m_folder / "diagram"}};
+    const uint32_t m_pc = m_trace.AddComponent("pc");
 };
 
 } // namespace
 
 TEST_F(TraceTest, AnUnusedOneIsATrace)
 {
-    EXPECT_EQ(Close().Records().size(), 1u);
-    EXPECT_EQ(ReadFile(m_folder / "diagram"), "sequenceDiagram\n");
+    EXPECT_TRUE(Close().Records().empty());
+    EXPECT_EQ(ReadFile(m_folder / "diagram"), "sequenceDiagram\n"
+                                              "    participant P1 as Host\n"
+                                              "    Note over P1: No recorded call belongs to what was to be shown\n");
 }
 
-TEST_F(TraceTest, ArgumentsAndResultsAreShown)
+TEST_F(TraceTest, ArgumentsOutputsAndResultsAreShown)
 {
     {
-        TraceSpan span(m_trace, Crossing::HostCall, "pc", "Login",
-                       {{"force", true}, {"user", 4294967295u}, {"text", "caf\u00e9 \"x\"\n\xff"}});
+        TraceSpan span = Span(Crossing::HostCall, "Login",
+                              {{"force", true},
+                               {"user", 4294967295u},
+                               {"text", "caf\u00e9 \"x\"\n\xff"},
+                               {"code", host::MeaningOf(avcore::ZOL_PORT_LOGIN_CONFLICT)},
+                               {"ids", host::TraceList{3, {"1", "2"}}}});
+        span.Output("requestId", int64_t{5});
         EXPECT_EQ(span.Result(-2147467259), -2147467259);
+        EXPECT_TRUE(span.IsFailure());
     }
     const TraceFile file = Close();
-    const TraceFile::Record& begin = file.Records().at(2);
-    EXPECT_EQ(begin.name, "Login");
-    EXPECT_EQ(begin.category, "host call");
-    EXPECT_EQ(begin.arguments.at("device"), "pc");
-    EXPECT_EQ(begin.arguments.at("force"), "true");
-    EXPECT_EQ(begin.arguments.at("user"), "4294967295");
-    EXPECT_EQ(begin.arguments.at("text"), "caf\u00e9 \"x\"\\x0A\\xFF");
-    EXPECT_EQ(file.Records().at(3).arguments.at("result"), "-2147467259");
+    const auto begin = std::find_if(file.Records().begin(), file.Records().end(),
+                                    [](const TraceFile::Record& record) { return record.phase == "B"; });
+    ASSERT_NE(begin, file.Records().end());
+    EXPECT_EQ(begin->name, "Login");
+    EXPECT_EQ(begin->category, "host call");
+    EXPECT_EQ(begin->arguments.at("force"), "true");
+    EXPECT_EQ(begin->arguments.at("user"), "4294967295");
+    EXPECT_EQ(begin->arguments.at("text"), "caf\u00e9 \"x\"\\x0A\\xFF");
+    EXPECT_EQ(begin->arguments.at("code"), "36 (logged in on another device)");
+    EXPECT_EQ(begin->arguments.at("ids"), "3: 1, 2, ...");
+    EXPECT_EQ((begin + 1)->arguments.at("result"), "0x80004005 (E_FAIL)");
+    EXPECT_EQ((begin + 1)->arguments.at("requestId"), "5");
 }
 
-TEST_F(TraceTest, EachThreadHasATrackNamedAfterWhatComesFirst)
+TEST_F(TraceTest, EachComponentHasItsOwnTracks)
+{
+    const uint32_t phone = m_trace.AddComponent("phone");
+    const uint32_t again = m_trace.AddComponent("pc");
+    {
+        const TraceSpan call(m_trace, {Crossing::HostCall, m_pc, "outer"});
+        const TraceSpan inner(m_trace, {Crossing::HostCall, phone, "of another component"});
+        const TraceSpan innermost(m_trace, {Crossing::PlatformCall, m_pc, "inner"});
+    }
+    {
+        const TraceSpan call(m_trace, {Crossing::HostCall, again, "later"});
+    }
+    std::thread([&] { const TraceSpan event(m_trace, {Crossing::PlatformEvent, phone, "event"}); }).join();
+    const TraceFile file = Close();
+    EXPECT_EQ(file.Tracks(), (Names{"pc/main", "phone/main", "pc (2)/main", "phone/platform"}));
+    EXPECT_EQ(file.Slices("pc/main"), (Names{"outer", ".inner"}));
+    EXPECT_EQ(file.Slices("phone/main"), (Names{"of another component"}));
+    EXPECT_EQ(file.Slices("pc (2)/main"), (Names{"later"}));
+    EXPECT_EQ(file.Slices("phone/platform"), (Names{"event"}));
+}
+
+TEST_F(TraceTest, ChaptersAreSlicesOnATrackOfTheirOwn)
+{
+    m_trace.Chapter("the first");
+    {
+        const TraceSpan span = Span(Crossing::HostCall, "call");
+        m_trace.Chapter("the second");
+    }
+    const TraceFile file = Close();
+    EXPECT_EQ(file.Slices("chapters/chapters"), (Names{"the first", "the second"}));
+    EXPECT_EQ(file.Slices("pc/main"), Names{"call"});
+}
+
+TEST_F(TraceTest, ALineOfTheLogStandsInTheCallThatWritesIt)
 {
     {
-        const TraceSpan span(m_trace, Crossing::HostCall, "pc", "on the main thread", {});
+        const TraceSpan span = Span(Crossing::HostCall, "call");
+        m_trace.Moment("log", "inside");
     }
-    std::thread([&] { const TraceSpan span(m_trace, Crossing::PlatformEvent, "pc", "event", {}); }).join();
-    std::thread([&] { m_trace.Moment("log", "a line"); }).join();
-    std::multiset<std::string> names;
-    for (const auto& [thread, name] : Close().ThreadNames())
-    {
-        names.insert(name);
-    }
-    EXPECT_EQ(names, (std::multiset<std::string>{"main", "module", "platform"}));
+    std::thread([&] { m_trace.Moment("log", "outside"); }).join();
+    const TraceFile file = Close();
+    EXPECT_EQ(file.Slices("pc/main"), (Names{"call", ".inside"}));
+    EXPECT_EQ(file.Slices("onlinehost/module"), Names{"outside"});
 }
 
 TEST_F(TraceTest, AnArrowGoesFromTheHostsCallToTheNotification)
 {
-    Call("Login", "login");
+    Login();
     std::thread(
         [&]
         {
-            TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnLoginResult", {});
-            event.Answers("login");
+            const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLoginResult");
             {
-                const TraceSpan first(m_trace, Crossing::Notification, "pc", "OnLoginSuccess", {});
+                const TraceSpan first = Span(Crossing::Notification, "IPaasOnlineNotify::OnLoginSuccess");
             }
             {
-                const TraceSpan second(m_trace, Crossing::Notification, "pc", "something else", {});
+                const TraceSpan second = Span(Crossing::Notification, "something else");
             }
         })
         .join();
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"Login", "OnLoginSuccess"}}));
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IPaasOnline::Login", "IPaasOnlineNotify::OnLoginSuccess"}}));
+}
+
+TEST_F(TraceTest, AnArrowOfACallThatTheModuleMakesInAnEventBeginsAtTheEvent)
+{
+    {
+        const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnReconnectSucess");
+        TraceSpan refresh = Span(Crossing::PlatformCall, "IZolOnline::RefreshAllUsersStatus");
+        refresh.Output("requestId", int64_t{4});
+    }
+    {
+        const TraceSpan page = Span(Crossing::PlatformEvent, "IZolOnlineListener::OnRefreshUserStatusFinished",
+                                    {{"requestId", 4}, {"page_count", 1}, {"page_index", 0}});
+        const TraceSpan notification = Span(Crossing::Notification, "IUserOnlineNotify::OnUserStatusChanged");
+    }
+    EXPECT_EQ(Close().Arrows(),
+              (Arrows{{"IZolConnectionListener::OnReconnectSucess", "IUserOnlineNotify::OnUserStatusChanged"}}));
 }
 
 TEST_F(TraceTest, AnEventWithoutANotificationIsWhereTheArrowEnds)
 {
-    Call("Login", "login");
-    {
-        TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnLoginResult", {});
-        event.Answers("login");
-    }
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"Login", "OnLoginResult"}}));
+    Refresh(1);
+    Page(1, 0, 1);
+    EXPECT_EQ(Close().Arrows(),
+              (Arrows{{"IUserOnline::RefreshCompanyUserStatus", "IZolOnlineListener::OnRefreshUserStatusFinished"}}));
 }
 
 TEST_F(TraceTest, OfSeveralListenersTheOneThatNotifiesHasTheAnswer)
 {
-    Call("first", "join");
-    Call("second", "join");
-    for (int call = 0; call < 2; ++call)
+    Login();
+    Login();
+    for (const char* name : {"one", "two"})
     {
         {
-            TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "at the session", {});
-            event.MayAnswer("join");
+            const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLoginResult");
         }
-        TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "at the tunnel", {});
-        event.MayAnswer("join");
-        const TraceSpan notification(m_trace, Crossing::Notification, "pc", call == 0 ? "one" : "two", {});
+        const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLoginResult");
+        const TraceSpan notification = Span(Crossing::Notification, name);
     }
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"first", "one"}, {"second", "two"}}));
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IPaasOnline::Login", "one"}, {"IPaasOnline::Login", "two"}}));
 }
 
 TEST_F(TraceTest, PagesBelongToTheCallAndTheLastAnswersIt)
 {
-    Call("Refresh", "refresh 1");
-    for (const bool isLast : {false, false, true})
+    Refresh(1);
+    Refresh(2);
+    Page(2, 0, 1);
+    for (const int index : {0, 1, 2})
     {
-        TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", isLast ? "last page" : "page", {});
-        isLast ? event.Answers("refresh 1") : event.BelongsTo("refresh 1");
+        Page(1, index, 3);
     }
     const TraceFile file = Close();
-    EXPECT_EQ(file.Arrows(), (Arrows{{"Refresh", "last page"}}));
+    EXPECT_EQ(file.Arrows().size(), 2u);
     EXPECT_EQ(std::count_if(file.Records().begin(), file.Records().end(),
                             [](const TraceFile::Record& record) { return record.phase == "t"; }),
-              3);
+              4);
 }
 
-TEST_F(TraceTest, AnswersToEqualCallsComeInTheirOrder)
+TEST_F(TraceTest, EachInviteeHasAnArrow)
 {
-    Call("first", "join");
-    Call("second", "join");
-    for (const char* name : {"answer to the first", "answer to the second"})
     {
-        TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", name, {});
-        event.Answers("join");
+        const TraceSpan outer = Span(Crossing::HostCall, "IUserOnline::InviteUsers");
+        TraceSpan inner =
+            Span(Crossing::PlatformCall, "IZolOnline::InviteUsers", {{"ids", host::TraceList{2, {"8", "9"}}}});
+        inner.Output("inviteId", int64_t{3});
     }
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"first", "answer to the first"}, {"second", "answer to the second"}}));
+    const auto answer = [&](const char* name, const char* user, const char* notified)
+    {
+        const TraceSpan event = Span(Crossing::PlatformEvent, name, {{"userId", user}, {"inviteId", 3}});
+        const TraceSpan notification = Span(Crossing::Notification, notified);
+    };
+    answer("IZolOnlineListener::OnInviteRejected", "9", "of 9");
+    answer("IZolOnlineListener::OnInviteAccepted", "8", "of 8");
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IUserOnline::InviteUsers", "of 8"}, {"IUserOnline::InviteUsers", "of 9"}}));
 }
 
 TEST_F(TraceTest, ACallThatFailsEndsItsOwnArrow)
 {
-    Call("Login", "");
+    Login(false);
     {
-        TraceSpan span(m_trace, Crossing::PlatformCall, "pc", "Logout", {}, 1);
-        span.WillBeAnswered("logout");
-        span.WillNotBeAnswered("logout");
+        const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLoginResult");
     }
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"Login", "platform call"}, {"Logout", "Logout"}}));
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IPaasOnline::Login", "IZolConnection::Login"}}));
 }
 
-TEST_F(TraceTest, WhatIsNeverAnsweredOrNeverEndsIsEndedByTheTrace)
-{
-    Call("Login", "login");
-    const TraceSpan open(m_trace, Crossing::HostCall, "pc", "still open", {});
-    const TraceFile file = Close();
-    EXPECT_EQ(file.Arrows(), (Arrows{{"Login", "no notification"}}));
-    EXPECT_EQ(file.Count("still open"), 1u);
-}
-
-TEST_F(TraceTest, AnAnswerThatNobodyAwaitsIsNone)
+TEST_F(TraceTest, AnAnswerOverHttpMayComeBeforeTheCallReturns)
 {
     {
-        TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnLogouted", {});
-        event.Answers("logout");
-        event.BelongsTo("login");
+        TraceSpan call = Span(Crossing::HttpCall, "IHttpClient::Request");
+        std::thread([&] { Respond(1); }).join();
+        call.Output("id", int64_t{1});
     }
+    Request(2);
+    Respond(2);
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IHttpClient::Request", "IHttpClient::Request"},
+                                        {"IHttpClient::Request", "IHttpResponseNotify::OnCompleteRespond"}}));
+}
+
+TEST_F(TraceTest, AnAnswerToNoCallHasNoArrow)
+{
+    {
+        const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLogouted");
+    }
+    Page(1, 0, 1);
     EXPECT_EQ(Close().Arrows(), Arrows{});
 }
 
 TEST_F(TraceTest, OnlyAnOutermostNotificationAnswersATrigger)
 {
-    Call("TriggerNotify", "trigger");
     {
-        const TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnLoginResult", {});
-        TraceSpan inner(m_trace, Crossing::Notification, "pc", "of the login", {});
-        inner.AnswersIfOutermost("trigger");
+        TraceSpan call = Span(Crossing::HostCall, "IPaasOnline::TriggerNotify");
+        call.Result(true);
     }
     {
-        TraceSpan outermost(m_trace, Crossing::Notification, "pc", "of the trigger", {});
-        outermost.AnswersIfOutermost("trigger");
+        const TraceSpan event = Span(Crossing::PlatformEvent, "IZolConnectionListener::OnLoginResult");
+        const TraceSpan inner = Span(Crossing::Notification, "IPaasOnlineNotify::OnLoginSuccess");
     }
-    EXPECT_EQ(Close().Arrows(), (Arrows{{"TriggerNotify", "of the trigger"}}));
+    {
+        const TraceSpan outermost = Span(Crossing::Notification, "IPaasOnlineNotify::OnOffline");
+    }
+    EXPECT_EQ(Close().Arrows(), (Arrows{{"IPaasOnline::TriggerNotify", "IPaasOnlineNotify::OnOffline"}}));
 }
 
 TEST_F(TraceTest, ManyThreadsRecordAtOnce)
 {
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i)
+    for (unsigned i = 0; i < 4; ++i)
     {
         threads.emplace_back(
             [this, i]
             {
-                for (int j = 0; j < 250; ++j)
+                for (unsigned j = 0; j < 250; ++j)
                 {
-                    const std::string key = std::to_string(i) + " " + std::to_string(j);
-                    Call("call", key);
-                    TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "event", {});
-                    event.Answers(key);
+                    Refresh(i * 1000 + j);
+                    Page(i * 1000 + j, 0, 1);
+                    m_trace.Chapter("chapter");
+                    m_trace.Moment("log", "line");
                 }
             });
     }
@@ -226,70 +319,52 @@ TEST_F(TraceTest, ManyThreadsRecordAtOnce)
         thread.join();
     }
     const TraceFile file = Close();
-    EXPECT_EQ(file.Count("event"), 1000u);
-    EXPECT_EQ(file.Arrows(), Arrows(1000, {"call", "event"}));
+    EXPECT_EQ(file.Count("IZolOnlineListener::OnRefreshUserStatusFinished"), 1000u);
+    EXPECT_EQ(file.Arrows(), Arrows(1000, {"IUserOnline::RefreshCompanyUserStatus",
+                                           "IZolOnlineListener::OnRefreshUserStatusFinished"}));
+}
+
+TEST_F(TraceTest, AnInterruptedOneIsCompleteThoughCallsAreOpenOnOtherThreads)
+{
+    std::promise<void> begun;
+    std::promise<void> closed;
+    std::thread other(
+        [&]
+        {
+            const TraceSpan outer = Span(Crossing::HostCall, "IPaasOnline::Login");
+            const TraceSpan inner = Span(Crossing::PlatformCall, "IZolConnection::Login");
+            begun.set_value();
+            closed.get_future().wait();
+            const TraceSpan late = Span(Crossing::PlatformCall, "late");
+        });
+    begun.get_future().wait();
+    m_trace.Chapter("interrupted");
+    const TraceFile file = Close();
+    closed.set_value();
+    other.join();
+    EXPECT_EQ(file.Slices("pc/host"), (Names{"IPaasOnline::Login", ".IZolConnection::Login"}));
+    EXPECT_EQ(file.Arrows(), (Arrows{{"IPaasOnline::Login", "no answer"}}));
+    EXPECT_EQ(TraceFile(m_folder / "trace").Count("late"), 0u);
+    const std::string diagram = ReadFile(m_folder / "diagram");
+    EXPECT_EQ(DiagramProblems(diagram), Problems{});
+    EXPECT_NE(diagram.find("interrupted"), std::string::npos) << diagram;
 }
 
 TEST_F(TraceTest, NothingIsRecordedAfterTheEnd)
 {
-    auto late =
-        std::make_unique<TraceSpan>(m_trace, Crossing::HostCall, "pc", "open at the end", host::TraceArguments{});
+    std::optional<TraceSpan> open(std::in_place, m_trace, host::TraceCall{Crossing::HostCall, m_pc, "open"});
     m_trace.Close();
-    late.reset();
+    open.reset();
     m_trace.Moment("log", "late");
+    m_trace.Chapter("late");
     {
-        const TraceSpan span(m_trace, Crossing::HostCall, "pc", "late", {}, 1);
+        const TraceSpan span = Span(Crossing::HostCall, "late");
     }
     m_trace.Close();
     const TraceFile file(m_folder / "trace");
     EXPECT_EQ(file.Problems(), Problems{});
     EXPECT_EQ(file.Count("late"), 0u);
-    EXPECT_EQ(file.Count("open at the end"), 1u);
-}
-
-TEST_F(TraceTest, TheDiagramShowsWhoCallsWhom)
-{
-    {
-        TraceSpan login(m_trace, Crossing::HostCall, "pc", "Login", {{"user", 1}, {"force", false}});
-        {
-            const TraceSpan inner(m_trace, Crossing::PlatformCall, "pc", "Connect", {{"server", "a;b"}});
-        }
-        login.Result(true);
-    }
-    {
-        const TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnLoginResult", {});
-    }
-    m_trace.Close();
-    const std::string diagram = ReadFile(m_folder / "diagram");
-    EXPECT_EQ(DiagramProblems(diagram), Problems{});
-    EXPECT_EQ(diagram, "sequenceDiagram\n"
-                       "    participant P1 as Host\n"
-                       "    participant P2 as Module of pc\n"
-                       "    participant P3 as Platform\n"
-                       "    P1->>P2: Login(user=1, force=false)\n"
-                       "    P2->>P3: Connect(server=a#59;b)\n"
-                       "    P2-->>P1: true\n"
-                       "    P3->>P2: OnLoginResult()\n");
-}
-
-TEST_F(TraceTest, TheDiagramLeavesRepetitionsOutWithEverythingInsideThem)
-{
-    for (int i = 0; i < 10; ++i)
-    {
-        const TraceSpan event(m_trace, Crossing::PlatformEvent, "pc", "OnChanged", {});
-        const TraceSpan inner(m_trace, Crossing::Notification, "pc", "OnStatus", {});
-    }
-    m_trace.Close();
-    const std::string diagram = ReadFile(m_folder / "diagram");
-    EXPECT_EQ(DiagramProblems(diagram), Problems{});
-    size_t shown = 0;
-    for (size_t place = diagram.find("OnStatus"); place != std::string::npos;
-         place = diagram.find("OnStatus", place + 1))
-    {
-        ++shown;
-    }
-    EXPECT_EQ(shown, 4u);
-    EXPECT_NE(diagram.find("Left out as repetitions - 6 x OnChanged\n"), std::string::npos) << diagram;
+    EXPECT_EQ(file.Count("open"), 1u);
 }
 
 TEST(Trace, AFileThatCannotBeWrittenIsAnError)
@@ -299,10 +374,15 @@ TEST(Trace, AFileThatCannotBeWrittenIsAnError)
     EXPECT_THROW(Trace({"", folder / "none" / "diagram"}), onlinehost::Error);
 }
 
-TEST(Trace, AFullDiskIsAnError)
+TEST(Trace, AFullDiskIsAnErrorAndTheOtherFileIsComplete)
 {
-    Trace trace({"/dev/full", ""});
+    const TemporaryFolder folder;
+    Trace trace({"/dev/full", folder / "diagram"});
+    {
+        const TraceSpan span(trace, {Crossing::HostCall, trace.AddComponent("pc"), "IPaasOnline::Login"});
+    }
     EXPECT_THROW(trace.Close(), onlinehost::Error);
+    EXPECT_NE(ReadFile(folder / "diagram").find("Login()\n"), std::string::npos);
 }
 
 TEST(Trace, TheDiagramAloneIsEnough)
@@ -310,9 +390,29 @@ TEST(Trace, TheDiagramAloneIsEnough)
     const TemporaryFolder folder;
     Trace trace({"", folder / "diagram"});
     {
-        const TraceSpan span(trace, Crossing::HostCall, "pc", "Login", {}, 1);
+        const TraceSpan span(trace, {Crossing::HostCall, trace.AddComponent("pc"), "IPaasOnline::Login"});
+        trace.Moment("log", "a line");
+        trace.Chapter("a chapter");
     }
-    trace.Moment("log", "a line");
     trace.Close();
-    EXPECT_NE(ReadFile(folder / "diagram").find("P1->>P2: Login()\n"), std::string::npos);
+    EXPECT_NE(ReadFile(folder / "diagram").find("Login()\n"), std::string::npos);
+}
+
+TEST(Trace, ADeviceThatWasNotRecordedIsAnErrorThatNamesThoseThatWere)
+{
+    const TemporaryFolder folder;
+    Trace trace({"", folder / "diagram", {.devices = {"pc", "tablet"}}});
+    trace.AddComponent("pc");
+    trace.AddComponent("phone");
+    trace.AddComponent("pc");
+    try
+    {
+        trace.Close();
+        FAIL() << "the unknown device is accepted";
+    }
+    catch (const onlinehost::Error& error)
+    {
+        EXPECT_STREQ(error.what(), "the diagram cannot show the device \"tablet\": the recorded devices are pc, phone");
+    }
+    EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
 }

@@ -26,6 +26,16 @@ ProgramResult RunDemo(const TemporaryFolder& folder, std::vector<std::string> ar
     return RunHost(all);
 }
 
+/// A diagram without the line breaks in its messages.
+std::string JoinLines(std::string diagram)
+{
+    for (size_t place = diagram.find("<br/>"); place != std::string::npos; place = diagram.find("<br/>"))
+    {
+        diagram.erase(place, 5);
+    }
+    return diagram;
+}
+
 /// What is told, without what differs from run to run: times, places and numbers that others choose.
 std::string Normalise(std::string text, const TemporaryFolder& folder)
 {
@@ -159,7 +169,7 @@ TEST(Demo, IsPlainInAPipe)
 TEST(Demo, TheTraceShowsTheCallsAndWhatTheyCaused)
 {
     const TemporaryFolder folder;
-    const ProgramResult result = RunDemo(folder, {"--trace", folder / "trace", "--diagram", folder / "diagram"});
+    const ProgramResult result = RunDemo(folder, {"--trace", folder / "trace"});
     ASSERT_EQ(result.exitCode, 0) << result.out;
     const TraceFile trace(folder / "trace");
     EXPECT_EQ(trace.Problems(), Problems{});
@@ -185,22 +195,114 @@ TEST(Demo, TheTraceShowsTheCallsAndWhatTheyCaused)
     EXPECT_EQ(count("IUserOnline::InviteUsers", "IUserOnlineNotify::OnInviteAccepted"), 29);
     EXPECT_EQ(count("IUserOnline::InviteUsers", "IUserOnlineNotify::OnInviteRejected"), 16);
 
-    std::vector<std::string> threads;
-    for (const auto& [thread, name] : trace.ThreadNames())
-    {
-        threads.push_back(name);
-    }
-    EXPECT_EQ(std::count(threads.begin(), threads.end(), "main"), 1);
-    EXPECT_EQ(std::count(threads.begin(), threads.end(), "platform"), 1);
-
-    const std::string diagram = ReadFile(folder / "diagram");
-    EXPECT_EQ(DiagramProblems(diagram), Problems{});
-    for (const char* text : {" as Host\n", " as Module of ben-tablet\n", " as Platform\n",
-                             ": IPaasOnline::Login(server=tcp:in-process, userid=2"})
-    {
-        EXPECT_NE(diagram.find(text), std::string::npos) << text;
-    }
     EXPECT_EQ(ReadFile(folder / "trace").find("token-of-"), std::string::npos);
+}
+
+TEST(Demo, EachComponentHasItsOwnTracksInTheTraceAndChaptersAreSlices)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunDemo(folder, {"--trace", folder / "trace"}).exitCode, 0);
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    const std::vector<std::string> tracks = trace.Tracks();
+    for (const char* track :
+         {"chapters/chapters", "anna-desktop/main", "anna-desktop/platform", "anna-desktop (2)/main", "ben-laptop/main",
+          "ben-laptop (2)/platform", "ben-tablet/main", "carla-phone/main"})
+    {
+        EXPECT_EQ(std::count(tracks.begin(), tracks.end(), track), 1) << track;
+    }
+    const std::vector<std::string> chapters = trace.Slices("chapters/chapters");
+    ASSERT_EQ(chapters.size(), 10u);
+    EXPECT_EQ(chapters.front(), "Two users, and a second device");
+    EXPECT_EQ(chapters.back(), "The module is unloaded");
+    const std::vector<std::string> calls = trace.Slices("ben-tablet/main");
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "IPaasOnline::Login"), 2);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), ".IZolConnection::Login"), 2);
+}
+
+TEST(Demo, TheDiagramIsFitForPeople)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunDemo(folder, {"--diagram", folder / "diagram"}).exitCode, 0);
+    const std::string diagram = JoinLines(ReadFile(folder / "diagram"));
+    EXPECT_EQ(DiagramProblems(diagram), Problems{});
+    EXPECT_LT(std::count(diagram.begin(), diagram.end(), '\n'), 300);
+    for (const char* text :
+         {" as Host\n", " as Module of ben-tablet", "user 2\n", " as Platform\n", " s  Login(user 2, force=true)\n",
+          " s  A connection drops and comes back\n", " s  created and set up (",
+          "OnLoginResult(36 (logged in on another device), conflictDeviceId=ben-laptop",
+          "OnInviteRejected(user 1003, invitation ", "2 (the invitee is offline)", "userName=Anna, meetingId=4711)",
+          "\u00d714\n", "\u00d729\n"})
+    {
+        EXPECT_NE(diagram.find(text), std::string::npos) << text << "\n" << diagram;
+    }
+    for (const char* text : {"AddListener", "AddNotify", "CreateComponent", "-->>", "= true"})
+    {
+        EXPECT_EQ(diagram.find(text), std::string::npos) << text;
+    }
+    const size_t drop = diagram.find("A connection drops");
+    const size_t left = diagram.find("OnUserLeaved(user 2)", drop);
+    ASSERT_NE(left, std::string::npos);
+    EXPECT_NE(diagram.find("OnUserJoined(user 2)", left), std::string::npos) << "the user never comes back";
+}
+
+TEST(Demo, TheDiagramShowsTheChosenDevicesAndSubjects)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(RunDemo(folder, {"--diagram", folder / "diagram", "--diagram-device", "anna-desktop,ben-laptop",
+                               "--diagram-subject", "messages", "--diagram-subject", "quality"})
+                  .exitCode,
+              0);
+    const std::string diagram = JoinLines(ReadFile(folder / "diagram"));
+    EXPECT_EQ(DiagramProblems(diagram), Problems{});
+    for (const char* text : {"Module of anna-desktop", "Module of ben-laptop", "OnUserMsgIncome(user 2, ",
+                             "msg=Is this seat taken?", "OnSubscribeAVQualityInfo()"})
+    {
+        EXPECT_NE(diagram.find(text), std::string::npos) << text << "\n" << diagram;
+    }
+    for (const char* text : {"carla-phone", "ben-tablet", "Login(", "InviteUsers", "JoinMeeting"})
+    {
+        EXPECT_EQ(diagram.find(text), std::string::npos) << text << "\n" << diagram;
+    }
+}
+
+TEST(Demo, UnknownDevicesAndSubjectsAreErrorsThatNameTheKnownOnes)
+{
+    const TemporaryFolder folder;
+    const ProgramResult subject =
+        RunDemo(folder, {"--diagram", folder / "diagram", "--diagram-subject", "login,weather"});
+    EXPECT_EQ(subject.exitCode, 2);
+    EXPECT_NE(subject.err.find("unknown subject \"weather\": the subjects are login, presence, invitations, meetings, "
+                               "messages, quality"),
+              std::string::npos)
+        << subject.err;
+    const ProgramResult device = RunDemo(folder, {"--diagram", folder / "diagram", "--diagram-device", "dora-phone"});
+    EXPECT_EQ(device.exitCode, 3);
+    EXPECT_NE(device.err.find("the diagram cannot show the device \"dora-phone\": the recorded devices are "
+                              "anna-desktop, ben-laptop, ben-tablet, carla-phone"),
+              std::string::npos)
+        << device.err;
+}
+
+TEST(Shell, WhatItAsksThePlatformItselfIsNotTheModulesCall)
+{
+    const TemporaryFolder folder;
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", folder / "trace",
+                                          "--diagram", folder / "diagram", "--user", "7"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const TraceFile trace(folder / "trace");
+    EXPECT_EQ(trace.Problems(), Problems{});
+    const auto count = [&](const char* name, const char* category)
+    {
+        return std::count_if(trace.Records().begin(), trace.Records().end(),
+                             [&](const TraceFile::Record& record)
+                             { return record.name == name && record.category == category; });
+    };
+    EXPECT_EQ(count("IZolTMsg::AddListener", "platform call"), 1);
+    EXPECT_EQ(count("IZolTMsg::AddListener", "host's platform call"), 1);
+    EXPECT_EQ(count("IZolTMsg::RemoveListener", "platform call"), 1);
+    EXPECT_EQ(count("IZolTMsg::RemoveListener", "host's platform call"), 1);
+    EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
 }
 
 TEST(Demo, TheTraceShowsTheLogWhenAsked)
@@ -221,8 +323,9 @@ TEST(Demo, ItsHelpIsComplete)
 {
     const ProgramResult result = RunHost({"demo", "--help"});
     EXPECT_EQ(result.exitCode, 0);
-    for (const char* text : {"--users", "--timeout", "--module", "--log", "--trace", "--trace-log", "--diagram",
-                             "Exit codes:", "50 to 1 000 000"})
+    for (const char* text :
+         {"--users", "--timeout", "--module", "--log", "--trace", "--trace-log", "--diagram", "--diagram-device",
+          "--diagram-subject", "login, presence, invitations", "Exit codes:", "50 to 1 000 000"})
     {
         EXPECT_NE(result.out.find(text), std::string::npos) << text;
     }
@@ -237,6 +340,8 @@ TEST(Demo, WrongOptionsAreWrongUsage)
              {"demo", "--users", "-1"},
              {"demo", "--timeout", "0"},
              {"demo", "--trace-log"},
+             {"demo", "--diagram-device", "anna-desktop"},
+             {"demo", "--diagram-subject", "login"},
              {"demo", "--colour"},
              {"demo", "something"},
          })
