@@ -21,6 +21,7 @@ namespace
 constexpr size_t kMostItems = 2'000; // an arrow takes 25 characters or more
 constexpr size_t kMostDevices = 60;
 constexpr size_t kIdsShown = 3;
+constexpr size_t kMostUsers = 1'000; // that one arrow stands for and may change its place with others
 constexpr size_t kLongestValue = 90;
 constexpr size_t kChaptersNamed = 5;
 constexpr char kMany[] = "\xC3\x97"; // the multiplication sign
@@ -173,6 +174,7 @@ public:
         {
             Keep(output, outputs);
         }
+        NoteUsers();
     }
 
     /// Whether this is the same event for another listener.
@@ -202,10 +204,9 @@ public:
     /// Whether both are about users, and not about the same one: then their order does not matter.
     bool IsAboutOthersThan(const Call& other) const
     {
-        std::set<std::string> mine;
-        std::set<std::string> theirs;
-        return CollectUsers(mine) && other.CollectUsers(theirs) && !mine.empty() && !theirs.empty() &&
-               std::none_of(mine.begin(), mine.end(), [&](const std::string& user) { return theirs.contains(user); });
+        return !users.empty() && !other.users.empty() && !isAboutMany && !other.isAboutMany &&
+               std::none_of(users.begin(), users.end(),
+                            [&other](const std::string& user) { return other.users.contains(user); });
     }
 
     /// Takes in a call that is alike and came later.
@@ -213,9 +214,7 @@ public:
     {
         count += later.count;
         end = later.end;
-        std::set<std::string> added;
-        isAboutMany = !later.CollectUsers(added) || isAboutMany;
-        moreUsers.insert(added.begin(), added.end());
+        NoteUsersOf(later);
         last = later.last.empty() ? std::move(later.arguments) : std::move(later.last);
         lastOutputs = later.lastOutputs.empty() ? std::move(later.outputs) : std::move(later.lastOutputs);
         for (size_t index = 0; index < children.size(); ++index)
@@ -241,7 +240,7 @@ public:
                 children.pop_back();
                 return;
             }
-            if (!earlier.IsAboutOthersThan(settled))
+            if (!settled.IsAboutOthersThan(earlier))
             {
                 return;
             }
@@ -329,11 +328,9 @@ private:
                (!hasMeaning || ValueText(left.value) == ValueText(right.value));
     }
 
-    /// The users that the call is about; false when it does not know all of them.
-    bool CollectUsers(std::set<std::string>& users) const
+    /// Notes the users that the call is about, with those of the calls inside it.
+    void NoteUsers()
     {
-        bool isComplete = !isAboutMany;
-        users.insert(moreUsers.begin(), moreUsers.end());
         for (const TraceArgument& argument : arguments)
         {
             const TraceList* const list = std::get_if<TraceList>(&argument.value);
@@ -344,14 +341,19 @@ private:
             else if (list != nullptr)
             {
                 users.insert(list->first.begin(), list->first.end());
-                isComplete = isComplete && list->size == list->first.size();
+                isAboutMany = isAboutMany || list->size != list->first.size();
             }
         }
         for (const auto& child : children)
         {
-            isComplete = child->CollectUsers(users) && isComplete;
+            NoteUsersOf(*child);
         }
-        return isComplete;
+    }
+
+    void NoteUsersOf(const Call& other)
+    {
+        users.insert(other.users.begin(), other.users.end());
+        isAboutMany = isAboutMany || other.isAboutMany || users.size() > kMostUsers;
     }
 
     static std::string ListOf(const TraceArguments& first, const TraceArguments& last)
@@ -378,8 +380,8 @@ private:
     TraceArguments last{}; ///< arguments of the last one of several
     TraceArguments lastOutputs{};
     std::set<const void*> receivers{};
-    std::set<std::string> moreUsers{}; ///< of the further ones
-    bool isAboutMany = false;          ///< about more users than are known
+    std::set<std::string> users{};
+    bool isAboutMany = false; ///< about more users than are noted
 };
 
 /// A line of the diagram's plan.
@@ -772,7 +774,7 @@ bool TraceDiagram::Merge(Items::iterator item)
         {
             return false;
         }
-        if (isOwn && !(isCall && (call.IsRead() || earlier->call->IsRead() || earlier->call->IsAboutOthersThan(call))))
+        if (isOwn && !(isCall && (call.IsRead() || earlier->call->IsRead() || call.IsAboutOthersThan(*earlier->call))))
         {
             return false;
         }

@@ -20,27 +20,11 @@ using namespace onlinemanager;
 namespace
 {
 
-TraceCode Code(int64_t value, const char* meaning)
+/// An empty meaning is not shown.
+TraceCode Code(int64_t value, std::string_view meaning)
 {
-    return {value, std::to_string(value) + (meaning != nullptr ? " (" + std::string(meaning) + ")" : "")};
-}
-
-const char* CancelMeaning(int64_t reason)
-{
-    switch (reason)
-    {
-    case ZOL_INVITE_CANCEL_BY_INVITER:
-        return "withdrawn by the inviter";
-    case ZOL_INVITE_CANCEL_ANSWERED_ELSEWHERE:
-        return "answered on another terminal";
-    default:
-        return nullptr;
-    }
-}
-
-const char* RejectionMeaning(int64_t reason)
-{
-    return reason == REJECT_INVITATION_DECLINED ? "declined" : nullptr;
+    const std::string number = std::to_string(value);
+    return {value, meaning.empty() ? number : number + " (" + std::string(meaning) + ")"};
 }
 
 struct NamedGuid
@@ -76,24 +60,24 @@ std::string FailureText(int64_t value)
     return found != kFailures.end() ? number + " (" + found->second + ")" : number;
 }
 
-/// Operations by which somebody is asked whether a lost connection is to be restored.
+/// Whether the operation asks if a lost connection is to be restored.
 bool IsReconnectionQuestion(std::string_view name)
 {
     return name == "IReconnectionStrategy::CheckReconnect" || name == "IZolConnectionListener::OnReconnectStart";
 }
 
-const char* ReconnectionMeaning(int64_t answer)
+std::string_view ReconnectionMeaning(int64_t answer)
 {
     switch (answer)
     {
-    case 0:
+    case ZOL_RECONNECT_UNDECIDED:
         return "undecided";
-    case 1:
+    case ZOL_RECONNECT_GO_ON:
         return "reconnect";
-    case 2:
+    case ZOL_RECONNECT_STOP:
         return "stop";
     default:
-        return nullptr;
+        return "";
     }
 }
 
@@ -122,34 +106,22 @@ TraceCode MeaningOf(ZolPortErrCode code)
 
 TraceCode MeaningOf(ZolInviteRejectReason reason)
 {
-    switch (reason)
-    {
-    case ZOL_INVITE_REJECT_DECLINED:
-        return Code(reason, "declined");
-    case ZOL_INVITE_REJECT_OFFLINE:
-        return Code(reason, "the invitee is offline");
-    default:
-        return Code(reason, nullptr);
-    }
+    return Code(reason, RejectReasonText(static_cast<uint32_t>(reason)));
 }
 
 TraceCode MeaningOf(InviteAbandonedReason reason)
 {
-    if (reason < INVITE_ABANDONED_REJECTED)
-    {
-        return Code(reason, CancelMeaning(reason));
-    }
-    return Code(reason, "declined with all others");
+    return Code(reason, AbandonReasonText(reason));
 }
 
 TraceCode MeaningOf(ZolInviteCancelReason reason)
 {
-    return Code(reason, CancelMeaning(reason));
+    return Code(reason, AbandonReasonText(static_cast<uint32_t>(reason)));
 }
 
 TraceCode MeaningOf(RejectInvitationReason reason)
 {
-    return Code(reason, RejectionMeaning(reason));
+    return Code(reason, reason == REJECT_INVITATION_DECLINED ? "declined" : "");
 }
 
 TraceCode MeaningOf(TunnelType type)
@@ -161,7 +133,7 @@ TraceCode MeaningOf(TunnelType type)
     case TUNNEL_TYPE_GW:
         return Code(type, "gateway");
     default:
-        return Code(type, nullptr);
+        return Code(type, "");
     }
 }
 
@@ -176,13 +148,13 @@ TraceCode MeaningOf(ConnectProperty key)
     case CONNECT_PROPERTY_CONFLICT_DEVICE_ID:
         return Code(key, "id of the other device");
     default:
-        return Code(key, nullptr);
+        return Code(key, "");
     }
 }
 
 TraceCode MeaningOfStatus(int32_t status)
 {
-    return Code(status, status == 1 ? "online" : status == 0 ? "offline" : nullptr);
+    return Code(status, status == 1 ? "online" : status == 0 ? "offline" : "");
 }
 
 std::string GuidName(const GUID& guid)

@@ -287,7 +287,7 @@ TEST_F(TraceDiagramTest, IdentifiersAndCodesHaveNames)
              Platform(kMain, "IZolConnection::JoinGroup", {{"groupId", "6d656574-696e-672e-6f6e-6c696e652e31"}});
          });
     EXPECT_EQ(Drawn(), (Lines{"P3->>P2: OnLoginResult(36 (logged in on another device))",
-                              "P3->>P2: OnInviteRejected(user 3, invitation 9, 2 (the invitee is offline))",
+                              "P3->>P2: OnInviteRejected(user 3, invitation 9, 2 (the user is offline))",
                               "P1->>P2: JoinMeeting(meeting 6d656574\u2026, 2 (gateway))",
                               "P2->>P3: JoinGroup(meeting 6d656574\u2026)"}));
 }

@@ -231,7 +231,7 @@ TEST(Demo, TheDiagramIsFitForPeople)
          {" as Host\n", " as Module of ben-tablet", "user 2\n", " as Platform\n", " s  Login(user 2, force=true)\n",
           " s  A connection drops and comes back\n", " s  created and set up (",
           "OnLoginResult(36 (logged in on another device), conflictDeviceId=ben-laptop",
-          "OnInviteRejected(user 1003, invitation ", "2 (the invitee is offline)", "userName=Anna, meetingId=4711)",
+          "OnInviteRejected(user 1003, invitation ", "2 (the user is offline)", "userName=Anna, meetingId=4711)",
           "\u00d714\n", "\u00d729\n"})
     {
         EXPECT_NE(diagram.find(text), std::string::npos) << text << "\n" << diagram;
