@@ -71,7 +71,7 @@ std::string DescribeOffline(const Event& event)
     {
         return "went offline: " + CodeMeaning(event.code);
     }
-    // The answer to a host that asks for the state anew.
+    // `IPaasOnline::TriggerNotify` sends this code while no login stands.
     if (event.code == avcore::ZOL_PORT_NOT_LOGGED_IN)
     {
         return "is not logged in";

@@ -23,14 +23,14 @@ namespace
 using namespace onlinemanager;
 
 constexpr char kGroup[] = "On the service";
-constexpr size_t kMostUsers = 20; ///< that `who` lists one by one unless asked for all
+constexpr size_t kMostUsers = 20; ///< `who` and `members` list at most so many, unless all are wanted
 
 std::string Because(const std::string& reason)
 {
     return reason.empty() ? "" : " (" + reason + ")";
 }
 
-/// Ends the command for something that the module refused at once.
+/// Ends the command because the module refused its operation at once.
 [[noreturn]] void Refuse(Shell& shell, ShellTerminal& device)
 {
     const std::string reason = shell.World().TakeFailure();
@@ -76,7 +76,8 @@ public:
             throw ShellFailure(EXIT_REFUSED,
                                "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
         }
-        // The presence service is told after all listeners and refuses until then; its own refresh says that it was told.
+        // The module tells its presence service of the login after all listeners. That service refuses every operation until
+        // then, and starts a refresh when it is told; the result of the refresh shows that it was told.
         Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
@@ -235,7 +236,7 @@ public:
         }
         if (inviteId == 0)
         {
-            m_shell.Say("invites no other user, so there is no invitation id");
+            m_shell.Say("invites nobody but this user, so nothing is sent");
             return;
         }
         device.sent[inviteId] = {ids};
@@ -408,7 +409,7 @@ public:
             throw ShellFailure(EXIT_REFUSED,
                                "there is no terminal " + Printable(name) + "; \"as\" lists the terminals");
         }
-        const std::string said = "forgets " + device->Name() + (device->isLoggedIn ? ", which ends its login" : "");
+        const std::string said = "forgets " + device->Name() + (device->isLoggedIn ? " and ends its login" : "");
         if (device == m_shell.CurrentDevice())
         {
             m_shell.SetDevice(nullptr);
@@ -549,7 +550,7 @@ private:
         return meeting == nullptr ? 0 : meeting->roomId;
     }
 
-    /// "; 2 accepted, 1 declined, 1 offline, 3 have not answered"
+    /// "; 2 accepted, 1 declined, 1 offline, 3 without an answer"
     static std::string Answers(const ShellTerminal::Sent& invitation)
     {
         size_t open = invitation.users.size();
@@ -586,7 +587,7 @@ private:
         }
     }
 
-    /// Users that the module does not know any more, after a refresh of others for example, are not known here either.
+    /// Removes the users that the module does not know any more, after a refresh of other users for example.
     static void Forget(ShellTerminal& device, std::vector<UserOnlineInfo>& users)
     {
         std::erase_if(users,
@@ -647,8 +648,8 @@ void AddOnlineCommands(Shell& shell)
          {"mutex", Form::Option},
          {"company", Form::Option, Kind::Number},
          {"type", Form::Option, Kind::Number}},
-        "Log a terminal in, and go on as that one",
-        "TERMINAL is USER or USER@DEVICE; without it the present one logs in. What is given stays for its later "
+        "Log a terminal in, and make it the present one",
+        "TERMINAL is USER or USER@DEVICE; without it the present one logs in. The options stay for its later "
         "logins.\n"
         "Two terminals of a user whose mutex texts are the same shut each other out, and force decides for the new "
         "one;\n"
@@ -656,21 +657,22 @@ void AddOnlineCommands(Shell& shell)
         call(&OnlineCommands::Login));
     add("logout", {}, "Log the present terminal out", "", call(&OnlineCommands::Logout));
     add("as", {{"TERMINAL", Form::Optional, Kind::Terminal}, {"COMMAND", Form::Any, Kind::Line}},
-        "Go on as another terminal, or run one command as that one",
-        "Without arguments it lists the terminals. A terminal that does not exist yet is made, and is offline.\n",
+        "Make another terminal the present one, or run one command as that one",
+        "Without arguments it lists the terminals. A terminal that does not exist yet is made; it is offline.\n",
         call(&OnlineCommands::As));
     add("forget", {{"TERMINAL", Form::Optional, Kind::Terminal}}, "Destroy a terminal with its component",
         "Without TERMINAL it is the present one. A login that stands ends.\n", call(&OnlineCommands::ForgetTerminal));
     add("who", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"online", Form::Flag}},
         "Show what the module knows of users",
-        "Without users it shows the known ones, the first " + std::to_string(kMostUsers) +
+        "Without USER it shows all that it knows, the first " + std::to_string(kMostUsers) +
             " unless all are wanted. See also: refresh, watch.\n",
         call(&OnlineCommands::Who));
     add("refresh", {{"USER", Form::Any, Kind::Users}}, "Have the module ask for the status of the whole company again",
-        "With users only they are asked for, and on purpose they are all that the module then knows.\n",
+        "With USER it asks for these users only. The module then forgets all others; that is on purpose.\n",
         call(&OnlineCommands::Refresh));
     add("watch", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"off", Form::Flag}},
-        "Show in full how users change", "", call(&OnlineCommands::Watch));
+        "Show the whole status of users when they change", "all means all users; off ends it.\n",
+        call(&OnlineCommands::Watch));
     add("custom", {{"TEXT", Form::Optional, Kind::Text}}, "Publish a text with the terminal, or show the present one",
         "", call(&OnlineCommands::Custom));
     add("invite",
@@ -680,11 +682,11 @@ void AddOnlineCommands(Shell& shell)
          {"name", Form::Option},
          {"force", Form::Flag}},
         "Invite users to a meeting",
-        "USER may be a range, such as 2..46. The meeting is the one that the terminal is in, unless meeting names "
+        "USER may be a range, such as 2..46. The meeting is the one that the terminal is in, unless meeting= names "
         "another.\n",
         call(&OnlineCommands::Invite));
     add("invitations", {}, "List the invitations that came in and those that went out, with their answers",
-        "An accepted invitation stays in the list, because it can still be withdrawn, and declined after all.\n",
+        "An accepted invitation stays in the list: it can still be withdrawn, and \"decline\" takes the answer back.\n",
         call(&OnlineCommands::Invitations));
     add("accept", {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
         "Accept an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, true); });
@@ -697,13 +699,13 @@ void AddOnlineCommands(Shell& shell)
         "withdrawn.\n",
         call(&OnlineCommands::DeclineAll));
     add("abandon", {{"INVITATION", Form::One, Kind::Sent}, {"USER", Form::Any, Kind::Users}},
-        "Withdraw an invitation that went out", "Without users it is withdrawn from all that were invited.\n",
+        "Withdraw an invitation that went out", "Without USER it is withdrawn from all invitees.\n",
         call(&OnlineCommands::Abandon));
     add("join", {{"MEETING", Form::One, Kind::Meeting}, {"gateway", Form::Flag}}, "Join a meeting",
-        "MEETING is a number or a GUID. The way over the gateway needs no login.\n", call(&OnlineCommands::Join));
+        "MEETING is a number or a GUID. Joining over the gateway needs no login.\n", call(&OnlineCommands::Join));
     add("leave", {{"gateway", Form::Flag}}, "Leave the meeting", "", call(&OnlineCommands::Leave));
-    add("members", {{"all", Form::Flag}}, "List who is in the meeting",
-        "The module tells who joins and who leaves; the list is made of that. It shows the first " +
+    add("members", {{"all", Form::Flag}}, "List the users in the meeting",
+        "The list comes from the notifications of users that join and leave. It shows the first " +
             std::to_string(kMostUsers) + " users unless all are wanted.\n",
         call(&OnlineCommands::Members));
     add("quality",
@@ -717,7 +719,9 @@ void AddOnlineCommands(Shell& shell)
         "The module sends the reports that the monitoring service has asked for. See also: monitor.\n",
         call(&OnlineCommands::Quality));
     add("reconnect", {{"DECISION", Form::One, Kind::Word, {"yes", "no", "undecided"}}},
-        "Decide whether a lost connection is restored", "", call(&OnlineCommands::Reconnect));
+        "Decide whether a lost connection is restored",
+        "Terminals begin with yes. With undecided it is restored too, but nothing reports that the attempt starts.\n",
+        call(&OnlineCommands::Reconnect));
     add("trace", {{"FILE", Form::Optional}, {"diagram", Form::Option}, {"off", Form::Flag}},
         "Start or stop recording what crosses the module's boundary",
         "FILE gets a trace, diagram a sequence diagram; both are complete at \"trace off\" or at the end of the shell. "

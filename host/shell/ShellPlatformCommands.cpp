@@ -20,7 +20,7 @@ namespace
 using platform::CrowdScript;
 using Answer = CrowdScript::Answer;
 
-constexpr char kGroup[] = "Around you, on the in-process platform";
+constexpr char kGroup[] = "The simulated environment";
 constexpr uint32_t kFirstColleague = 1001;
 
 [[noreturn]] void Refuse(const std::string& text)
@@ -331,7 +331,7 @@ void AddPlatformCommands(Shell& shell)
           {"online", "offline", "vanish", "accept", "decline", "ignore", "join", "leave", "custom", "terminal",
            "no-terminal"}},
          {"VALUE", Form::Optional}},
-        "Have members of the company do something",
+        "Have simulated colleagues do something",
         "accept, decline and ignore are for invitations to come; vanish ends without leaving the meeting first. VALUE "
         "is the\n"
         "meeting to join or leave, the custom text, or the device of another terminal.\n",
@@ -339,7 +339,7 @@ void AddPlatformCommands(Shell& shell)
     add("message",
         {{"USER", Form::One, Kind::User}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
         "Send a message to all terminals of a user",
-        "It comes from the present user unless from names another. The module only logs messages in this version; the "
+        "The sender is the present user unless from= names another. The module only logs messages in this version; the "
         "shell\n"
         "shows what arrives at the connection that it shares with the module.\n",
         &PlatformCommands::Message);
@@ -358,16 +358,17 @@ void AddPlatformCommands(Shell& shell)
     add("drop",
         {{"TERMINAL", Form::Optional, Kind::Terminal}, {"for", Form::Option, Kind::Duration}, {"forever", Form::Flag}},
         "Cut a terminal's connection",
-        "Without for or forever the network is there again at once. USER alone means all of the user's terminals; the\n"
+        "Without for or forever the connection can be restored at once. USER alone means all of the user's terminals; "
+        "the\n"
         "connection to the gateway is the device \"gateway\".\n",
         &PlatformCommands::Drop);
     add("restore", {}, "End all outages", "", &PlatformCommands::Restore);
     add("refuse", {{"CODE", Form::One, Kind::Number, {}, INT32_MAX}, {"USER", Form::Optional, Kind::User}},
         "Have the service refuse logins with a code", "Without USER it refuses all users.\n",
         &PlatformCommands::RefuseLogins);
-    add("allow", {{"USER", Form::Optional, Kind::User}}, "End what refuse began for the same USER", "",
+    add("allow", {{"USER", Form::Optional, Kind::User}}, "Accept logins again after refuse, with the same USER", "",
         &PlatformCommands::AllowLogins);
-    add("sessions", {}, "List the logins as the platform sees them", "", &PlatformCommands::Sessions);
+    add("sessions", {}, "List the logins that the platform knows", "", &PlatformCommands::Sessions);
 }
 
 } // namespace host

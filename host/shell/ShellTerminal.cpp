@@ -17,8 +17,8 @@ using namespace onlinehost;
 
 using namespace onlinemanager;
 
-/// Listens for messages at the platform connection that the host shares with the module: the module's own channel only
-/// logs them.
+/// Listens for messages on the platform connection that the module shares with the host, because the module itself only
+/// logs messages.
 class ShellTerminal::Messages final : public avcore::IZolTMsgListener
 {
 public:
@@ -157,7 +157,7 @@ void ShellTerminal::Note(const Event& event)
         break;
     case EventKind::UserStatusChanged:
         known.insert(event.userIds.begin(), event.userIds.end());
-        known.erase(0); // stands for ids that the module could not read
+        known.erase(0); // the module reports 0 for an id that is not a number
         break;
     case EventKind::InviteIncome:
         received.insert_or_assign(event.requestId, Received{event.userId});
@@ -205,7 +205,7 @@ void ShellTerminal::NoteAnswer(const Event& event)
         return;
     }
     Sent& invitation = found->second;
-    // Who accepted can still decline.
+    // An invitee that accepted can still decline.
     invitation.accepted.erase(event.userId);
     std::set<uint32_t>& answers = event.kind == EventKind::InviteAccepted             ? invitation.accepted
                                   : event.reason == avcore::ZOL_INVITE_REJECT_OFFLINE ? invitation.offline

@@ -72,7 +72,7 @@ public:
     /// [any] What the module knows of users now, in the order of `ids`.
     std::vector<onlinemanager::UserOnlineInfo> Query(const std::vector<unsigned>& ids);
 
-    onlinemanager::LoginParam login; ///< of the next login, or of the one that stands
+    onlinemanager::LoginParam login; ///< of the present login, or of the next
     bool isLoggedIn = false;
     bool isMeasured = false; ///< the monitoring service wants quality reports
     bool watchesAll = false;
@@ -82,13 +82,14 @@ public:
     std::map<uint32_t, Sent> sent;
     std::map<onlinemanager::TunnelType, Meeting> meetings; ///< by the tunnel that carries them
 
-    /// The meeting that the terminal is in, the one of the session when it is in two; null when it is in none.
+    /// The meeting that the terminal is in; null when it is in none. Of two, the one that the session's tunnel carries.
     const Meeting* Joined() const;
 
 private:
     class Messages;
 
-    /// [any] The event as the shell shows it. Asks the module how the users are that changed, before they change again.
+    /// [any] Makes the shell's event of a notification. Call it inside the notification: it asks the module for the users that
+    /// changed, and later they may have changed again.
     ShellEvent Understand(onlinehost::Event event);
 
     void NoteMember(const onlinehost::Event& event);

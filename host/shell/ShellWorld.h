@@ -28,13 +28,14 @@ class ShellWorld
 public:
     struct Options
     {
-        std::string module;              ///< empty: where the program finds it
-        onlinemanager::LoginParam login; ///< what terminals begin with; without a mutual-exclusion tag it is the device
+        std::string module; ///< file of the module; empty = where `FindModule` finds it
+        onlinemanager::LoginParam
+            login; ///< initial values of terminals; an empty mutual-exclusion tag becomes the device
         std::string caFile;
         std::chrono::milliseconds timeLimit{10'000};
     };
 
-    /// What is handed over must outlive the world; `trace` records from the beginning and may be null. `Error` when the
+    /// The arguments must outlive the world. `trace` records all terminals from the beginning; it may be null. `Error` when the
     /// module cannot be loaded.
     ShellWorld(const Options& options, ShellInbox& inbox, onlinehost::LogCenter& log, Trace* trace);
 
@@ -53,7 +54,7 @@ public:
         return m_log;
     }
 
-    /// The user's terminal, which is made when there is none yet; with an empty device the user's first one.
+    /// The user's terminal with this device, or with an empty device the user's first one. Makes it when there is none.
     ShellTerminal& Device(uint32_t userId, const std::string& device);
 
     const std::vector<std::unique_ptr<ShellTerminal>>& Devices() const
@@ -78,10 +79,11 @@ public:
     /// Whether `StartTrace` records something.
     bool IsOwnTraceRunning() const;
 
-    /// Sends the present company home; the new one is still offline. `ShellFailure` when the ids run out.
+    /// Takes the present company offline and puts a new one in its place, which is still offline. `ShellFailure` when the user
+    /// ids exceed the largest one.
     void SetCompany(const platform::CrowdOptions& options);
 
-    /// Null when there is none.
+    /// The simulated colleagues; null when there are none.
     platform::Crowd* Company()
     {
         return m_company.get();

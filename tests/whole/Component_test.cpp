@@ -127,7 +127,7 @@ TEST_F(SessionTest, ALoginThatNeverStoodDoesNotGoOffline)
 TEST_F(SessionTest, ALoginAfterAStoppedReconnectionIsANewOne)
 {
     const std::unique_ptr<Component> session = MakeLoggedIn("pc");
-    session->SetReconnection(Component::Reconnection::Stop);
+    session->SetReconnection(avcore::ZOL_RECONNECT_STOP);
     ASSERT_EQ(m_platform.GetFaults().DropConnections("1001"), 1u);
     WaitFor(*session, EventKind::ReconnectFail);
     m_platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_REFUSED);
