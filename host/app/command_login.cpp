@@ -129,7 +129,7 @@ public:
         const int exitCode = isInterrupted ? m_interruption.ExitCode() : result;
         if (m_options.json)
         {
-            m_out.Line(Start(JsonLine(), "result").Number("exitCode", exitCode).Take());
+            Line(Start(JsonLine(), "result").Number("exitCode", exitCode).Take());
         }
         return exitCode;
     }
@@ -195,11 +195,18 @@ private:
     {
         if (m_options.json)
         {
-            m_out.Line(EventJson(m_options.login.device, event));
+            Line(EventJson(m_options.login.device, event));
             return;
         }
         const bool isBad = event.kind == EventKind::Offline && event.code != onlinemanager::ERR_SUCCESS;
         WriteText(m_out.Paint(isBad ? Tone::Bad : Tone::Good, Describe(event)), event.time);
+    }
+
+    /// Flushed, so that a login can be followed through a pipe.
+    void Line(std::string_view text) const
+    {
+        m_out.Line(text);
+        m_out.Flush();
     }
 
     /// Begins a line, which is a temporary object of the caller's expression.
@@ -212,7 +219,7 @@ private:
     {
         if (m_options.json)
         {
-            m_out.Line(Start(JsonLine(), type).Text("source", m_options.login.device).Text("text", text).Take());
+            Line(Start(JsonLine(), type).Text("source", m_options.login.device).Text("text", text).Take());
             return;
         }
         WriteText(tone == Tone::Bad ? m_out.Paint(tone, text) : text, std::chrono::system_clock::now());
@@ -220,8 +227,8 @@ private:
 
     void WriteText(const std::string& text, std::chrono::system_clock::time_point time)
     {
-        m_out.Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
-                   m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
+        Line(m_out.Paint(Tone::Quiet, ClockText(time)) + "  " +
+             m_out.Paint(Tone::Strong, Printable(m_options.login.device)) + " " + text);
     }
 
     void Warn(std::string_view text)
@@ -267,12 +274,12 @@ private:
                                  Printable(custom.value_or("")) + "\"";
         if (m_options.json)
         {
-            m_out.Line(Start(JsonLine(), "conflict")
-                           .Text("source", m_options.login.device)
-                           .Text("device", *device)
-                           .Text("custom", custom.value_or(""))
-                           .Text("text", text)
-                           .Take());
+            Line(Start(JsonLine(), "conflict")
+                     .Text("source", m_options.login.device)
+                     .Text("device", *device)
+                     .Text("custom", custom.value_or(""))
+                     .Text("text", text)
+                     .Take());
             return;
         }
         Tell(text);
