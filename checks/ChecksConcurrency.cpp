@@ -129,8 +129,8 @@ CONTRACT_CHECK(Concurrency, LoginsAndReconnectionsMayComeWhileTheHostWorksWithTh
         },
     });
     stage.AwaitModuleThreads();
-    check.ExpectEqual(kRounds, stage.journal.Count("S.OnOffline(50002)"), "logouts that were told");
-    check.ExpectEqual(kRounds, stage.journal.Count("S.OnReconnectSucess(1)"), "reconnections that were told");
+    check.ExpectEqual(kRounds, stage.journal.Count("S.OnOffline(50002)"), "reported logouts");
+    check.ExpectEqual(kRounds, stage.journal.Count("S.OnReconnectSucess(1)"), "reported reconnections");
 }
 
 CONTRACT_CHECK(Concurrency, PresenceMayChangeWhileTheHostAsksForIt,
@@ -200,9 +200,9 @@ CONTRACT_CHECK(Concurrency, InvitationsMayComeAndBeAnsweredWhileTheHostInvitesAn
     });
     rejectAll(0);
     constexpr int kReceived = 2 * kRounds;
-    check.ExpectEqual(kReceived, stage.journal.Count("U.OnInviteIncome("), "invitations that were told");
+    check.ExpectEqual(kReceived, stage.journal.Count("U.OnInviteIncome("), "reported invitations");
     check.ExpectEqual(kReceived, stage.journal.Count("online1.RejectInvite("), "rejections");
-    check.ExpectEqual(kReceived, stage.journal.Count("U.OnAbandonInvite("), "rejections that were told");
+    check.ExpectEqual(kReceived, stage.journal.Count("U.OnAbandonInvite("), "reported rejections");
     check.ExpectEqual(0, stage.journal.Count("U.OnInviteAccepted(8, 0)"), "answers that lost their invitation");
 }
 
@@ -298,7 +298,7 @@ CONTRACT_CHECK(Concurrency, TheFirstMessagesMayComeAtTheSameTime,
             thread.join();
         }
         check.ExpectEqual(2, stage.journal.Count("MsgIncome srcUserId:1"), "messages in the log");
-        check.ExpectEqual(1, stage.journal.Count("M.OnSubscribeAVQualityInfo()"), "subscriptions told");
+        check.ExpectEqual(1, stage.journal.Count("M.OnSubscribeAVQualityInfo()"), "reported subscriptions");
     }
 }
 

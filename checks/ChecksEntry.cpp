@@ -526,7 +526,8 @@ CONTRACT_CHECK(
     check.ExpectEqual(S_OK, stage.manager->QueryInterface(IID_IUnknown, &out), "query for IUnknown");
     check.ExpectEqual(1, static_cast<IUnknown*>(out)->Release(), "references left");
     out = &stage;
-    check.ExpectEqual(E_NOINTERFACE, stage.manager->QueryInterface(IID_ILogCenter, &out), "query for a stranger");
+    check.ExpectEqual(E_NOINTERFACE, stage.manager->QueryInterface(IID_ILogCenter, &out),
+                      "query for an unknown interface");
     check.ExpectEqual(nullptr, out, "what a stranger gets");
     for (const GUID& iid : {IID_OnlineManager, IID_IUnknown, kStrangeId})
     {

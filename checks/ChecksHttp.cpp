@@ -180,7 +180,7 @@ CONTRACT_CHECK(Http, ACompletionForAnUnknownIdIsIgnored,
 {
     Transport transport(check);
     std::future<std::string> answer = transport.StartGet("http://x", 1);
-    transport.stage.http.Complete(99, 200, "nobody's");
+    transport.stage.http.Complete(99, 200, "unknown");
     transport.stage.http.Complete(1, 200, "mine");
     check.ExpectEqual("mine", answer.get(), "HttpGet");
     transport.stage.http.Complete(1, 200, "late");
@@ -294,7 +294,7 @@ CONTRACT_CHECK(Http, ManyThreadsMaySendRequests,
         {
             for (int round = 0; round < kRequests; ++round)
             {
-                transport.helper->HttpClose("http://x/nobody");
+                transport.helper->HttpClose("http://x/unknown");
             }
         });
     for (std::thread& thread : threads)

@@ -435,7 +435,7 @@ CONTRACT_CHECK(Invitations, AnInviteIdThatComesInAgainKeepsItsFirstInviter,
     InvitationStage stage(check);
     stage.Receive("5", 901);
     stage.Online().InviteIncome("6", 901, "7", "{}");
-    check.ExpectEqual(1U, stage.journal.Count("U.OnInviteIncome(6, 901"), "told");
+    check.ExpectEqual(1U, stage.journal.Count("U.OnInviteIncome(6, 901"), "reported invitations");
     stage.journal.Clear();
     stage.users->RejectAllInvite(static_cast<RejectInvitationReason>(2), {});
     stage.ExpectJournal({
@@ -563,7 +563,7 @@ CONTRACT_CHECK(Invitations, RejectAllInviteEmptiesTheTableWhateverThePlatformAns
                       "RejectAllInvite");
     check.ExpectEqual(30U, stage.journal.Count("online1.RejectInvite("), "rejections");
     check.ExpectEqual(30U, stage.journal.Count("U.OnAbandonInvite("), "reports");
-    check.ExpectEqual(0U, stage.journal.Count("failed"), "failures told");
+    check.ExpectEqual(0U, stage.journal.Count("failed"), "reported failures");
     stage.journal.Clear();
     check.ExpectEqual(true, stage.users->RejectAllInvite(static_cast<RejectInvitationReason>(0), {}),
                       "RejectAllInvite once more");
@@ -639,7 +639,7 @@ CONTRACT_CHECK(Invitations, NamesOutsideAsciiTravelAsEscapesAndComeBack,
     check.ExpectEqual(1U, stage.journal.Count(json), "invitations sent");
     stage.journal.Clear();
     stage.Online().InviteIncome("5", 901, "0", json.c_str());
-    check.ExpectEqual(1U, stage.journal.Count("name=\"" + data.userName + "\""), "invitations told");
+    check.ExpectEqual(1U, stage.journal.Count("name=\"" + data.userName + "\""), "reported invitations");
 }
 
 } // namespace checks

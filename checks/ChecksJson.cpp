@@ -70,7 +70,7 @@ struct Messages
                 return entry.text.substr(begin.size(), entry.text.size() - begin.size() - 1);
             }
         }
-        return "not told";
+        return "not reported";
     }
 
     /// The terminal type that the module reads from a terminal's extension text.

@@ -118,9 +118,9 @@ CONTRACT_CHECK(Login, EmptyTextsArePassedAsEmptyTexts, "Only the user and the se
 CONTRACT_CHECK(Login, UserId0OrAnEmptyServerLogsOnlyTheEntry, "Login returns false after its \"Login()\" line.")
 {
     Online online(check);
-    LoginParam nobody = Stage::Param();
-    nobody.userid = 0;
-    check.ExpectEqual(false, online.session->Login(nobody, false), "Login of user 0");
+    LoginParam user0 = Stage::Param();
+    user0.userid = 0;
+    check.ExpectEqual(false, online.session->Login(user0, false), "Login of user 0");
     check.ExpectEqual(false, online.session->Login(ParamFor(""), true), "Login without a server");
     online.stage.ExpectJournal({Session("Login()"), Session("Login()")});
 }

@@ -73,7 +73,7 @@ CONTRACT_CHECK(ModuleFile, NeedsOnlyTheSystemLibraries,
     const SharedObject file(check.ModulePath());
     if (IsSanitized(file))
     {
-        throw CheckLeftOut{"the module is built with a sanitizer, which brings libraries of its own"};
+        throw CheckLeftOut{"the module is built with a sanitizer, which adds its own libraries"};
     }
     const std::set<std::string> system = {"libc.so.6", "libm.so.6", "libgcc_s.so.1", "libstdc++.so.6"};
     check.Expect(file.needed.contains("libc.so.6"), "libc.so.6 is needed");

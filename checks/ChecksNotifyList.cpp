@@ -25,11 +25,11 @@ struct Listeners
     }
 
     /// The notifications since the last call, without log lines.
-    void ExpectTold(const std::vector<std::string>& expected, Where where = Where::Here())
+    void ExpectNotifications(const std::vector<std::string>& expected, Where where = Where::Here())
     {
-        std::vector<JournalEntry> told = stage.journal.Take();
-        std::erase_if(told, [](const JournalEntry& entry) { return entry.text.starts_with("log "); });
-        stage.check.ExpectLines(expected, told, where);
+        std::vector<JournalEntry> entries = stage.journal.Take();
+        std::erase_if(entries, [](const JournalEntry& entry) { return entry.text.starts_with("log "); });
+        stage.check.ExpectLines(expected, entries, where);
     }
 
     Stage stage;
@@ -55,8 +55,8 @@ public:
     std::atomic<int> calls{0};
 };
 
-/// A removes itself and B, has the list cleared by a delivery of its own, and appends C.
-void ExpectOnlyTheAppendedIsTold(Listeners& list)
+/// A removes itself and B, starts another delivery, which drops their entries, and then adds C.
+void ExpectOnlyTheAddedListenerIsCalled(Listeners& list)
 {
     list.session->AddNotify(&list.a);
     list.session->AddNotify(&list.b);
@@ -72,7 +72,7 @@ void ExpectOnlyTheAppendedIsTold(Listeners& list)
         }
     };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "C.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "C.OnOffline(1)"});
 }
 
 } // namespace
@@ -85,7 +85,7 @@ CONTRACT_CHECK(NotifyList, DeliversInOrderOfFirstRegistration,
     list.session->AddNotify(&list.a);
     list.session->AddNotify(&list.c);
     list.Deliver(1);
-    list.ExpectTold({"[platform] B.OnOffline(1)", "[platform] A.OnOffline(1)", "[platform] C.OnOffline(1)"});
+    list.ExpectNotifications({"[platform] B.OnOffline(1)", "[platform] A.OnOffline(1)", "[platform] C.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, NullAndUnknownListenersAreIgnored,
@@ -99,7 +99,7 @@ CONTRACT_CHECK(NotifyList, NullAndUnknownListenersAreIgnored,
     list.session->RemoveNotify(&list.c);
     list.session->RemoveNotify(nullptr);
     list.Deliver(1);
-    list.ExpectTold({"B.OnOffline(1)"});
+    list.ExpectNotifications({"B.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerAddedTwiceIsCalledOnce, "There are no duplicates.")
@@ -108,7 +108,7 @@ CONTRACT_CHECK(NotifyList, AListenerAddedTwiceIsCalledOnce, "There are no duplic
     list.session->AddNotify(&list.a);
     list.session->AddNotify(&list.a);
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AddedTwiceAndRemovedOnceAListenerIsUnregistered, "One removal is enough.")
@@ -118,7 +118,7 @@ CONTRACT_CHECK(NotifyList, AddedTwiceAndRemovedOnceAListenerIsUnregistered, "One
     list.session->AddNotify(&list.a);
     list.session->RemoveNotify(&list.a);
     list.Deliver(1);
-    list.ExpectTold({});
+    list.ExpectNotifications({});
 }
 
 CONTRACT_CHECK(NotifyList, AddedAgainAListenerIsBackInItsFirstPlace,
@@ -130,7 +130,7 @@ CONTRACT_CHECK(NotifyList, AddedAgainAListenerIsBackInItsFirstPlace,
     list.session->RemoveNotify(&list.a);
     list.session->AddNotify(&list.a);
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, ADeliveryForgetsRemovedListeners,
@@ -143,7 +143,7 @@ CONTRACT_CHECK(NotifyList, ADeliveryForgetsRemovedListeners,
     list.Deliver(1);
     list.session->AddNotify(&list.a);
     list.Deliver(2);
-    list.ExpectTold({"B.OnOffline(1)", "B.OnOffline(2)", "A.OnOffline(2)"});
+    list.ExpectNotifications({"B.OnOffline(1)", "B.OnOffline(2)", "A.OnOffline(2)"});
 }
 
 CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "No listener is called, and each can be added again.")
@@ -156,7 +156,7 @@ CONTRACT_CHECK(NotifyList, RemoveAllForgetsEveryListener, "No listener is called
     list.session->AddNotify(&list.b);
     list.session->AddNotify(&list.a);
     list.Deliver(2);
-    list.ExpectTold({"B.OnOffline(2)", "A.OnOffline(2)"});
+    list.ExpectNotifications({"B.OnOffline(2)", "A.OnOffline(2)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerAddedAgainAfterRemoveAllHasLostItsOldPlace,
@@ -169,7 +169,7 @@ CONTRACT_CHECK(NotifyList, AListenerAddedAgainAfterRemoveAllHasLostItsOldPlace,
     list.session->AddNotify(&list.b);
     list.session->AddNotify(&list.a);
     list.Deliver(1);
-    list.ExpectTold({"B.OnOffline(1)", "A.OnOffline(1)"});
+    list.ExpectNotifications({"B.OnOffline(1)", "A.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerRemovedDuringADeliveryIsSkipped,
@@ -184,7 +184,8 @@ CONTRACT_CHECK(NotifyList, AListenerRemovedDuringADeliveryIsSkipped,
     list.a.hook = nullptr;
     list.session->AddNotify(&list.b);
     list.Deliver(2);
-    list.ExpectTold({"A.OnOffline(1)", "C.OnOffline(1)", "A.OnOffline(2)", "B.OnOffline(2)", "C.OnOffline(2)"});
+    list.ExpectNotifications(
+        {"A.OnOffline(1)", "C.OnOffline(1)", "A.OnOffline(2)", "B.OnOffline(2)", "C.OnOffline(2)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerMayRemoveItself, "It is not called again, and the others still are.")
@@ -195,7 +196,7 @@ CONTRACT_CHECK(NotifyList, AListenerMayRemoveItself, "It is not called again, an
     list.a.hook = [&](const std::string&) { list.session->RemoveNotify(&list.a); };
     list.Deliver(1);
     list.Deliver(2);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)", "B.OnOffline(2)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(1)", "B.OnOffline(2)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerRemovedAndAddedAgainDuringADeliveryIsReached,
@@ -210,7 +211,7 @@ CONTRACT_CHECK(NotifyList, AListenerRemovedAndAddedAgainDuringADeliveryIsReached
         list.session->AddNotify(&list.b);
     };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AListenerAppendedDuringADeliveryIsReached,
@@ -221,7 +222,7 @@ CONTRACT_CHECK(NotifyList, AListenerAppendedDuringADeliveryIsReached,
     list.a.hook = [&](const std::string&) { list.session->AddNotify(&list.b); };
     list.b.hook = [&](const std::string&) { list.session->AddNotify(&list.c); };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)", "C.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(1)", "C.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, RemoveAllEndsADelivery,
@@ -236,9 +237,9 @@ CONTRACT_CHECK(NotifyList, RemoveAllEndsADelivery,
         list.session->AddNotify(&list.c);
     };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)"});
     list.Deliver(2);
-    list.ExpectTold({"C.OnOffline(2)"});
+    list.ExpectNotifications({"C.OnOffline(2)"});
 }
 
 CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEveryListener,
@@ -256,7 +257,7 @@ CONTRACT_CHECK(NotifyList, ADeliveryInsideADeliveryReachesEveryListener,
         }
     };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "A.OnOffline(2)", "B.OnOffline(2)", "B.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "A.OnOffline(2)", "B.OnOffline(2)", "B.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AnInnerDeliveryThatDropsTheCurrentListenerLeavesTheOuterOneGoingOn,
@@ -276,14 +277,14 @@ CONTRACT_CHECK(NotifyList, AnInnerDeliveryThatDropsTheCurrentListenerLeavesTheOu
         }
     };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(2)", "B.OnOffline(1)", "C.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(2)", "B.OnOffline(1)", "C.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, AnInnerDeliveryMayDropEverythingButTheEnd,
                "The outer delivery then reaches only listeners that were added afterwards.")
 {
     Listeners list(check);
-    ExpectOnlyTheAppendedIsTold(list);
+    ExpectOnlyTheAddedListenerIsCalled(list);
 }
 
 CONTRACT_CHECK(NotifyList, ARemoveAllEndsOnlyTheWalksOfItsTime,
@@ -291,7 +292,7 @@ CONTRACT_CHECK(NotifyList, ARemoveAllEndsOnlyTheWalksOfItsTime,
 {
     Listeners list(check);
     list.session->RemoveAllNotify();
-    ExpectOnlyTheAppendedIsTold(list);
+    ExpectOnlyTheAddedListenerIsCalled(list);
 }
 
 CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
@@ -302,7 +303,7 @@ CONTRACT_CHECK(NotifyList, AnExceptionOfAListenerDoesNotReachThePlatform,
     list.session->AddNotify(&list.b);
     list.a.hook = [](const std::string&) { throw std::runtime_error("the host's own"); };
     list.Deliver(1);
-    list.ExpectTold({"A.OnOffline(1)", "B.OnOffline(1)"});
+    list.ExpectNotifications({"A.OnOffline(1)", "B.OnOffline(1)"});
 }
 
 CONTRACT_CHECK(NotifyList, EveryServiceHasItsOwnList,
@@ -346,9 +347,9 @@ CONTRACT_CHECK(NotifyList, EveryServiceHasItsOwnList,
         stage.Connection().online.InviteAccepted("7", 3, "");
         stage.Connection().mds.MsgData(
             R"({"message":{"command":"subscribe_av_quality","data":{"subType":"overview"}}})");
-        std::vector<JournalEntry> told = stage.journal.Take();
-        std::erase_if(told, [](const JournalEntry& entry) { return entry.text.starts_with("log "); });
-        return told;
+        std::vector<JournalEntry> entries = stage.journal.Take();
+        std::erase_if(entries, [](const JournalEntry& entry) { return entry.text.starts_with("log "); });
+        return entries;
     };
     check.ExpectLines(
         {

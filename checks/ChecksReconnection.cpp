@@ -185,7 +185,7 @@ CONTRACT_CHECK(Reconnection, AStopLeavesTheConnectionProperties, "Only platform 
     check.ExpectEqual("true", Property(*stage.session, CONNECT_PROPERTY_ONLINE), "property 0");
 }
 
-CONTRACT_CHECK(Reconnection, ANullStrategyTakesTheStrategyBack, "At the next start there is none.")
+CONTRACT_CHECK(Reconnection, ANullStrategyRemovesTheStrategy, "At the next start there is none.")
 {
     ReconnectingStage stage(check);
     stage.session->SetReconnectionStrategy(&stage.strategy);

@@ -394,7 +394,7 @@ void CheckOne(CheckContext& check, const Notification& notification, const HostO
     const bool ends = operation.endsDeliveries == Service::All || operation.endsDeliveries == notification.service;
     const size_t heard = stage.journal.Count("B." + std::string(notification.event));
     check.Expect(ends ? heard == 0 : heard >= 1,
-                 (ends ? "the next listener hears nothing after " : "the next listener hears its event after ") + pair);
+                 (ends ? "the next listener gets nothing after " : "the next listener gets its event after ") + pair);
     check.ExpectEqual(0, stage.journal.Count("exception left"), "exceptions after " + pair);
 }
 

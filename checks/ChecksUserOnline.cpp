@@ -414,7 +414,7 @@ CONTRACT_CHECK(UserOnline, SetSelfCustomInfoLogsStoresAndPublishes,
     stage.ExpectJournal({Log("SetSelfCustomInfo, info=."), "online1.SetUserCustomInfo(\"\")"});
 }
 
-CONTRACT_CHECK(UserOnline, ACustomTextIsKeptWhenThePlatformRefusesItButNotWhenNobodyIsLoggedIn,
+CONTRACT_CHECK(UserOnline, ACustomTextIsKeptWhenThePlatformRefusesItButNotWhileLoggedOut,
                "It is stored before the platform is called.")
 {
     PresenceStage stage(check);

@@ -298,9 +298,9 @@ CONTRACT_CHECK(UserStatus, APageUserWhoseIdIsNoNumberIsCachedUnderId0,
                "Null, empty, a letter or a sign in front, and numbers out of range.")
 {
     StatusStage stage(check);
-    PageUser nobody = UserOnPc("", 1, "null");
-    nobody.hasNullId = true;
-    for (const PageUser& user : {nobody, UserOnPc("", 1, "empty"), UserOnPc("u7", 1, "letter"),
+    PageUser withoutId = UserOnPc("", 1, "null");
+    withoutId.hasNullId = true;
+    for (const PageUser& user : {withoutId, UserOnPc("", 1, "empty"), UserOnPc("u7", 1, "letter"),
                                  UserOnPc("-7", 1, "sign"), UserOnPc("99999999999999999999", 1, "long")})
     {
         Refresh(stage.Connection(), {user});
@@ -326,7 +326,7 @@ CONTRACT_CHECK(
     check.ExpectEqual(0U, DigestOf(*stage.users, 5), "digest of an unknown user");
     stage.ExpectKnown({}, {});
     check.ExpectEqual(true, stage.users->QueryUserStatus({}, [](const onlinemanager::UserOnlineInfo&) {}),
-                      "a query for nobody");
+                      "a query for no users");
 }
 
 CONTRACT_CHECK(UserStatus, TheTerminalTypeIsReadFromTheExtensionText,
