@@ -29,8 +29,8 @@ public:
     /// [platform] The login has ended: 0 after `Logout`, 36 when another terminal has taken the login over.
     virtual void OnLogouted(ZolPortErrCode code) = 0;
 
-    /// [platform] The connection was lost while logged in. Returns 1 to reconnect, 2 to give up, 0 for undecided. The
-    /// platform must not reconnect when any listener has answered 2.
+    /// [platform] The connection was lost while logged in. Returns a `ZolReconnectDecision`. The platform must not
+    /// reconnect when any listener has answered `ZOL_RECONNECT_STOP`.
     virtual int32_t OnReconnectStart() = 0;
 
     /// [platform] The connection and the login are restored.

@@ -51,11 +51,11 @@ enum ZolInviteCancelReason : int32_t
     ZOL_INVITE_CANCEL_ANSWERED_ELSEWHERE = 2, ///< another terminal of the local user has answered it
 };
 
-/// What becomes of a lost connection. The host's strategy answers so, and `IZolConnectionListener::OnReconnectStart` passes
-/// the answer to the platform. Any other value counts as undecided.
+/// What to do about a lost connection. `onlinemanager::IReconnectionStrategy::CheckReconnect` returns it, and
+/// `IZolConnectionListener::OnReconnectStart` passes it to the platform. Any other value counts as undecided.
 enum ZolReconnectDecision : int32_t
 {
-    ZOL_RECONNECT_UNDECIDED = 0, ///< the platform goes on as it does without an answer
+    ZOL_RECONNECT_UNDECIDED = 0, ///< the platform decides
     ZOL_RECONNECT_GO_ON = 1,     ///< the platform reconnects
     ZOL_RECONNECT_STOP = 2,      ///< the platform must not reconnect
 };

@@ -10,7 +10,7 @@
 #include <future>
 #include <thread>
 
-/// What developers of hosts and platforms asked, and the headers answer.
+/// Questions of developers of hosts and platforms that the headers answer.
 
 namespace checks
 {
@@ -114,9 +114,9 @@ avcore::IZolHttp* TransportOver(Stage& stage, OddHttp& http)
     return transport;
 }
 
-/// In a child process, which may end up with locks that nobody can use any more: whether an answer that comes from inside
-/// `Request` is lost.
-bool IsAnswerFromInsideLost(const std::string& modulePath)
+/// Exits with 0 when an answer from inside `Request` is lost, else with 1. For a child process: a lock of the module is
+/// unusable afterwards, and a call inside the module never returns.
+[[noreturn]] void AnswerFromInside(const std::string& modulePath)
 {
     CheckContext check(modulePath);
     Stage stage(check, Scene::Created);
@@ -133,13 +133,14 @@ bool IsAnswerFromInsideLost(const std::string& modulePath)
     const bool isTaken =
         stage.journal.Await("OnCompleteRespond(), id=7, code=200") && stage.journal.Await("request sent, id=7");
     const bool isLost = isTaken && answer->wait_for(std::chrono::seconds(1)) == std::future_status::timeout;
-    _exit(isLost ? 0 : 1); // the call inside the module never ends: neither may its stage
+    _exit(isLost ? 0 : 1); // without the destructors: the stage's would wait for the call
 }
 
 } // namespace
 
 CONTRACT_CHECK(HostQuestions, AfterAGivenUpReconnectionNoOfflineFollowsAndALogoutIsSilent,
-               "50010 is the last notification; Logout is true, calls nothing and tells nothing.")
+               "50010 is the last notification; Logout returns true, calls no operation of the platform and causes no "
+               "notification.")
 {
     QuietStage stage(check);
     stage.Connection().ReconnectStart();
@@ -183,7 +184,7 @@ CONTRACT_CHECK(HostQuestions, ALoginRefusedAtOnceIsFollowedByNothingAndCountsAsL
 }
 
 CONTRACT_CHECK(HostQuestions, TheLogoutThatDestroyMakesIsNotFollowedByOnOffline,
-               "The listeners are off the platform before.")
+               "The listeners are removed from the platform before.")
 {
     QuietStage stage(check);
     stage.Connection().SetHook("Logout", [&] { stage.Connection().Logouted(0); });
@@ -211,7 +212,7 @@ CONTRACT_CHECK(HostQuestions, DestroyWaitsForANotificationThatRunsOnAThreadOfThe
 }
 
 CONTRACT_CHECK(HostQuestions, DestroyDoesNotWaitForANotificationOfTheMonitoringService,
-               "That listener is never taken off the platform.")
+               "The module never removes that listener from the platform.")
 {
     QuietStage stage(check);
     MdsNotify listener(stage.journal, "M");
@@ -235,7 +236,7 @@ CONTRACT_CHECK(HostQuestions, DestroyDoesNotWaitForANotificationOfTheMonitoringS
 }
 
 CONTRACT_CHECK(HostQuestions, ReloginAfterARefusedLoginSendsTheRefusedParametersAgain,
-               "The session keeps what the platform has refused, and not what it did not send itself.")
+               "The session keeps refused parameters, but not those that it did not send to the platform.")
 {
     QuietStage stage(check, Scene::Initialized);
     stage.session->Login(ParamOf(7), false);
@@ -291,7 +292,7 @@ CONTRACT_CHECK(HostQuestions, InsideOnLoginSuccessPresenceStillHasThePreviousUse
 }
 
 CONTRACT_CHECK(HostQuestions, InsideOnLoginSuccessOfALoginOnTopOfALoginPresenceStillKnowsTheUsers,
-               "Nothing was forgotten: no logout came between.")
+               "The known users are forgotten at a logout only, and none came between.")
 {
     QuietStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("7", 1)});
@@ -308,7 +309,7 @@ CONTRACT_CHECK(HostQuestions, InsideOnLoginSuccessOfALoginOnTopOfALoginPresenceS
 }
 
 CONTRACT_CHECK(HostQuestions, AnInvitationCarriesTheMeetingIdThatTheHostWroteWhateverMeetingItIsIn,
-               "The record of the meeting and the number in the invitation have nothing to do with each other.")
+               "The component derives neither the meeting's number from its GUID nor the GUID from the number.")
 {
     QuietStage stage(check);
     stage.tunnel->JoinMeeting(SomeMeeting());
@@ -339,7 +340,7 @@ CONTRACT_CHECK(HostQuestions, AnHttpObjectThatCannotStartARequestEndsItWithoutAB
 }
 
 CONTRACT_CHECK(HostQuestions, AnAnswerFromAnotherThreadMayComeBeforeRequestHasReturned,
-               "It waits until the request is in the list.")
+               "The answer waits until the request is in the list.")
 {
     Stage stage(check, Scene::Created);
     Worker thread("http");
@@ -356,7 +357,7 @@ CONTRACT_CHECK(HostQuestions, AnAnswerFromAnotherThreadMayComeBeforeRequestHasRe
 }
 
 CONTRACT_CHECK(HostQuestions, AnAnswerFromInsideRequestIsLost,
-               "The request is not in the list yet: the caller goes on waiting.")
+               "The request is not in the list yet, so the caller goes on waiting.")
 {
 #ifdef __SANITIZE_THREAD__
     throw CheckLeftOut("the call releases a lock twice, which the sanitizer reports");
@@ -366,8 +367,14 @@ CONTRACT_CHECK(HostQuestions, AnAnswerFromInsideRequestIsLost,
     if (child == 0)
     {
         alarm(60);
-        IsAnswerFromInsideLost(check.ModulePath());
-        _exit(2);
+        try
+        {
+            AnswerFromInside(check.ModulePath());
+        }
+        catch (...)
+        {
+            _exit(2); // the child must not go on to the next check
+        }
     }
     int status = 0;
     check.ExpectEqual(child, waitpid(child, &status, 0), "the child ends");
@@ -429,8 +436,8 @@ CONTRACT_CHECK(HostQuestions, APageThatOvertakesItsRefreshIsNotReportedAsItsEnd,
     stage.ExpectJournal({"online1.RefreshAllUsersStatus() -> 102", "U.OnUserStatusChanged([])"});
 }
 
-CONTRACT_CHECK(HostQuestions, AnAnswerThatOvertakesItsInvitationIsAStrangersForEver,
-               "Reported with id 0, and so are all later answers to that invitation.")
+CONTRACT_CHECK(HostQuestions, AnAnswerThatOvertakesItsInvitationIsReportedWithId0ForEver,
+               "So are all later answers to that invitation.")
 {
     QuietStage stage(check);
     stage.Connection().online.SetHook("InviteUsers", [&] { stage.Connection().online.InviteAccepted("5", 501, "{}"); });
@@ -461,8 +468,7 @@ CONTRACT_CHECK(HostQuestions, AUserIdAbove2147483647IsSentButCannotBeReadBack,
     stage.ExpectJournal({"U.OnInviteAccepted(0, 501)", "U.OnUserStatusChanged([0])", "P.OnUserJoined(0)"});
 }
 
-CONTRACT_CHECK(HostQuestions, ARefreshReportsUser0OnceForEveryIdThatIsNoNumber,
-               "They are all one user, listed several times.")
+CONTRACT_CHECK(HostQuestions, ARefreshReportsUser0OnceForEveryIdThatIsNoNumber, "All of them are read as user 0.")
 {
     QuietStage stage(check);
     Refresh(stage.Connection(), {UserOnPc("x", 1), UserOnPc("y", 1), UserOnPc("3000000000", 1), UserOnPc("7", 1)});
@@ -470,7 +476,7 @@ CONTRACT_CHECK(HostQuestions, ARefreshReportsUser0OnceForEveryIdThatIsNoNumber,
 }
 
 CONTRACT_CHECK(HostQuestions, UsersOfTwoRefreshesUnderWayAreReportedTogether,
-               "Pages wait in one place: who is on a page of both is reported twice.")
+               "Their pages are merged: a user on a page of both is reported twice.")
 {
     QuietStage stage(check);
     RecordingOnline& online = stage.Connection().online;

@@ -371,8 +371,8 @@ private:
         }
     }
 
-    /// Rows that apply in no state, and next values that change nothing in any state: nothing else would notice that they are
-    /// wrong.
+    /// Rows that apply in no state, and next values that change nothing in any state. The comparison with the module
+    /// cannot find them.
     void FindIdleText()
     {
         for (const int line : m_machine.Lines())

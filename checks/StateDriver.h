@@ -20,8 +20,8 @@ struct StateObservation
     std::string result;
 };
 
-/// A new component on a stage, driven by the events of one state machine of the page. `stage` is at `Scene::Loaded`; drivers
-/// use it one after the other.
+/// A new component on a stage, driven by the events of one state machine of the page. `stage` is at `Scene::Loaded`;
+/// drivers use it one after the other.
 class StateDriver
 {
 public:
@@ -70,8 +70,8 @@ private:
     std::vector<std::string> m_probes;
 };
 
-/// Compares the module with every row of the page's state tables: each event in each state that can be reached, the way there
-/// and the probes behind it included.
+/// Compares the module with every row of the page's state tables: each event in each state that can be reached, the way
+/// there and the probes behind it included.
 void CheckStateTables(CheckContext& check, const std::string& markdown);
 
 } // namespace checks

@@ -8,8 +8,8 @@
 #include <vector>
 
 /// The state tables of a Markdown page as a model that can be executed: in a state, an event has one expected outcome.
-/// The page says how its tables are read. A checker drives the module with the same events and compares; a random walk may
-/// choose any event of `Events` in any state.
+/// The page says how its tables are read. A checker drives the module with the same events and compares; a random walk
+/// may choose any event of `Events` in any state.
 
 namespace checks
 {
@@ -70,8 +70,9 @@ public:
     /// Every event of the tables, in the order of the page.
     std::vector<std::string> Events() const;
 
-    /// What the event does. Each table that names the event contributes the one row whose condition holds, in the order of the
-    /// tables. `StateTableError` when a table that names the event has no such row or several, or when no table names it.
+    /// What the event does. Each table that names the event contributes the one row whose condition holds, in the order
+    /// of the tables. `StateTableError` when a table that names the event has no such row or several, or when no table
+    /// names it.
     StateStep Step(const StateValues& state, const std::string& event) const;
 
     /// Lines of all rows.

@@ -46,9 +46,9 @@ public:
     virtual ~IReconnectionStrategy() = default;
 
     /// [platform] Returns an `avcore::ZolReconnectDecision`. After `ZOL_RECONNECT_GO_ON` the session sends
-    /// `OnReconnectStart`. After `ZOL_RECONNECT_STOP` it sends `OnReconnectFail` with `ERR_RECONNECT_STOPPED`, and the user
-    /// is logged out. After any other value the platform decides, and no notification follows until it reports what became
-    /// of the connection.
+    /// `OnReconnectStart`. After `ZOL_RECONNECT_STOP` the session is logged out and sends `OnReconnectFail` with
+    /// `ERR_RECONNECT_STOPPED`. After any other value the platform decides, and no notification follows until it
+    /// reports what became of the connection.
     virtual int32_t CheckReconnect() = 0;
 };
 
