@@ -18,7 +18,6 @@ namespace checks
 namespace
 {
 
-using onlinemanager::CONNECT_PROPERTY_ONLINE;
 using onlinemanager::TUNNEL_TYPE_GW;
 using onlinemanager::TUNNEL_TYPE_PAAS;
 

@@ -34,7 +34,7 @@ std::string CallIn(const std::string& line)
         return "";
     }
     const size_t dot = line.find('.');
-    const std::string operation = line.substr(dot + 1, line.find('(') - dot - 1);
+    std::string operation = line.substr(dot + 1, line.find('(') - dot - 1);
     for (const char* const ignored : {"AddListener", "RemoveListener", "GetComponent", "AddRef", "Release"})
     {
         if (operation == ignored)
@@ -57,7 +57,10 @@ StateDriver::StateDriver(Stage& stage, const std::string& machine)
     stage.platform.connections.clear(); // of the driver before
     stage.factory.center.manager.level = Quenda::LOG_LEVEL_WARNING;
     m_manager = stage.CreateComponent();
-    stage.check.Require(m_manager != nullptr, "the component is created");
+    if (m_manager == nullptr)
+    {
+        throw StateTableError("the component cannot be created");
+    }
     stage.http.Hold();
     stage.check.Require(m_manager->Initialize(&stage.http) == S_OK, "the component is initialised");
     m_manager->GetPaasOnline(&m_session);
@@ -150,7 +153,7 @@ void StateDriver::Add(const std::string& event, std::function<void()> platformEv
 
 /// The operation as it is, and as the platform refuses it.
 void StateDriver::AddRefusable(const std::string& event, RecordingConnection& connection, const std::string& operation,
-                               std::function<bool()> call)
+                               const std::function<bool()>& call)
 {
     m_actions[event] = [call] { return TextOf(call()); };
     m_actions[event + " refused"] = [call, operation, &connection]
@@ -178,10 +181,13 @@ void StateDriver::AddSessionEvents()
     AddRefusable("Logout", connection, "Logout", [this] { return m_session->Logout(); });
     AddRefusable("RequestCPAddress", connection, "RequestCPAddress",
                  [this, bare] { return m_session->RequestCPAddress(bare); });
-    for (const auto& [name, param] : {std::pair{"without a server", withoutServer}, {"without a user", withoutUser}})
+    const std::pair<std::string, onlinemanager::LoginParam> incomplete[] = {{"without a server", withoutServer},
+                                                                            {"without a user", withoutUser}};
+    for (const auto& entry : incomplete)
     {
-        m_actions[std::string("Login ") + name] = [this, param] { return TextOf(m_session->Login(param, false)); };
-        m_actions[std::string("RequestCPAddress ") + name] = [this, param]
+        const onlinemanager::LoginParam& param = entry.second;
+        m_actions["Login " + entry.first] = [this, param] { return TextOf(m_session->Login(param, false)); };
+        m_actions["RequestCPAddress " + entry.first] = [this, param]
         { return TextOf(m_session->RequestCPAddress(param)); };
     }
     m_actions["RequestCPAddress of a tcp: server"] = [this, good] { return TextOf(m_session->RequestCPAddress(good)); };

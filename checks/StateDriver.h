@@ -53,7 +53,7 @@ private:
     void AddGatewayEvents();
     void AddPlatformEvents(RecordingConnection& connection);
     void AddRefusable(const std::string& event, RecordingConnection& connection, const std::string& operation,
-                      std::function<bool()> call);
+                      const std::function<bool()>& call);
     void Add(const std::string& event, std::function<void()> platformEvent);
 
     Stage& m_stage;

@@ -67,7 +67,8 @@ std::vector<std::string> EventsOf(const std::string& cell)
         const std::vector<std::string> spans = CodeSpans(alternative);
         if (spans.empty())
         {
-            events.push_back(operation + " " + alternative);
+            events.push_back(operation);
+            events.back().append(" ").append(alternative);
             continue;
         }
         operation = spans.front();

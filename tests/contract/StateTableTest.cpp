@@ -107,6 +107,15 @@ TEST(StateTable, EveryTableThatNamesTheEventContributesInOrder)
     EXPECT_EQ(2U, step.lines.size());
 }
 
+TEST(StateTable, ANextValueThatHoldsBeforeIsNotNew)
+{
+    const StateMachine machine = Switch("| `Press` | any | — | — | on, good | — |\n");
+    const std::set<std::pair<int, std::string>> all{{12, "on"}, {12, "good"}};
+    EXPECT_EQ(all, machine.NextValues());
+    EXPECT_EQ(all, machine.Step({"off", "blown"}, "Press").newValues);
+    EXPECT_EQ((std::set<std::pair<int, std::string>>{{12, "on"}}), machine.Step({"off", "good"}, "Press").newValues);
+}
+
 TEST(StateTable, AMissingRowIsAnError)
 {
     EXPECT_EQ("A switch: a table names Press and has no row for it in the state off, good",
