@@ -35,6 +35,18 @@ std::string EscapeLine(std::string_view text)
     return escaped;
 }
 
+/// Where a long text is broken: after an argument, otherwise after a word, otherwise anywhere between two characters.
+size_t LineLength(std::string_view text)
+{
+    size_t end = text.rfind(", ", kLineLength - 2);
+    if (end != std::string_view::npos && end >= kLineLength / 2)
+    {
+        return end + 2;
+    }
+    end = text.find_last_of(" ,{", kLineLength - 1);
+    return end != std::string_view::npos && end >= kLineLength / 2 ? end + 1 : onlinehost::CutLength(text, kLineLength);
+}
+
 /// The text in lines: viewers make columns as wide as the longest one.
 std::string Escape(const std::string& text, size_t limit)
 {
@@ -43,9 +55,7 @@ std::string Escape(const std::string& text, size_t limit)
     std::string_view rest = shown;
     while (rest.size() > kLineLength)
     {
-        const size_t end = rest.find_last_of(" ,{", kLineLength - 1);
-        const size_t length =
-            end == std::string_view::npos || end < kLineLength / 2 ? onlinehost::CutLength(rest, kLineLength) : end + 1;
+        const size_t length = LineLength(rest);
         escaped += EscapeLine(rest.substr(0, length)) + "<br/>";
         rest.remove_prefix(length);
     }

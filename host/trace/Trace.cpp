@@ -85,7 +85,7 @@ struct Trace::State
     {
         TraceCall call;
         TraceFlows::Frame flow{};
-        TraceDiagram::Call* drawn = nullptr;
+        DiagramCall* drawn = nullptr;
     };
 
     explicit State(const Options& options)

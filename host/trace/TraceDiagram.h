@@ -15,6 +15,8 @@
 namespace host
 {
 
+class DiagramCall;
+
 /// What a diagram is to show. An empty list chooses everything.
 struct DiagramChoice
 {
@@ -35,8 +37,6 @@ struct DiagramChoice
 class TraceDiagram
 {
 public:
-    class Call;
-
     explicit TraceDiagram(DiagramChoice choice);
     ~TraceDiagram();
     TraceDiagram(const TraceDiagram&) = delete;
@@ -50,8 +50,8 @@ public:
 
     /// A call begins on a thread, inside `outer`, or outside of every other call when that is null. The result is valid until
     /// its `End`.
-    Call* Begin(int thread, Call* outer, const TraceCall& call, TraceTime time);
-    void End(int thread, Call* call, const TraceResult& result, TraceTime time);
+    DiagramCall* Begin(int thread, DiagramCall* outer, const TraceCall& call, TraceTime time);
+    void End(int thread, DiagramCall* call, const TraceResult& result, TraceTime time);
 
     /// The diagram of what has been recorded; nothing may be recorded any more.
     std::string Text();

@@ -42,8 +42,8 @@ protected:
 
     void Record(int thread, host::TraceCall call, const host::TraceResult& result, const Body& body)
     {
-        TraceDiagram::Call* const outer = m_open[thread].empty() ? nullptr : m_open[thread].back();
-        TraceDiagram::Call* const begun = m_diagram->Begin(thread, outer, call, Tick());
+        host::DiagramCall* const outer = m_open[thread].empty() ? nullptr : m_open[thread].back();
+        host::DiagramCall* const begun = m_diagram->Begin(thread, outer, call, Tick());
         m_open[thread].push_back(begun);
         body();
         m_open[thread].pop_back();
@@ -111,7 +111,7 @@ protected:
     }
 
     std::unique_ptr<TraceDiagram> m_diagram;
-    std::map<int, std::vector<TraceDiagram::Call*>> m_open;
+    std::map<int, std::vector<host::DiagramCall*>> m_open;
     double m_now = 0;
 };
 
