@@ -13,7 +13,8 @@ namespace host
 using namespace onlinehost;
 
 TraceOutput::TraceOutput(const std::filesystem::path& path, std::string what)
-    : m_what(std::move(what)),
+    : m_path(path),
+      m_what(std::move(what)),
       m_file(std::fopen(path.c_str(), "wb"))
 {
     if (m_file == nullptr)
@@ -41,7 +42,8 @@ void TraceOutput::Complete()
     NoteFailure(std::fclose(std::exchange(m_file, nullptr)) != 0);
     if (m_failure != 0)
     {
-        throw Error("the " + m_what + " could not be written: " + std::strerror(m_failure));
+        throw Error("the " + m_what + " could not be written: " + Printable(m_path.string()) + ": " +
+                    std::strerror(m_failure));
     }
 }
 

@@ -8,7 +8,7 @@
 namespace host
 {
 
-/// A file that is written from its beginning to its end, and says at its end whether everything has arrived.
+/// A file that is written from its beginning to its end, and reports at its end whether everything was written.
 class TraceOutput
 {
 public:
@@ -20,12 +20,13 @@ public:
 
     void Write(std::string_view text);
 
-    /// Closes the file. `Error` with the reason of the first failure when something could not be written.
+    /// Closes the file. `Error` with the file's name and the reason of the first failure when something could not be written.
     void Complete();
 
 private:
     void NoteFailure(bool hasFailed);
 
+    const std::filesystem::path m_path;
     const std::string m_what;
     std::FILE* m_file;
     int m_failure = 0; ///< `errno` of the first one

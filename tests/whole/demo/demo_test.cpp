@@ -374,7 +374,7 @@ TEST(Demo, ATraceThatDoesNotFitOnTheDiskIsAFailure)
     const TemporaryFolder folder;
     const ProgramResult result = RunDemo(folder, {"--trace", "/dev/full"});
     EXPECT_EQ(result.exitCode, 3);
-    EXPECT_NE(result.err.find("the trace could not be written: No space left on device"), std::string::npos)
+    EXPECT_NE(result.err.find("the trace could not be written: /dev/full: No space left on device"), std::string::npos)
         << result.err;
 }
 
