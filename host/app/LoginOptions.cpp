@@ -15,9 +15,10 @@ void AddLoginOptions(CLI::App& command, LoginOptions& options)
 
     text("--server", options.server, "ADDRESS", "Server address")->capture_default_str();
     text("--company", options.company, "ID", "Company id")->check(NumberCheck("company id"))->capture_default_str();
-    text("--device", options.device, "ID", "Device id of a terminal that names none")->capture_default_str();
-    text("--mutex", options.mutex, "TAG",
-         "Tag by which devices of a user shut each other out; by default the device id");
+    text("--device", options.device, "ID", "Device id")->capture_default_str();
+    text(
+        "--mutex", options.mutex, "TAG",
+        "Tag for mutual exclusion: only one device of a user with the same tag is logged in; by default the device id");
     text("--token", options.token, "TOKEN", "Login token; it appears in the log")->capture_default_str();
     text("--appid", options.appid, "ID", "Application id")->capture_default_str();
     text("--type", options.type, "NUMBER", "Terminal type")->check(NumberCheck("terminal type"))->capture_default_str();

@@ -15,7 +15,7 @@ class App;
 namespace host
 {
 
-/// The options of the commands whose user says how to log in.
+/// The options of the commands that log in.
 struct LoginOptions
 {
     std::string module;
@@ -40,7 +40,7 @@ struct LoginOptions
 /// The options must live until the command has run.
 void AddLoginOptions(CLI::App& command, LoginOptions& options);
 
-/// Of user 0; the mutual-exclusion tag is empty when none was given.
+/// The parameters of a login of user 0. The mutual-exclusion tag is empty without `--mutex`.
 onlinemanager::LoginParam ToLoginParam(const LoginOptions& options);
 
 onlinehost::LogCenter::Options ToLogOptions(const LoginOptions& options);

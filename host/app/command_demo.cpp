@@ -56,9 +56,8 @@ std::string TallyText(const Console& out, const Story::Tally& tally, std::chrono
     {
         return out.Paint(Tone::Doubtful, steps + interruption.Reason());
     }
-    return tally.failed == 0
-               ? out.Paint(Tone::Good, steps + "all came out as they should")
-               : out.Paint(Tone::Bad, steps + std::to_string(tally.failed) + " did not come out as they should");
+    return tally.failed == 0 ? out.Paint(Tone::Good, steps + "all succeeded")
+                             : out.Paint(Tone::Bad, steps + std::to_string(tally.failed) + " failed");
 }
 
 /// Begins a line, which is a temporary object of the caller's expression.

@@ -8,7 +8,7 @@ class App;
 namespace host
 {
 
-/// Adds `onlinehost demo`: one whole meeting, told as it happens. `exitCode` receives the result when the command has run.
+/// Adds `onlinehost demo`, which plays one whole meeting. `exitCode` receives the exit code when the command has run.
 void AddDemoCommand(CLI::App& program, int& exitCode);
 
 } // namespace host

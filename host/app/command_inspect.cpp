@@ -125,12 +125,11 @@ void PrintJson(const Module& module)
 
 void AddInspectCommand(CLI::App& program, int& exitCode)
 {
-    CLI::App* const command = program.add_subcommand("inspect", "Show what a module file says of itself");
+    CLI::App* const command = program.add_subcommand("inspect", "Show the components and exports of a module file");
     const auto options = std::make_shared<Options>();
     command->add_option("MODULE", options->module, "The module's file")->type_name("FILE")->required();
     command->add_flag("--json", options->json, "Write JSON instead of text");
-    command->footer(std::string("The module is loaded for that, so its code runs; nothing is created.\n") +
-                    kExitCodeHelp);
+    command->footer(std::string("The module is loaded, so its code runs; no component is created.\n") + kExitCodeHelp);
     command->callback(
         [options, &exitCode]
         {

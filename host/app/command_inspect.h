@@ -8,7 +8,8 @@ class App;
 namespace host
 {
 
-/// Adds `onlinehost inspect`: what a module file says of itself. `exitCode` receives the result when the command has run.
+/// Adds `onlinehost inspect`, which shows the contents of a module file. `exitCode` receives the exit code when the command
+/// has run.
 void AddInspectCommand(CLI::App& program, int& exitCode);
 
 } // namespace host

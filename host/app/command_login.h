@@ -8,7 +8,7 @@ class App;
 namespace host
 {
 
-/// Adds `onlinehost login`: one login, with everything that comes of it. `exitCode` receives the result when the command has run.
+/// Adds `onlinehost login`, which logs in once and out again. `exitCode` receives the exit code when the command has run.
 void AddLoginCommand(CLI::App& program, int& exitCode);
 
 } // namespace host

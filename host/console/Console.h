@@ -16,20 +16,20 @@ enum class Tone
     Quiet,
 };
 
-/// Where the program's output goes: in colour on a terminal, plain in a file or a pipe.
+/// A stream of the program: in colour on a terminal, plain in a file or a pipe.
 class Console
 {
 public:
     /// `out` is borrowed.
     explicit Console(std::FILE* out);
 
-    /// The text in the colour of its tone, or as it is.
+    /// The text in the colour of its tone; unchanged when the stream is no terminal.
     std::string Paint(Tone tone, std::string_view text) const;
 
-    /// Writes a line as a whole; lines of several threads do not mix.
+    /// [any] Writes a line; lines of several threads do not mix.
     void Line(std::string_view text) const;
 
-    /// Writes the text as it is, which ends its own lines.
+    /// [any] Writes a text that contains its own ends of lines.
     void Text(std::string_view text) const;
 
     bool IsTerminal() const

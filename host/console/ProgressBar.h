@@ -8,20 +8,20 @@
 namespace host
 {
 
-/// Shows how far a long piece of work is: a bar that moves on a terminal, a few lines elsewhere, nothing for small work.
+/// Shows the progress of long work: a bar on a terminal, a few lines in a file or a pipe, nothing for small work.
 class ProgressBar
 {
 public:
     static constexpr size_t kSmallWork = 1000;
 
-    /// The console must outlive the bar. `what` says what is being done.
+    /// The console must outlive the bar. `what` names the work.
     ProgressBar(const Console& out, std::string what);
-    /// Takes the bar off the terminal.
+    /// Removes the bar from the terminal.
     ~ProgressBar();
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// May be called as often as one likes.
+    /// Draws only when the shown number changes, so it may be called for every item.
     void Show(size_t done, size_t total);
 
 private:
