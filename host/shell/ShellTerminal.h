@@ -49,7 +49,7 @@ public:
     };
 
     /// The inbox must outlive the terminal.
-    ShellTerminal(const onlinemanager::LoginParam& login, std::unique_ptr<onlinehost::Component> session,
+    ShellTerminal(const onlinemanager::LoginParam& param, std::unique_ptr<onlinehost::Component> session,
                   ShellInbox& inbox);
     ~ShellTerminal();
     ShellTerminal(const ShellTerminal&) = delete;

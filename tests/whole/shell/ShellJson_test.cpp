@@ -1,6 +1,7 @@
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <set>
@@ -42,11 +43,9 @@ std::string Short(const rapidjson::Document& object)
 
 std::vector<std::string> Short(const std::vector<rapidjson::Document>& objects)
 {
-    std::vector<std::string> texts;
-    for (const rapidjson::Document& object : objects)
-    {
-        texts.push_back(Short(object));
-    }
+    std::vector<std::string> texts(objects.size());
+    std::transform(objects.begin(), objects.end(), texts.begin(),
+                   [](const rapidjson::Document& object) { return Short(object); });
     return texts;
 }
 
