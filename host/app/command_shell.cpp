@@ -44,7 +44,7 @@ struct Options
     TraceOptions trace;
 };
 
-/// Where programs keep what they have learnt of their user; empty when there is no such place.
+/// The history's file in the user's folder for state; empty when the environment names no such folder.
 std::filesystem::path DefaultHistory()
 {
     const char* const state = std::getenv("XDG_STATE_HOME");
@@ -83,10 +83,37 @@ Shell::Options ToShellOptions(const Options& options)
     return shell;
 }
 
+/// Makes sure that the numbers of the standard streams are taken: the next files that the program opens would get the numbers
+/// of closed ones, and would be read as its input or written as its output. `Error` for a closed stream that the shell
+/// cannot do without.
+void CheckStandardStreams(bool needsInput)
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    {
+        if (fcntl(stream, F_GETFD) >= 0)
+        {
+            continue;
+        }
+        if (stream == STDIN_FILENO && needsInput)
+        {
+            throw Error("the standard input is closed; connect it, or name a file with commands");
+        }
+        if (stream == STDOUT_FILENO)
+        {
+            throw Error("the standard output is closed; connect it, to /dev/null for no output");
+        }
+        if (open("/dev/null", O_RDWR) != stream)
+        {
+            throw Error(std::string("/dev/null cannot be opened: ") + std::strerror(errno));
+        }
+    }
+}
+
 class File
 {
 public:
-    explicit File(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC))
+    /// Does not wait for a writer when the file is a named pipe: a signal could not end that wait.
+    explicit File(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
     {
         if (m_descriptor < 0)
         {
@@ -129,7 +156,8 @@ int Serve(Shell& shell, const Options& options)
 
 int Run(const Options& options)
 {
-    // Before anything that has threads.
+    CheckStandardStreams(options.script.empty());
+    // Before everything that has threads.
     ShellSignals signals;
     LogCenter log(ToLogOptions(options));
     TraceFiles trace(options.trace, log);
@@ -175,7 +203,7 @@ void AddShellCommand(CLI::App& program, int& exitCode)
         ->check(NumberCheck("number of users"));
     AddLoginOptions(*command, options->login);
     command->add_option("--history", options->history,
-                        "File that remembers what was typed at the prompt, or '' for none; by default "
+                        "File that keeps what is typed at the prompt, or '' for none; by default "
                         "onlinehost/history in the user's folder for state");
     command->add_flag("--json", options->json,
                       "Write every event and every command's answer as one JSON object a line, and no prompt");

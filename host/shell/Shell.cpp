@@ -10,6 +10,7 @@
 #include "host/shell/ShellPlatformCommands.h"
 #include "host/shell/ShellScript.h"
 #include "host/shell/ShellScriptCommands.h"
+#include "host/shell/ShellValues.h"
 #include "host/shell/ShellWords.h"
 #include "onlinehost/Text.h"
 
@@ -37,10 +38,26 @@ int PollLimit(std::chrono::steady_clock::time_point deadline)
     return static_cast<int>(std::clamp<int64_t>(left.count(), 0, INT32_MAX));
 }
 
-std::string Decimal(uint32_t number)
+/// One more command runs, as long as this lives.
+class Nesting
 {
-    return std::to_string(number);
-}
+public:
+    explicit Nesting(size_t& depth) : m_depth(depth)
+    {
+        ++m_depth;
+    }
+
+    ~Nesting()
+    {
+        --m_depth;
+    }
+
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+private:
+    size_t& m_depth;
+};
 
 } // namespace
 
@@ -72,6 +89,10 @@ void Shell::SetDevice(ShellTerminal* device)
 
 void Shell::Say(std::string_view text)
 {
+    if (m_depth > 0)
+    {
+        ThrowIfSignalled();
+    }
     std::string lines(text);
     if (!lines.ends_with('\n'))
     {
@@ -301,11 +322,11 @@ bool Shell::WaitForNews(std::chrono::steady_clock::time_point deadline, int held
     pollfd wanted[] = {{m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
     const int limit = PollLimit(deadline);
     poll(wanted, std::size(wanted), held < 0 ? limit : std::min(limit, held));
-    TakeSignals();
+    ThrowIfSignalled();
     return wanted[0].revents != 0 || std::chrono::steady_clock::now() < deadline;
 }
 
-void Shell::TakeSignals()
+void Shell::ThrowIfSignalled()
 {
     while (const int signal = m_signals.Take())
     {
@@ -357,14 +378,30 @@ void Shell::ExecuteLine(const std::string& line)
     DropOld();
 }
 
-void Shell::Execute(const std::vector<std::string>& words)
+void Shell::Settle()
 {
+    constexpr std::chrono::milliseconds kBetweenSignals{100};
+    while (!m_world.Platform().SettleFor(kBetweenSignals))
+    {
+        ThrowIfSignalled();
+    }
+}
+
+void Shell::Execute(std::span<const std::string> words)
+{
+    if (m_depth > kMostNestedCommands)
+    {
+        throw ShellNestingFailure(EXIT_USAGE, "commands are nested too deep: at most " +
+                                                  std::to_string(kMostNestedCommands) +
+                                                  " of \"as\" and \"fails\" may stand in front of a command");
+    }
+    const Nesting nesting(m_depth);
     const ShellCommand* command = nullptr;
     ShellArguments arguments;
     try
     {
         command = &m_table.Get(words.front());
-        arguments = BindShellWords(*command, {words.begin() + 1, words.end()});
+        arguments = BindShellWords(*command, words.subspan(1));
     }
     catch (const Error& error)
     {
@@ -421,18 +458,51 @@ int Shell::Report(const std::string& place, const std::string& line, const std::
 {
     constexpr size_t kMostShown = 200;
     const auto* const failure = dynamic_cast<const ShellFailure*>(&error);
-    // A line that does not even fall into words is wrong usage as well.
+    if (failure != nullptr && failure->IsInterruption())
+    {
+        // The next signal ends the program at once, whatever has to be taken down still.
+        m_signals.Release();
+    }
+    // A line that cannot be split into words is wrong usage as well.
     const int exitCode = failure == nullptr ? int{EXIT_USAGE} : failure->Code();
     if (m_options.json)
     {
         SayAnswer(line, exitCode, place, error.what());
         return exitCode;
     }
-    const std::string where = place.empty() ? "" : place + ": ";
-    const std::string what = line.substr(0, CutLength(line, kMostShown)) + (line.size() > kMostShown ? "..." : "");
+    const std::string shown = line.substr(0, CutLength(line, kMostShown)) + (line.size() > kMostShown ? "..." : "");
+    std::string where = place.empty() ? "" : place + ": ";
+    where += line.empty() ? "" : shown + ": ";
+    where = where.empty() ? "onlinehost: " : Printable(where);
     m_out.Flush();
-    m_errors.Line(m_errors.Paint(Tone::Bad, Printable(where + what)) + ": " + error.what());
+    m_errors.Line(m_errors.Paint(Tone::Bad, where) + error.what());
     return exitCode;
+}
+
+std::optional<std::string> Shell::AwaitLine(ShellScript& script)
+{
+    int held = -1;
+    for (;;)
+    {
+        if (std::optional<std::string> line = script.TakeLine())
+        {
+            return line;
+        }
+        m_out.Flush();
+        pollfd wanted[] = {
+            {script.Descriptor(), POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
+        poll(wanted, std::size(wanted), held);
+        ThrowIfSignalled();
+        // A line that is there comes before events, so that they appear where the script waits for them.
+        if (wanted[0].revents == 0)
+        {
+            held = ShowNews();
+        }
+        else if (!script.Read())
+        {
+            return std::nullopt;
+        }
+    }
 }
 
 int Shell::RunScript(ShellScript& script)
@@ -441,45 +511,28 @@ int Shell::RunScript(ShellScript& script)
     {
         return exitCode;
     }
-    bool isOpen = true;
-    int held = -1;
-    while (isOpen && !m_isOver)
+    std::string line; // empty while none is being executed
+    try
     {
-        std::optional<std::string> line;
-        try
+        while (!m_isOver)
         {
-            while (!m_isOver && (line = script.TakeLine()))
-            {
-                ExecuteLine(*line);
-            }
-            if (m_isOver)
+            std::optional<std::string> next = AwaitLine(script);
+            if (!next)
             {
                 break;
             }
-            m_out.Flush();
-            pollfd wanted[] = {{script.Descriptor(), POLLIN, 0},
-                               {m_inbox.Descriptor(), POLLIN, 0},
-                               {m_signals.Descriptor(), POLLIN, 0}};
-            poll(wanted, std::size(wanted), held);
-            TakeSignals();
-            // A line that is there comes before events, so that they appear where the script waits for them.
-            if (wanted[0].revents != 0)
-            {
-                isOpen = script.Read();
-            }
-            else
-            {
-                held = ShowNews();
-            }
+            line = std::move(*next);
+            ExecuteLine(line);
+            line.clear();
         }
-        catch (const Error& error)
-        {
-            return Report(script.Place(), line.value_or(""), error);
-        }
+        Settle();
+        ShowAll();
+        return EXIT_DONE;
     }
-    m_world.Platform().Settle();
-    ShowAll();
-    return EXIT_DONE;
+    catch (const Error& error)
+    {
+        return Report(line.empty() ? "" : script.Place(), line, error);
+    }
 }
 
 int Shell::RunTerminal()
@@ -514,6 +567,10 @@ int Shell::RunTerminal()
         }
     }
     m_terminal.reset();
+    if (m_endingSignal != 0)
+    {
+        m_signals.Release();
+    }
     return m_endingSignal == 0 ? int{EXIT_DONE} : ShellFailure::kSignalBase + m_endingSignal;
 }
 
@@ -561,10 +618,28 @@ std::string Shell::Prompt() const
 std::vector<std::string> Shell::Complete(std::string_view lineStart) const
 {
     return CompleteShellLine(m_table, lineStart,
-                             [this](ShellKind kind, std::string_view start) { return LookUp(kind, start); });
+                             [this](ShellKind kind, std::string_view start, const std::string& terminal)
+                             { return LookUp(kind, start, terminal); });
 }
 
-std::vector<std::string> Shell::LookUp(ShellKind kind, std::string_view start) const
+const ShellTerminal* Shell::TerminalFor(const std::string& terminal) const
+{
+    if (terminal.empty())
+    {
+        return m_device;
+    }
+    try
+    {
+        const auto [user, device] = ParseTerminal(terminal);
+        return m_world.FindDevice(user, device);
+    }
+    catch (const Error&)
+    {
+        return nullptr;
+    }
+}
+
+std::vector<std::string> Shell::LookUp(ShellKind kind, std::string_view start, const std::string& terminal) const
 {
     std::set<std::string> found;
     const auto offer = [&](const std::string& value)
@@ -574,41 +649,37 @@ std::vector<std::string> Shell::LookUp(ShellKind kind, std::string_view start) c
             found.insert(value);
         }
     };
-    switch (kind)
+    const auto offerId = [&](uint32_t id) { offer(std::to_string(id)); };
+    const ShellTerminal* const device = TerminalFor(terminal);
+    if (kind == ShellKind::Terminal || kind == ShellKind::User || kind == ShellKind::Users)
     {
-    case ShellKind::Terminal:
-        for (const auto& device : m_world.Devices())
+        for (const auto& known : m_world.Devices())
         {
-            offer(Decimal(device->login.userid) + "@" + device->login.deviceid);
+            offerId(known->login.userid);
+            if (kind == ShellKind::Terminal)
+            {
+                offer(std::to_string(known->login.userid) + "@" + known->login.deviceid);
+            }
         }
-        [[fallthrough]];
-    case ShellKind::User:
-    case ShellKind::Users:
-        for (const auto& device : m_world.Devices())
+        if (device != nullptr)
         {
-            offer(Decimal(device->login.userid));
+            std::for_each(device->known.begin(), device->known.end(), offerId);
         }
-        if (m_device != nullptr)
+    }
+    if (kind == ShellKind::Received && device != nullptr)
+    {
+        for (const auto& [id, invitation] : device->received)
         {
-            std::for_each(m_device->known.begin(), m_device->known.end(), [&](uint32_t id) { offer(Decimal(id)); });
+            if (!invitation.isAccepted)
+            {
+                offerId(id);
+            }
         }
-        break;
-    case ShellKind::Received:
-        if (m_device != nullptr)
-        {
-            std::for_each(m_device->received.begin(), m_device->received.end(),
-                          [&](const auto& invitation) { offer(Decimal(invitation.first)); });
-        }
-        break;
-    case ShellKind::Sent:
-        if (m_device != nullptr)
-        {
-            std::for_each(m_device->sent.begin(), m_device->sent.end(),
-                          [&](const auto& invitation) { offer(Decimal(invitation.first)); });
-        }
-        break;
-    default:
-        break;
+    }
+    if (kind == ShellKind::Sent && device != nullptr)
+    {
+        std::for_each(device->sent.begin(), device->sent.end(),
+                      [&](const auto& invitation) { offerId(invitation.first); });
     }
     return {found.begin(), found.end()};
 }

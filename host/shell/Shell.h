@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,10 +23,12 @@ namespace host
 class ShellScript;
 class LineEditor;
 
-/// A person's terminal on the service, or the same for a script: runs commands, and shows what happens meanwhile.
+/// Runs commands that a person types at a terminal or that a script holds, and shows the events that happen meanwhile.
 ///
-/// At a terminal an event is shown when it comes. In a script it is shown when a command waits for it, or for one behind it,
-/// or at the end, so that the same script writes the same output.
+/// At a terminal an event is shown when it comes. In a script it is shown when a command waits for it or for a later one, and
+/// at the end, so that the same script writes the same output in every run.
+///
+/// Belongs to one thread, which is the control thread of the module as well.
 class Shell
 {
 public:
@@ -37,17 +40,17 @@ public:
         bool json = false;              ///< every event and every answer is a JSON object on a line of its own
     };
 
-    /// What is handed over must outlive the shell; `trace` is null when nothing is recorded. `Error` when something that it
-    /// stands on cannot be made.
+    /// The arguments must outlive the shell; `trace` is null when nothing is recorded. `Error` when the module cannot be loaded
+    /// or the system has no descriptor left.
     Shell(const Options& options, ShellSignals& signals, onlinehost::LogCenter& log, Trace* trace);
     ~Shell();
     Shell(const Shell&) = delete;
     Shell& operator=(const Shell&) = delete;
 
-    /// Serves the terminal until the person leaves. The result is the program's exit code.
+    /// Serves the terminal until the person leaves. Returns the program's exit code.
     int RunTerminal();
 
-    /// Runs lines up to the first that fails.
+    /// Runs lines up to the first that fails. Returns the program's exit code.
     int RunScript(ShellScript& script);
 
     // For commands.
@@ -73,7 +76,7 @@ public:
         return m_options.json ? m_errors : m_out;
     }
 
-    /// The terminal that commands are for; `ShellFailure` when there is none yet.
+    /// The present terminal, for which commands run; `ShellFailure` when there is none yet.
     ShellTerminal& Device();
     void SetDevice(ShellTerminal* device);
 
@@ -83,16 +86,16 @@ public:
         return m_device;
     }
 
-    /// Shows a text of one or more lines.
+    /// Shows a text of one or more lines. Inside a command it throws like `ThrowIfSignalled`.
     void Say(std::string_view text);
 
-    /// What the command before this one has said, events included.
+    /// What the previous command has said, events included.
     const std::string& SaidBefore() const
     {
         return m_saidBefore;
     }
 
-    /// Lets the command after this one see the same.
+    /// Keeps `SaidBefore` as it is for the next command.
     void KeepSaid()
     {
         m_said = m_saidBefore;
@@ -100,13 +103,14 @@ public:
 
     using Wanted = std::function<bool(const ShellEvent&)>;
 
-    /// Waits for the first wanted event with at least this number, showing all up to it. Nothing when none came in time.
+    /// Waits for the first wanted event with at least this number, and shows all events up to it. Nothing when none came in
+    /// time.
     std::optional<ShellEvent> Await(uint64_t firstNumber, const Wanted& isWanted, std::chrono::milliseconds limit);
 
-    /// The same for an event that no call of this has taken yet, however old, which is taken.
+    /// The same for an event of any age that no call of this operation has taken yet. Takes the event.
     std::optional<ShellEvent> AwaitAndTake(const Wanted& isWanted, std::chrono::milliseconds limit);
 
-    /// The number of the next event: what a command causes has at least this one.
+    /// The number of the next event. The events that a command causes have at least the number from before it.
     uint64_t Mark() const
     {
         return m_inbox.NextNumber();
@@ -115,11 +119,17 @@ public:
     /// Shows everything that has come.
     void ShowAll();
 
-    /// What has come so far cannot be taken any more.
+    /// Takes all events that have come so far.
     void Forget();
 
-    /// Runs a command inside a command.
-    void Execute(const std::vector<std::string>& words);
+    /// Waits until the platform has done everything that it was asked for. Throws like `ThrowIfSignalled`.
+    void Settle();
+
+    /// For commands that take long: throws `ShellFailure` when a signal asks the command to end.
+    void ThrowIfSignalled();
+
+    /// Runs a command, also one that stands inside another one.
+    void Execute(std::span<const std::string> words);
 
     void Quit()
     {
@@ -150,7 +160,8 @@ private:
     Entry* AwaitEntry(const std::function<bool(const Entry&)>& isWanted, std::chrono::milliseconds limit);
     /// Waits for an event, a signal, or `held` milliseconds unless that is -1. False when the deadline has passed.
     bool WaitForNews(std::chrono::steady_clock::time_point deadline, int held);
-    void TakeSignals();
+    /// The next line of the script; nothing at its end.
+    std::optional<std::string> AwaitLine(ShellScript& script);
 
     void ExecuteLine(const std::string& line);
     /// Says the answer to a line as JSON: what the command said, and how it ended.
@@ -161,7 +172,9 @@ private:
     void HandleTerminalSignals();
     std::string Prompt() const;
     std::vector<std::string> Complete(std::string_view lineStart) const;
-    std::vector<std::string> LookUp(ShellKind kind, std::string_view start) const;
+    std::vector<std::string> LookUp(ShellKind kind, std::string_view start, const std::string& terminal) const;
+    /// The terminal that a line names; the present one for an empty text. Null when there is none.
+    const ShellTerminal* TerminalFor(const std::string& terminal) const;
 
     const Options m_options;
     const Console m_out{stdout};
@@ -177,8 +190,9 @@ private:
     std::vector<std::string> m_answer;                   ///< the lines of the running command, when they become JSON
     std::string m_said;
     std::string m_saidBefore;
+    size_t m_depth = 0; ///< commands that run, one inside the other
     bool m_isOver = false;
-    int m_endingSignal = 0; ///< that asks the program to end
+    int m_endingSignal = 0; ///< the signal that asks the program to end; 0 for none
 };
 
 } // namespace host

@@ -1,11 +1,14 @@
 #include "host/shell/ShellCommand.h"
 
+#include "host/console/Similar.h"
 #include "host/console/Wording.h"
+#include "host/console/Wrap.h"
 #include "host/shell/ShellValues.h"
 #include "onlinehost/Error.h"
 #include "onlinehost/Text.h"
 
 #include <algorithm>
+#include <set>
 
 namespace host
 {
@@ -45,66 +48,17 @@ std::string Join(const std::vector<std::string>& words, const char* separator)
     return joined;
 }
 
-/// What stands for a parameter's value in a usage line.
-std::string Placeholder(const ShellParameter& parameter)
+void CheckNumber(const ShellParameter& parameter, const std::string& word)
 {
-    if (!parameter.choices.empty())
+    if (ParseNumber(word, parameter.name) > parameter.largest)
     {
-        return Join(parameter.choices, "|");
-    }
-    if (parameter.form != ShellForm::Option)
-    {
-        return parameter.name;
-    }
-    switch (parameter.kind)
-    {
-    case ShellKind::Number:
-        return "NUMBER";
-    case ShellKind::User:
-    case ShellKind::Users:
-        return "USER";
-    case ShellKind::Duration:
-        return "DURATION";
-    case ShellKind::Meeting:
-        return "MEETING";
-    default:
-        return "TEXT";
+        throw Error(parameter.name + " \"" + word + "\" is too large: the largest is " +
+                    std::to_string(parameter.largest));
     }
 }
 
-void CheckWord(const ShellParameter& parameter, const std::string& word)
+void CheckChoice(const ShellParameter& parameter, const std::string& word)
 {
-    switch (parameter.kind)
-    {
-    case ShellKind::Number:
-        if (ParseNumber(word, parameter.name) > parameter.largest)
-        {
-            throw Error(parameter.name + " \"" + word + "\" is too large: the largest is " +
-                        std::to_string(parameter.largest));
-        }
-        return;
-    case ShellKind::User:
-        ParseUserId(word);
-        return;
-    case ShellKind::Users:
-        ParseUsers(word);
-        return;
-    case ShellKind::Terminal:
-        ParseTerminal(word);
-        return;
-    case ShellKind::Received:
-    case ShellKind::Sent:
-        ParseNumber(word, "invitation id");
-        return;
-    case ShellKind::Meeting:
-        ParseMeeting(word);
-        return;
-    case ShellKind::Duration:
-        ParseDuration(word);
-        return;
-    default:
-        break;
-    }
     const auto& choices = parameter.choices;
     if (!choices.empty() && std::find(choices.begin(), choices.end(), word) == choices.end())
     {
@@ -112,47 +66,88 @@ void CheckWord(const ShellParameter& parameter, const std::string& word)
     }
 }
 
+/// Checks a word with a function that reads it.
+template <auto Parse>
+void CheckBy(const ShellParameter&, const std::string& word)
+{
+    Parse(word);
+}
+
+void CheckInvitation(const ShellParameter&, const std::string& word)
+{
+    ParseNumber(word, "invitation id");
+}
+
+struct Kind
+{
+    ShellKind kind;
+    const char* placeholder; ///< stands for an option's value in a usage line
+    void (*check)(const ShellParameter&, const std::string&);
+};
+
+const Kind& KindOf(const ShellParameter& parameter)
+{
+    static constexpr Kind kKinds[] = {
+        {ShellKind::Number, "NUMBER", &CheckNumber},
+        {ShellKind::User, "USER", &CheckBy<&ParseUserId>},
+        {ShellKind::Users, "USER", &CheckBy<&ParseUsers>},
+        {ShellKind::Terminal, "TERMINAL", &CheckBy<&ParseTerminal>},
+        {ShellKind::Received, "INVITATION", &CheckInvitation},
+        {ShellKind::Sent, "INVITATION", &CheckInvitation},
+        {ShellKind::Meeting, "MEETING", &CheckBy<&ParseMeeting>},
+        {ShellKind::Duration, "DURATION", &CheckBy<&ParseDuration>},
+    };
+    static constexpr Kind kOther{ShellKind::Word, "TEXT", &CheckChoice};
+    const auto* const found = std::find_if(std::begin(kKinds), std::end(kKinds),
+                                           [&](const Kind& known) { return known.kind == parameter.kind; });
+    return found == std::end(kKinds) ? kOther : *found;
+}
+
+/// What stands for a parameter's value in a usage line.
+std::string Placeholder(const ShellParameter& parameter)
+{
+    return !parameter.choices.empty()            ? Join(parameter.choices, "|")
+           : parameter.form != ShellForm::Option ? parameter.name
+                                                 : KindOf(parameter).placeholder;
+}
+
 /// Finds the parameter of one word after the other.
 class Walk
 {
 public:
-    explicit Walk(const ShellCommand& command) : m_command(command)
-    {
-        for (const ShellParameter& parameter : command.parameters)
-        {
-            if (IsPositional(parameter))
-            {
-                m_positional.push_back(&parameter);
-            }
-        }
-    }
+    explicit Walk(const ShellCommand& command) : m_command(command) {}
 
     /// The word's parameter, null for none; `value` is what remains of the word for it.
     const ShellParameter* Place(const std::string& word, std::string& value)
     {
         value = word;
-        if (m_inRest)
+        const ShellParameter* parameter = m_isInRest ? nullptr : FindNamed(word, value);
+        if (parameter == nullptr)
         {
-            return Current();
+            parameter = NextPositional();
+            m_isInRest = parameter != nullptr && IsRest(*parameter);
         }
-        const ShellParameter* const parameter = PlaceOutside(word, value);
-        m_inRest = parameter != nullptr && IsRest(*parameter);
-        m_outside += m_inRest ? 0 : 1;
+        m_given.insert(parameter);
         return parameter;
     }
 
-    ShellExpectation Expected() const
+    bool IsInRest() const
     {
-        ShellExpectation expected{.restBegin = m_outside};
-        if (const ShellParameter* const current = Current())
+        return m_isInRest;
+    }
+
+    std::vector<const ShellParameter*> Expected() const
+    {
+        std::vector<const ShellParameter*> expected;
+        if (const ShellParameter* const next = NextPositional())
         {
-            expected.parameters.push_back(current);
+            expected.push_back(next);
         }
         for (const ShellParameter& parameter : m_command.parameters)
         {
-            if (!m_inRest && !IsPositional(parameter) && !IsUsed(parameter))
+            if (!m_isInRest && !IsPositional(parameter) && !m_given.contains(&parameter))
             {
-                expected.parameters.push_back(&parameter);
+                expected.push_back(&parameter);
             }
         }
         return expected;
@@ -160,86 +155,43 @@ public:
 
     const ShellParameter* Missing() const
     {
-        const auto missing = std::find_if(m_positional.begin(), m_positional.end(),
-                                          [this](const ShellParameter* parameter)
-                                          { return IsNeeded(*parameter) && !IsUsed(*parameter); });
-        return missing == m_positional.end() ? nullptr : *missing;
+        return Find([this](const ShellParameter& parameter)
+                    { return IsNeeded(parameter) && !m_given.contains(&parameter); });
     }
 
 private:
-    const ShellParameter* PlaceOutside(const std::string& word, std::string& value)
+    template <typename Condition>
+    const ShellParameter* Find(Condition condition) const
     {
-        if (const ShellParameter* const named = FindNamed(word, value))
-        {
-            m_used.push_back(named);
-            return named;
-        }
-        const ShellParameter* const parameter = Current();
-        if (parameter != nullptr)
-        {
-            m_used.push_back(parameter);
-            m_next += TakesMany(*parameter) ? size_t{0} : 1;
-        }
-        return parameter;
+        const auto& parameters = m_command.parameters;
+        const auto found = std::find_if(parameters.begin(), parameters.end(), condition);
+        return found == parameters.end() ? nullptr : &*found;
     }
 
-    const ShellParameter* Current() const
+    const ShellParameter* NextPositional() const
     {
-        return m_next < m_positional.size() ? m_positional[m_next] : nullptr;
-    }
-
-    bool IsUsed(const ShellParameter& parameter) const
-    {
-        return std::find(m_used.begin(), m_used.end(), &parameter) != m_used.end();
+        return Find([this](const ShellParameter& parameter)
+                    { return IsPositional(parameter) && (TakesMany(parameter) || !m_given.contains(&parameter)); });
     }
 
     const ShellParameter* FindNamed(const std::string& word, std::string& value) const
     {
-        for (const ShellParameter& parameter : m_command.parameters)
+        const size_t equals = word.find('=');
+        const ShellForm form = equals == word.npos ? ShellForm::Flag : ShellForm::Option;
+        const ShellParameter* const named =
+            Find([&](const ShellParameter& parameter)
+                 { return parameter.form == form && parameter.name == std::string_view(word).substr(0, equals); });
+        if (named != nullptr && form == ShellForm::Option)
         {
-            if (parameter.form == ShellForm::Flag && word == parameter.name)
-            {
-                return &parameter;
-            }
-            const std::string key = parameter.name + "=";
-            if (parameter.form == ShellForm::Option && word.starts_with(key))
-            {
-                value = word.substr(key.size());
-                return &parameter;
-            }
+            value = word.substr(equals + 1);
         }
-        return nullptr;
+        return named;
     }
 
     const ShellCommand& m_command;
-    std::vector<const ShellParameter*> m_positional;
-    std::vector<const ShellParameter*> m_used;
-    size_t m_next = 0;
-    bool m_inRest = false;
-    std::ptrdiff_t m_outside = 0; ///< words in front of the rest
+    std::set<const ShellParameter*> m_given;
+    bool m_isInRest = false;
 };
-
-size_t Distance(std::string_view a, std::string_view b)
-{
-    std::vector<size_t> row(b.size() + 1);
-    for (size_t j = 0; j <= b.size(); ++j)
-    {
-        row[j] = j;
-    }
-    for (size_t i = 0; i < a.size(); ++i)
-    {
-        size_t diagonal = row[0]++;
-        for (size_t j = 0; j < b.size(); ++j)
-        {
-            const size_t change = diagonal + (a[i] == b[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({change, row[j] + 1, row[j + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
-constexpr size_t kMostSimilar = 64; ///< no command's name is nearly as long
 
 } // namespace
 
@@ -300,14 +252,13 @@ std::string ShellUsage(const ShellCommand& command)
         const std::string shown = parameter.form == ShellForm::Option ? parameter.name + "=" + value
                                   : parameter.form == ShellForm::Flag ? parameter.name
                                                                       : value;
-        usage += IsNeeded(parameter) ? " " + shown : " [" + shown;
-        usage += TakesMany(parameter) ? "..." : "";
-        usage += IsNeeded(parameter) ? "" : "]";
+        const std::string all = shown + (TakesMany(parameter) ? "..." : "");
+        usage += IsNeeded(parameter) ? " " + all : " [" + all + "]";
     }
     return usage;
 }
 
-ShellArguments BindShellWords(const ShellCommand& command, const std::vector<std::string>& words)
+ShellArguments BindShellWords(const ShellCommand& command, std::span<const std::string> words)
 {
     Walk walk(command);
     ShellArguments arguments;
@@ -317,13 +268,13 @@ ShellArguments BindShellWords(const ShellCommand& command, const std::vector<std
         const ShellParameter* const parameter = walk.Place(word, value);
         if (parameter == nullptr)
         {
-            throw Error("\"" + Printable(word) + "\" is too much");
+            throw Error("unexpected argument \"" + Printable(word) + "\"");
         }
         if (!TakesMany(*parameter) && arguments.Has(parameter->name))
         {
             throw Error(parameter->name + " is given twice");
         }
-        CheckWord(*parameter, value);
+        KindOf(*parameter).check(*parameter, value);
         arguments.Add(parameter->name, value);
     }
     if (const ShellParameter* const missing = walk.Missing())
@@ -333,18 +284,27 @@ ShellArguments BindShellWords(const ShellCommand& command, const std::vector<std
     return arguments;
 }
 
-ShellExpectation ExpectedAfter(const ShellCommand& command, const std::vector<std::string>& words)
+ShellExpectation ExpectedAfter(const ShellCommand& command, std::span<const std::string> words)
 {
     Walk walk(command);
+    ShellExpectation expected;
     for (const std::string& word : words)
     {
         std::string value;
-        if (walk.Place(word, value) == nullptr)
+        const ShellParameter* const parameter = walk.Place(word, value);
+        if (parameter == nullptr)
         {
             return {};
         }
+        if (walk.IsInRest())
+        {
+            break;
+        }
+        expected.arguments.Add(parameter->name, value);
+        ++expected.restBegin;
     }
-    return walk.Expected();
+    expected.parameters = walk.Expected();
+    return expected;
 }
 
 void ShellTable::Add(ShellCommand command)
@@ -361,28 +321,31 @@ const ShellCommand* ShellTable::Find(std::string_view name) const
 
 const ShellCommand& ShellTable::Get(std::string_view name) const
 {
+    constexpr size_t kMostShown = 64;
     if (const ShellCommand* const command = Find(name))
     {
         return *command;
     }
-    std::string similar;
+    std::vector<std::string> names;
     for (const ShellCommand& command : m_commands)
     {
-        const bool isSimilar = name.size() < kMostSimilar && (Distance(name, command.name) <= 2 ||
-                                                              (name.size() > 1 && command.name.starts_with(name)));
-        similar += isSimilar ? (similar.empty() ? "" : ", ") + command.name : "";
+        names.push_back(command.name);
     }
-    throw Error("there is no command \"" + Printable(name.substr(0, kMostSimilar)) + "\"" +
+    const std::string similar = SimilarNames(name, names);
+    throw Error("there is no command \"" + Printable(name.substr(0, kMostShown)) + "\"" +
                 (similar.empty() ? "; \"help\" lists them" : "; similar are: " + similar));
 }
 
-std::string ShellTable::Overview() const
+std::string ShellTable::Overview(size_t width) const
 {
-    size_t width = 0;
+    constexpr size_t kMargin = 2;
+    constexpr size_t kNarrow = 24; ///< columns that a summary needs beside the name
+    size_t longest = 0;
     for (const ShellCommand& command : m_commands)
     {
-        width = std::max(width, command.name.size());
+        longest = std::max(longest, command.name.size());
     }
+    const size_t column = kMargin + longest + kMargin;
     std::string text;
     std::string group;
     for (const ShellCommand& command : m_commands)
@@ -390,16 +353,37 @@ std::string ShellTable::Overview() const
         if (command.group != group)
         {
             group = command.group;
-            text += group + "\n";
+            text += Wrap("", group, width, 0);
         }
-        text += "  " + command.name + std::string(width + 2 - command.name.size(), ' ') + command.summary + "\n";
+        std::string head = std::string(kMargin, ' ') + command.name;
+        if (width >= column + kNarrow)
+        {
+            head.resize(column, ' ');
+            text += Wrap(head, command.summary, width, column);
+        }
+        else
+        {
+            text += head + "\n" + Wrap(std::string(2 * kMargin, ' '), command.summary, width, 2 * kMargin);
+        }
     }
     return text;
 }
 
-std::string ShellTable::Help(const ShellCommand& command)
+std::string ShellTable::Help(const ShellCommand& command, size_t width)
 {
-    return "usage: " + ShellUsage(command) + "\n" + command.summary + ".\n" + command.details;
+    constexpr size_t kUsageIndent = 4;
+    std::string text =
+        Wrap("", "usage: " + ShellUsage(command), width, kUsageIndent) + Wrap("", command.summary + ".", width, 0);
+    std::string_view rest = command.details;
+    while (!rest.empty())
+    {
+        const size_t end = std::min(rest.find("\n\n"), rest.size());
+        std::string paragraph(rest.substr(0, end));
+        std::replace(paragraph.begin(), paragraph.end(), '\n', ' ');
+        text += Wrap("", paragraph, width, 0);
+        rest.remove_prefix(std::min(end + 2, rest.size()));
+    }
+    return text;
 }
 
 } // namespace host

@@ -7,12 +7,21 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace host
 {
+
+/// The grammar of the shell: a command has positional parameters, flags that are bare words, and options "name=value"; the
+/// last parameter may be the rest of the line, which is a text or another command.
+///
+/// The program's options are read by CLI11, the shell's commands are not, for these reasons. CLI11 has no flags and options
+/// without dashes, so that something has to find out first which words those are and where a text begins; that is nearly
+/// all of the work done here, and completion needs the same knowledge of half a line, which CLI11 does not give. CLI11
+/// also takes a text in brackets apart: "[1,2]" arrives as "1 2".
 
 /// What a word of a command line has to be.
 enum class ShellKind
@@ -22,7 +31,7 @@ enum class ShellKind
     User,     ///< a user id
     Users,    ///< a user id, or several as "2..46"
     Terminal, ///< "USER" or "USER@DEVICE"
-    Received, ///< the id of an invitation that came in
+    Received, ///< the id of an invitation that came in and is open
     Sent,     ///< the id of an invitation that was sent
     Meeting,  ///< a number or a GUID
     Duration, ///< "2s", "500ms", "1m"; seconds without a unit
@@ -47,11 +56,12 @@ struct ShellParameter
     std::string name;
     ShellForm form = ShellForm::One;
     ShellKind kind = ShellKind::Word;
-    std::vector<std::string> choices{};
+    std::vector<std::string> choices{}; ///< the only words that fit; empty: all words that suit the kind
     uint32_t largest = UINT32_MAX;
+    std::vector<std::string> usual{}; ///< words that completion offers; others fit too
 };
 
-/// The words of a line, each where it belongs and checked. A parameter that was not given has no word.
+/// The words of a line by parameter, checked. A parameter that was not given has no word.
 class ShellArguments
 {
 public:
@@ -71,6 +81,9 @@ private:
     std::map<std::string, std::vector<std::string>> m_words;
 };
 
+/// How many commands may stand in front of another one in a line, such as `as` and `fails`.
+inline constexpr size_t kMostNestedCommands = 16;
+
 /// One command; everything that the shell knows of it.
 struct ShellCommand
 {
@@ -78,7 +91,7 @@ struct ShellCommand
     std::string name;
     std::vector<ShellParameter> parameters;
     std::string summary;
-    std::string details; ///< further lines of its help; may be empty
+    std::string details; ///< further help, wrapped when it is shown; a blank line begins a paragraph; may be empty
     std::function<void(const ShellArguments&)> run;
 };
 
@@ -86,15 +99,16 @@ struct ShellCommand
 std::string ShellUsage(const ShellCommand& command);
 
 /// Gives each word to its parameter. `Error` tells the word that does not fit, or the parameter that has none.
-ShellArguments BindShellWords(const ShellCommand& command, const std::vector<std::string>& words);
+ShellArguments BindShellWords(const ShellCommand& command, std::span<const std::string> words);
 
 /// What may follow after some words.
 struct ShellExpectation
 {
-    std::vector<const ShellParameter*> parameters{}; ///< that the next word may belong to
-    std::ptrdiff_t restBegin = 0;                    ///< how many of the words stand in front of a `Text` or `Line`
+    std::vector<const ShellParameter*> parameters{}; ///< that the next word may belong to, a positional one first
+    size_t restBegin = 0;                            ///< how many of the words stand in front of a `Text` or `Line`
+    ShellArguments arguments{};                      ///< the words in front of it
 };
-ShellExpectation ExpectedAfter(const ShellCommand& command, const std::vector<std::string>& words);
+ShellExpectation ExpectedAfter(const ShellCommand& command, std::span<const std::string> words);
 
 /// The commands by name, in the order in which help shows them.
 class ShellTable
@@ -113,8 +127,9 @@ public:
     /// `Error` with what the user may have meant.
     const ShellCommand& Get(std::string_view name) const;
 
-    std::string Overview() const;
-    static std::string Help(const ShellCommand& command);
+    /// Every command with its summary, in lines of at most `width` columns where words allow it.
+    std::string Overview(size_t width) const;
+    static std::string Help(const ShellCommand& command, size_t width);
 
 private:
     std::vector<ShellCommand> m_commands;

@@ -3,6 +3,7 @@
 #include "host/shell/ShellWords.h"
 
 #include <algorithm>
+#include <span>
 
 namespace host
 {
@@ -20,48 +21,73 @@ public:
     {
     }
 
-    std::vector<std::string> Run(const std::vector<std::string>& words)
+    std::vector<std::string> Run(std::span<const std::string> words)
     {
-        CompleteCommandLine(words);
+        CompleteLine(words);
         std::sort(m_candidates.begin(), m_candidates.end());
         m_candidates.erase(std::unique(m_candidates.begin(), m_candidates.end()), m_candidates.end());
         return std::move(m_candidates);
     }
 
 private:
-    void CompleteCommandLine(const std::vector<std::string>& words)
+    void CompleteLine(std::span<const std::string> words)
     {
-        if (words.empty())
+        for (size_t depth = 0; depth <= kMostNestedCommands; ++depth)
         {
-            OfferCommands();
-            return;
+            if (words.empty())
+            {
+                OfferCommands();
+                return;
+            }
+            const ShellCommand* const command = m_table.Find(words.front());
+            if (command == nullptr)
+            {
+                return;
+            }
+            const ShellExpectation expected = ExpectedAfter(*command, words.subspan(1));
+            if (expected.parameters.empty() || expected.parameters.front()->kind != ShellKind::Line)
+            {
+                OfferParameters(expected);
+                return;
+            }
+            NoteTerminal(*command, expected.arguments);
+            words = words.subspan(1 + expected.restBegin);
         }
-        const ShellCommand* const command = m_table.Find(words.front());
-        if (command == nullptr)
+    }
+
+    /// The command inside runs for the terminal that the command around it names.
+    void NoteTerminal(const ShellCommand& command, const ShellArguments& arguments)
+    {
+        for (const ShellParameter& parameter : command.parameters)
         {
-            return;
+            if (parameter.kind == ShellKind::Terminal)
+            {
+                m_terminal = arguments.Text(parameter.name, m_terminal);
+            }
         }
-        const std::vector<std::string> arguments(words.begin() + 1, words.end());
-        const ShellExpectation expected = ExpectedAfter(*command, arguments);
+    }
+
+    void OfferParameters(const ShellExpectation& expected)
+    {
         for (const ShellParameter* parameter : expected.parameters)
         {
-            if (parameter->kind == ShellKind::Line)
-            {
-                CompleteCommandLine({arguments.begin() + expected.restBegin, arguments.end()});
-            }
-            else
-            {
-                OfferParameter(*parameter);
-            }
-            // A value that has to come, and that nobody has begun, comes before options.
-            if (parameter->form == ShellForm::One && m_last.empty() && !m_candidates.empty())
+            OfferParameter(*parameter, expected.arguments);
+            if (m_last.empty() && MustComeNext(*parameter, expected.arguments))
             {
                 return;
             }
         }
     }
 
-    void OfferParameter(const ShellParameter& parameter)
+    /// Options may still stand in front of a text.
+    static bool MustComeNext(const ShellParameter& parameter, const ShellArguments& arguments)
+    {
+        return parameter.kind != ShellKind::Text &&
+               (parameter.form == ShellForm::One ||
+                (parameter.form == ShellForm::Some && !arguments.Has(parameter.name)));
+    }
+
+    void OfferParameter(const ShellParameter& parameter, const ShellArguments& arguments)
     {
         if (parameter.form == ShellForm::Flag)
         {
@@ -70,13 +96,13 @@ private:
         }
         if (parameter.form != ShellForm::Option)
         {
-            OfferValues(parameter, "", m_last);
+            OfferValues(parameter, "", m_last, arguments.Words(parameter.name));
             return;
         }
         const std::string key = parameter.name + "=";
         if (m_last.starts_with(key))
         {
-            OfferValues(parameter, key, m_last.substr(key.size()));
+            OfferValues(parameter, key, m_last.substr(key.size()), {});
         }
         else
         {
@@ -84,20 +110,18 @@ private:
         }
     }
 
-    void OfferValues(const ShellParameter& parameter, const std::string& key, std::string_view start)
+    void OfferValues(const ShellParameter& parameter, const std::string& key, std::string_view start,
+                     const std::vector<std::string>& given)
     {
         if (parameter.kind == ShellKind::Command)
         {
             OfferCommands();
             return;
         }
-        for (const std::string& choice : parameter.choices)
+        const std::vector<std::string>& fixed = parameter.choices.empty() ? parameter.usual : parameter.choices;
+        for (const std::string& value : fixed.empty() ? m_lookup(parameter.kind, start, m_terminal) : fixed)
         {
-            Offer(key + choice);
-        }
-        if (parameter.choices.empty())
-        {
-            for (const std::string& value : m_lookup(parameter.kind, start))
+            if (std::find(given.begin(), given.end(), value) == given.end())
             {
                 Offer(key + value);
             }
@@ -122,7 +146,8 @@ private:
 
     const ShellTable& m_table;
     const ShellLookup& m_lookup;
-    std::string_view m_last;
+    const std::string_view m_last;
+    std::string m_terminal; ///< for which the innermost command runs; empty: the present one
     std::vector<std::string> m_candidates;
 };
 

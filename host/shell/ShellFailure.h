@@ -8,7 +8,7 @@
 namespace host
 {
 
-/// A command of the shell that did not come out, and what a script ends with for it.
+/// A command of the shell failed. Carries the exit code with which a script ends for it.
 class ShellFailure : public onlinehost::Error
 {
 public:
@@ -25,10 +25,18 @@ public:
         return m_exitCode > kSignalBase;
     }
 
-    static constexpr int kSignalBase = 128; ///< plus the signal's number, as shells do it
+    static constexpr int kSignalBase = 128; ///< plus the signal's number, as other shells do it
 
 private:
     int m_exitCode;
+};
+
+/// Commands are nested deeper than the shell allows. `fails` does not take this for the failure that it waits for: the
+/// command at its end was never tried.
+class ShellNestingFailure final : public ShellFailure
+{
+public:
+    using ShellFailure::ShellFailure;
 };
 
 } // namespace host

@@ -22,6 +22,7 @@ using Answer = CrowdScript::Answer;
 
 constexpr char kGroup[] = "The simulated environment";
 constexpr uint32_t kFirstColleague = 1001;
+constexpr uint32_t kMostColleagues = 1'000'000;
 
 [[noreturn]] void Refuse(const std::string& text)
 {
@@ -57,7 +58,8 @@ public:
         options.deviceId = arguments.Text("device", options.deviceId);
         options.ext = "{\"tt\":" + std::to_string(arguments.Number("type", 1)) + "}";
         options.custom = arguments.Text("custom");
-        m_shell.World().SetCompany(options);
+        Advance("colleagues go offline",
+                [&](const platform::Crowd::Progress& progress) { m_shell.World().SetCompany(options, progress); });
 
         platform::Crowd* const company = m_shell.World().Company();
         if (company == nullptr)
@@ -66,10 +68,8 @@ public:
             return;
         }
         SetAnswers(*company, options, arguments);
-        {
-            ProgressBar bar(m_shell.ProgressOut(), "colleagues come online");
-            company->ComeOnline([&bar](size_t done, size_t total) { bar.Show(done, total); });
-        }
+        Advance("colleagues come online",
+                [&](const platform::Crowd::Progress& progress) { company->ComeOnline(progress); });
         m_shell.Say("users " + std::to_string(options.firstUserId) + " to " +
                     std::to_string(options.firstUserId + (options.count - 1)) + " are online on " +
                     Printable(options.deviceId));
@@ -96,6 +96,7 @@ public:
         const std::string group = IsAboutMeeting(action) ? Group(value) : "";
         for (const uint32_t user : users)
         {
+            m_shell.ThrowIfSignalled();
             Act(*company, user, action, value, group);
         }
     }
@@ -184,6 +185,33 @@ public:
     }
 
 private:
+    /// Shows how far a change of the whole company is, and lets a signal end it. The company stays as far as it has come.
+    void Advance(const char* what, const std::function<void(const platform::Crowd::Progress&)>& change)
+    {
+        ProgressBar bar(m_shell.ProgressOut(), what);
+        try
+        {
+            change(
+                [&](size_t done, size_t total)
+                {
+                    bar.Show(done, total);
+                    m_shell.ThrowIfSignalled();
+                });
+        }
+        catch (const ShellFailure& failure)
+        {
+            const platform::Crowd* const company = m_shell.World().Company();
+            if (company == nullptr || !failure.IsInterruption())
+            {
+                throw;
+            }
+            throw ShellFailure(failure.Code(), std::string(failure.what()) + "; " +
+                                                   std::to_string(company->CountOnline()) + " of " +
+                                                   CountText(m_shell.World().CompanySettings().count, "colleague") +
+                                                   " are online; \"company 0\" sends them home");
+        }
+    }
+
     static bool IsAboutMeeting(const std::string& action)
     {
         return action == "join" || action == "leave";
@@ -308,7 +336,7 @@ void AddPlatformCommands(Shell& shell)
     };
 
     add("company",
-        {{"COUNT", Form::One, Kind::Number},
+        {{"COUNT", Form::One, Kind::Number, {}, kMostColleagues},
          {"first", Form::Option, Kind::User},
          {"device", Form::Option},
          {"type", Form::Option, Kind::Number},
@@ -363,8 +391,15 @@ void AddPlatformCommands(Shell& shell)
         "connection to the gateway is the device \"gateway\".\n",
         &PlatformCommands::Drop);
     add("restore", {}, "End all outages", "", &PlatformCommands::Restore);
-    add("refuse", {{"CODE", Form::One, Kind::Number, {}, INT32_MAX}, {"USER", Form::Optional, Kind::User}},
-        "Have the service refuse logins with a code", "Without USER it refuses all users.\n",
+    add("refuse",
+        {{"CODE", Form::One, Kind::Number, {}, INT32_MAX, {"32", "33", "35", "36", "37"}},
+         {"USER", Form::Optional, Kind::User}},
+        "Have the service refuse logins with a code",
+        "Without USER it refuses the logins of all users. CODE is any number; the service itself answers with 32 (the "
+        "token "
+        "is not valid), 33 (the connection point does not answer), 35 (the server gave no connection point), 36 "
+        "(logged in "
+        "on another device) or 37 (refused by the service). To decline an invitation, use decline.\n",
         &PlatformCommands::RefuseLogins);
     add("allow", {{"USER", Form::Optional, Kind::User}}, "Accept logins again after refuse, with the same USER", "",
         &PlatformCommands::AllowLogins);

@@ -1,9 +1,12 @@
 #include "host/shell/ShellScript.h"
 
+#include "host/shell/ShellFailure.h"
 #include "onlinehost/Error.h"
+#include "onlinehost/Text.h"
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <string_view>
 #include <unistd.h>
 #include <utility>
@@ -19,9 +22,21 @@ namespace
 /// Some editors begin a file with it.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
+[[noreturn]] void ThrowUnreadable(const std::string& name, const char* why)
+{
+    throw ShellFailure(EXIT_FAILED, Printable(name) + " cannot be read: " + why);
+}
+
 } // namespace
 
-ShellScript::ShellScript(int descriptor, std::string name) : m_descriptor(descriptor), m_name(std::move(name)) {}
+ShellScript::ShellScript(int descriptor, std::string name) : m_descriptor(descriptor), m_name(std::move(name))
+{
+    const int flags = fcntl(m_descriptor, F_GETFL);
+    if (flags < 0 || (flags & O_ACCMODE) == O_WRONLY)
+    {
+        ThrowUnreadable(m_name, flags < 0 ? "it is closed" : "it is open for writing only");
+    }
+}
 
 std::optional<std::string> ShellScript::TakeLine()
 {
@@ -30,7 +45,7 @@ std::optional<std::string> ShellScript::TakeLine()
     if (length > kLongestLine)
     {
         ++m_line;
-        throw Error("the line is longer than " + std::to_string(kLongestLine) + " bytes");
+        throw Error(Place() + ": the line is longer than " + std::to_string(kLongestLine) + " bytes");
     }
     if (end == m_text.npos && (!m_atEnd || m_text.empty()))
     {
@@ -58,7 +73,7 @@ bool ShellScript::Read()
     const ssize_t count = read(m_descriptor, block, sizeof(block));
     if (count < 0 && errno != EINTR && errno != EAGAIN)
     {
-        throw Error(m_name + " cannot be read: " + std::strerror(errno));
+        ThrowUnreadable(m_name, std::strerror(errno));
     }
     m_atEnd = count == 0;
     m_text.append(block, count > 0 ? static_cast<size_t>(count) : 0);
@@ -67,7 +82,7 @@ bool ShellScript::Read()
 
 std::string ShellScript::Place() const
 {
-    return m_name + ":" + std::to_string(m_line);
+    return Printable(m_name) + ":" + std::to_string(m_line);
 }
 
 } // namespace host

@@ -1,5 +1,6 @@
 #include "host/shell/ShellScriptCommands.h"
 
+#include "host/console/Wrap.h"
 #include "host/shell/Shell.h"
 #include "host/shell/ShellFailure.h"
 #include "onlinehost/Text.h"
@@ -33,13 +34,14 @@ public:
         const auto limit = arguments.Duration("for", m_shell.World().Settings().timeLimit);
         if (!m_shell.AwaitAndTake(isWanted, limit))
         {
-            throw ShellFailure(EXIT_FAILED, "it has not come in " + std::to_string(limit.count()) + " ms");
+            throw ShellFailure(EXIT_FAILED,
+                               "timed out after " + std::to_string(limit.count()) + " ms waiting for " + name);
         }
     }
 
     void Settle(const ShellArguments&)
     {
-        m_shell.World().Platform().Settle();
+        m_shell.Settle();
         m_shell.ShowAll();
         m_shell.Forget();
     }
@@ -56,7 +58,7 @@ public:
         const std::string text = arguments.Text("TEXT");
         if (m_shell.SaidBefore().find(text) == std::string::npos)
         {
-            throw ShellFailure(EXIT_REFUSED, "the command before did not say \"" + Printable(text) + "\"");
+            throw ShellFailure(EXIT_REFUSED, "the previous command did not say \"" + Printable(text) + "\"");
         }
         m_shell.KeepSaid();
     }
@@ -67,6 +69,10 @@ public:
         {
             m_shell.Execute(arguments.Words("COMMAND"));
         }
+        catch (const ShellNestingFailure&)
+        {
+            throw;
+        }
         catch (const ShellFailure& failure)
         {
             if (failure.IsInterruption())
@@ -76,7 +82,7 @@ public:
             m_shell.Say(std::string("fails as it should: ") + failure.what());
             return;
         }
-        throw ShellFailure(EXIT_REFUSED, "it should have failed");
+        throw ShellFailure(EXIT_REFUSED, "the command succeeded, though it was expected to fail");
     }
 
     void Echo(const ShellArguments& arguments)
@@ -88,12 +94,12 @@ public:
     {
         if (!arguments.Has("COMMAND"))
         {
-            m_shell.Say(m_shell.Table().Overview() + "\"help COMMAND\" tells more about one.\n");
+            m_shell.Say(m_shell.Table().Overview(LineWidth(stdout)) + "\"help COMMAND\" tells more about one.\n");
             return;
         }
         try
         {
-            m_shell.Say(ShellTable::Help(m_shell.Table().Get(arguments.Text("COMMAND"))));
+            m_shell.Say(ShellTable::Help(m_shell.Table().Get(arguments.Text("COMMAND")), LineWidth(stdout)));
         }
         catch (const Error& error)
         {
@@ -133,16 +139,18 @@ void AddScriptCommands(Shell& shell)
          {"USER", Form::Optional, Kind::User},
          {"for", Form::Option, Kind::Duration}},
         "Wait for an event of the present terminal",
-        "The oldest one since the last settle or sleep counts that no wait has had yet, also one that is there.\n"
-        "With USER only an event about that user. report and notice are not of a terminal.\n",
+        "The wait takes the oldest event since the last settle or sleep that no earlier wait has taken, also one that "
+        "has "
+        "come already. With USER it takes only an event about that user. report and notice belong to no terminal.\n",
         &ScriptCommands::Wait);
-    add(scripts, "settle", {}, "Wait until the platform has done all that it was asked for, and show all events",
-        "Times to come, of a reconnection or of a colleague who thinks, are not waited for.\n"
-        "A later wait looks only at what comes after this.\n",
+    add(scripts, "settle", {}, "Wait until the platform has done everything that it was asked for, and show all events",
+        "It does not wait for the time of a reconnection, or for the time that a colleague takes to answer. A later "
+        "wait "
+        "takes only events that come after the settle.\n",
         &ScriptCommands::Settle);
     add(scripts, "sleep", {{"DURATION", Form::One, Kind::Duration}}, "Do nothing for a while, and show all events",
-        "A later wait looks only at what comes after this.\n", &ScriptCommands::Sleep);
-    add(scripts, "expect", {{"TEXT", Form::One, Kind::Text}}, "Fail unless the command before has said this", "",
+        "A later wait takes only events that come after the sleep.\n", &ScriptCommands::Sleep);
+    add(scripts, "expect", {{"TEXT", Form::One, Kind::Text}}, "Fail unless the previous command has said this text", "",
         &ScriptCommands::Expect);
     add(scripts, "fails", {{"COMMAND", Form::One, Kind::Line}}, "Run a command that has to fail", "",
         &ScriptCommands::Fails);
@@ -150,6 +158,7 @@ void AddScriptCommands(Shell& shell)
     add(self, "help", {{"COMMAND", Form::Optional, Kind::Command}}, "List the commands, or tell about one", "",
         &ScriptCommands::Help);
     add(self, "quit", {}, "Leave the shell", "", &ScriptCommands::Quit);
+    add(self, "exit", {}, "Leave the shell, as quit does", "", &ScriptCommands::Quit);
 }
 
 } // namespace host

@@ -31,12 +31,17 @@ ShellSignals::ShellSignals()
 
 ShellSignals::~ShellSignals()
 {
-    // What came too late must not strike now that the handlers of the system are back.
+    Release();
+    close(m_descriptor);
+}
+
+void ShellSignals::Release()
+{
+    // A signal that waits asked for what the shell does already; it must not end the process as soon as the mask is back.
     while (Take() != 0)
     {
     }
     pthread_sigmask(SIG_SETMASK, &m_former, nullptr);
-    close(m_descriptor);
 }
 
 int ShellSignals::Take()

@@ -5,8 +5,8 @@
 namespace host
 {
 
-/// Turns the signals that a terminal sends into something that can be waited for among other descriptors, so that nothing
-/// runs inside a signal handler. Create it before any thread: threads inherit which signals are held back.
+/// Turns the signals that a terminal sends into a descriptor that the shell's thread waits for among others, so that no code
+/// runs inside a signal handler. Create it before any thread: threads inherit which signals are blocked.
 class ShellSignals
 {
 public:
@@ -25,7 +25,11 @@ public:
     /// The number of a signal that waits; 0 for none.
     int Take();
 
-    /// Stops the process as the terminal asked, and returns when it goes on.
+    /// Forgets the signals that wait and takes no further ones: from now on they act on the calling thread as they did before
+    /// this object was created.
+    void Release();
+
+    /// Stops the process as the terminal asked, and returns when the process is continued.
     static void Stop();
 
 private:

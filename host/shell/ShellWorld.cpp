@@ -97,14 +97,18 @@ bool ShellWorld::IsOwnTraceRunning() const
     return m_trace != nullptr && !m_ownTraces.empty() && m_ownTraces.back().get() == m_trace;
 }
 
-void ShellWorld::SetCompany(const platform::CrowdOptions& options)
+void ShellWorld::SetCompany(const platform::CrowdOptions& options, const platform::Crowd::Progress& progress)
 {
     if (options.count > 0 && options.count - 1 > UINT32_MAX - options.firstUserId)
     {
         throw ShellFailure(EXIT_USAGE,
                            "the user ids end before the company does: the largest is " + std::to_string(UINT32_MAX));
     }
-    m_company.reset();
+    if (m_company != nullptr)
+    {
+        m_company->GoOffline(progress);
+        m_company.reset();
+    }
     m_companySettings = options;
     if (options.count > 0)
     {

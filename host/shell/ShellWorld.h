@@ -79,9 +79,10 @@ public:
     /// Whether `StartTrace` records something.
     bool IsOwnTraceRunning() const;
 
-    /// Takes the present company offline and puts a new one in its place, which is still offline. `ShellFailure` when the user
-    /// ids exceed the largest one.
-    void SetCompany(const platform::CrowdOptions& options);
+    /// Takes the present company offline and puts a new one in its place, which is still offline; a count of 0 leaves no
+    /// company. `ShellFailure` when the user ids exceed the largest one. `progress` may throw: the present company stays
+    /// then, and some of its members are offline.
+    void SetCompany(const platform::CrowdOptions& options, const platform::Crowd::Progress& progress);
 
     /// The simulated colleagues; null when there are none.
     platform::Crowd* Company()

@@ -122,3 +122,14 @@ ProgramResult RunHost(const std::vector<std::string>& arguments, const std::stri
 {
     return RunningHost(arguments, input, out, environment).WaitForEnd();
 }
+
+ProgramResult RunHostLine(const std::string& line)
+{
+    const TemporaryFolder folder;
+    const std::string outPath = folder / "out";
+    const std::string errPath = folder / "err";
+    const std::string command =
+        "{ timeout 60 '" ONLINEHOST_PROGRAM "' " + line + "; } </dev/null >'" + outPath + "' 2>'" + errPath + "'";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile(outPath), ReadFile(errPath)};
+}

@@ -46,3 +46,7 @@ private:
 /// Runs `onlinehost` and waits for its end; the arguments are those of `RunningHost`.
 ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
                       const std::string& out = {}, const std::map<std::string, std::string>& environment = {});
+
+/// Runs `onlinehost` with a command line of the system's shell, redirections included: "shell <&-". Exit code 124 after a
+/// minute.
+ProgramResult RunHostLine(const std::string& line);

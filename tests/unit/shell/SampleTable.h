@@ -23,7 +23,12 @@ inline host::ShellTable SampleTable()
          "Invite",
          "",
          nothing});
-    table.Add({"One", "accept", {{"INVITATION", Form::One, Kind::Received}}, "Accept", "", nothing});
+    table.Add({"One",
+               "accept",
+               {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
+               "Accept",
+               "",
+               nothing});
     table.Add({"Two",
                "as",
                {{"TERMINAL", Form::Optional, Kind::Terminal}, {"COMMAND", Form::Any, Kind::Line}},
@@ -42,6 +47,12 @@ inline host::ShellTable SampleTable()
                 {"REPORT", Form::One, Kind::Word, {"overview", "detail"}},
                 {"answer", Form::Option, Kind::Word, {"yes", "no"}}},
                "Monitor",
+               "",
+               nothing});
+    table.Add({"Two",
+               "refuse",
+               {{"CODE", Form::One, Kind::Number, {}, 100, {"32", "36"}}, {"USER", Form::Optional, Kind::User}},
+               "Refuse",
                "",
                nothing});
     table.Add({"Two", "help", {{"COMMAND", Form::Optional, Kind::Command}}, "Help", "", nothing});

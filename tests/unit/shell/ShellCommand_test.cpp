@@ -73,8 +73,8 @@ TEST(ShellCommand, WordsThatDoNotFitAreNamed)
     EXPECT_EQ(Refusal("invite", {"force"}), "USER is missing");
     EXPECT_EQ(Refusal("message", {"7"}), "TEXT is missing");
     EXPECT_EQ(Refusal("monitor", {"7"}), "overview|detail is missing");
-    EXPECT_EQ(Refusal("logout", {"now"}), "\"now\" is too much");
-    EXPECT_EQ(Refusal("login", {"7", "8"}), "\"8\" is too much");
+    EXPECT_EQ(Refusal("logout", {"now"}), "unexpected argument \"now\"");
+    EXPECT_EQ(Refusal("login", {"7", "8"}), "unexpected argument \"8\"");
     EXPECT_EQ(Refusal("login", {"force", "force"}), "force is given twice");
     EXPECT_EQ(Refusal("login", {"server=a", "server=b"}), "server is given twice");
     EXPECT_EQ(Refusal("invite", {"7x"}), "user id \"7x\" is not a decimal number");
@@ -115,16 +115,43 @@ TEST(ShellCommand, AnUnknownCommandNamesSimilarOnes)
 TEST(ShellCommand, HelpListsTheGroupsAndTellsTheDetails)
 {
     const host::ShellTable table = SampleTable();
-    EXPECT_EQ(table.Overview(), "One\n"
-                                "  login    Log in\n"
-                                "  logout   Log out\n"
-                                "  invite   Invite\n"
-                                "  accept   Accept\n"
-                                "Two\n"
-                                "  as       Be another\n"
-                                "  message  Send\n"
-                                "  monitor  Monitor\n"
-                                "  help     Help\n");
-    EXPECT_EQ(host::ShellTable::Help(table.Get("login")),
+    EXPECT_EQ(table.Overview(80), "One\n"
+                                  "  login    Log in\n"
+                                  "  logout   Log out\n"
+                                  "  invite   Invite\n"
+                                  "  accept   Accept\n"
+                                  "Two\n"
+                                  "  as       Be another\n"
+                                  "  message  Send\n"
+                                  "  monitor  Monitor\n"
+                                  "  refuse   Refuse\n"
+                                  "  help     Help\n");
+    EXPECT_EQ(table.Overview(20).substr(0, 44), "One\n"
+                                                "  login\n"
+                                                "    Log in\n"
+                                                "  logout\n"
+                                                "    Log out\n");
+    EXPECT_EQ(host::ShellTable::Help(table.Get("login"), 80),
               "usage: login [TERMINAL] [force] [server=TEXT]\nLog in.\nMore about it.\n");
+}
+
+TEST(ShellCommand, HelpIsWrapped)
+{
+    const host::ShellCommand command{"One",
+                                     "wait",
+                                     {{"EVENT", host::ShellForm::One, host::ShellKind::Word, {"login", "offline"}}},
+                                     "Wait for an event of the present terminal",
+                                     "A text that is broken\nin the source.\n\nAnother paragraph.\n",
+                                     [](const ShellArguments&) {}};
+    EXPECT_EQ(host::ShellTable::Help(command, 30), "usage: wait login|offline\n"
+                                                   "Wait for an event of the\n"
+                                                   "present terminal.\n"
+                                                   "A text that is broken in the\n"
+                                                   "source.\n"
+                                                   "Another paragraph.\n");
+    host::ShellTable table;
+    table.Add(command);
+    EXPECT_EQ(table.Overview(36), "One\n"
+                                  "  wait  Wait for an event of the\n"
+                                  "        present terminal\n");
 }

@@ -49,6 +49,21 @@ private:
     int m_ends[2]{-1, -1};
 };
 
+/// The message of the error; empty when there was none.
+template <typename Call>
+std::string Refusal(Call call)
+{
+    try
+    {
+        call();
+        return {};
+    }
+    catch (const onlinehost::Error& error)
+    {
+        return error.what();
+    }
+}
+
 /// Every line, each with its place.
 Words ReadAll(ShellScript& script)
 {
@@ -122,10 +137,30 @@ TEST(ShellScript, TheLongestLineIsRead)
     close(file);
 }
 
-TEST(ShellScript, AFileThatCannotBeReadIsAnError)
+TEST(ShellScript, AFileThatCannotBeReadIsNamedWithTheReason)
 {
     const int folder = open("/", O_RDONLY);
-    ShellScript script(folder, "s");
-    EXPECT_THROW(script.Read(), onlinehost::Error);
+    ShellScript script(folder, "s\n");
+    EXPECT_EQ(Refusal([&] { script.Read(); }), "s\\x0A cannot be read: Is a directory");
     close(folder);
+}
+
+TEST(ShellScript, AClosedOrUnreadableDescriptorIsRefusedAtOnce)
+{
+    const int closed = open("/dev/null", O_RDONLY);
+    close(closed);
+    EXPECT_EQ(Refusal([&] { ShellScript(closed, "s"); }), "s cannot be read: it is closed");
+    const int output = open("/dev/null", O_WRONLY);
+    EXPECT_EQ(Refusal([&] { ShellScript(output, "s"); }), "s cannot be read: it is open for writing only");
+    close(output);
+}
+
+TEST(ShellScript, ALineThatIsTooLongIsToldWithItsPlace)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("long", "who\n" + std::string(ShellScript::kLongestLine + 1, 'x'));
+    const int file = open(path.c_str(), O_RDONLY);
+    ShellScript script(file, "s");
+    EXPECT_EQ(Refusal([&] { ReadAll(script); }), "s:2: the line is longer than 1048576 bytes");
+    close(file);
 }
