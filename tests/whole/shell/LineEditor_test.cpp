@@ -125,6 +125,26 @@ TEST_F(LineEditor, TabCompletesCommandsUsersAndInvitations)
     ASSERT_TRUE(shell.SeeLastLine("7@pc> accept 1")) << shell.Now().Text();
 }
 
+TEST_F(LineEditor, TabOffersInvitationsOfTheTerminalThatTheCommandIsFor)
+{
+    TerminalProgram shell(Arguments({"--user", "7"}));
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("accept \t.");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc> accept .")) << "none is open: " << shell.Now().Text();
+    shell.Type(kCtrlC);
+    shell.Type("login 8\r");
+    ASSERT_TRUE(shell.SeeLastLine("8@pc>"));
+    shell.Type("as 7 invite 8\r");
+    ASSERT_TRUE(shell.See("8@pc is invited by user 7"));
+    shell.Type("as 7 accept \t.");
+    ASSERT_TRUE(shell.SeeLastLine("8@pc> as 7 accept .")) << "the other terminal has none: " << shell.Now().Text();
+    shell.Type(kCtrlC);
+    shell.Type("as 7\r");
+    ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
+    shell.Type("as 8 accept \t");
+    EXPECT_TRUE(shell.SeeLastLine("7@pc> as 8 accept 1")) << shell.Now().Text();
+}
+
 TEST_F(LineEditor, TabListsWhatFitsWhenSeveralDo)
 {
     TerminalProgram shell(Arguments());
