@@ -92,7 +92,7 @@ TEST(ShellStreams, AnInterruptedCompanyLeavesThePromptAndMayBeSentHome)
     ASSERT_TRUE(shell.See("interrupted; ")) << shell.Now().Text();
     ASSERT_TRUE(shell.SeeLastLine(kPrompt)) << shell.Now().Text();
     shell.Type("company 0\r");
-    EXPECT_TRUE(shell.See("the company has gone home")) << shell.Now().Text();
+    EXPECT_TRUE(shell.See("all simulated users are offline")) << shell.Now().Text();
     shell.Type("company 3\r");
     EXPECT_TRUE(shell.See("users 1001 to 1003 are online on pc")) << shell.Now().Text();
 }
