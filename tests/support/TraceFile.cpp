@@ -281,7 +281,7 @@ std::vector<std::string> TraceFile::Slices(const std::string& track) const
         {
             depth += '.';
         }
-        else if (record.phase == "E")
+        else if (record.phase == "E" && !depth.empty())
         {
             depth.pop_back();
         }
