@@ -3,6 +3,7 @@
 #include "checks/Stage.h"
 
 #include <barrier>
+#include <optional>
 
 namespace checks
 {

@@ -8,6 +8,7 @@
 #include <elf.h>
 #include <fstream>
 #include <string_view>
+#include <vector>
 
 namespace onlinehost
 {
