@@ -142,11 +142,15 @@ private:
     /// A scene of the story is a chapter of the recording.
     void Scene(const std::string& title, const std::function<void()>& play)
     {
-        if (m_world.trace != nullptr)
-        {
-            m_world.trace->Chapter(title);
-        }
-        m_story.Scene(title, play);
+        m_story.Scene(title,
+                      [&]
+                      {
+                          if (m_world.trace != nullptr)
+                          {
+                              m_world.trace->Chapter(title);
+                          }
+                          play();
+                      });
     }
 
     std::unique_ptr<Actor> Enter(const std::string& name, unsigned userId, Terminal terminal)

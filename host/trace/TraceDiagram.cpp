@@ -320,16 +320,11 @@ void TraceDiagram::Settle(Items::iterator item)
 {
     const DiagramCall& call = *item->call;
     item->isSettled = true;
-    const bool foundNothing = call.IsRead() && call.IsFailure();
-    if (!IsChosenDevice(call.Component()) || foundNothing)
-    {
-        m_items.erase(item);
-    }
-    else if (IsSetUp(call.Name()))
+    if (IsWanted(call) && IsSetUp(call.Name()))
     {
         Fold(item);
     }
-    else if ((!m_choice.subjects.empty() && !call.IsAbout(m_choice.subjects)) || Merge(item))
+    else if (!IsWanted(call) || Merge(item))
     {
         m_items.erase(item);
     }
@@ -337,6 +332,14 @@ void TraceDiagram::Settle(Items::iterator item)
     {
         Limit(item);
     }
+}
+
+/// Whether the call, or the set-up that it is, has a place in the diagram.
+bool TraceDiagram::IsWanted(const DiagramCall& call) const
+{
+    const bool isAboutSubject = m_choice.subjects.empty() || IsSetUp(call.Name()) || call.IsAbout(m_choice.subjects);
+    const bool foundNothing = call.IsRead() && call.IsFailure();
+    return IsChosenDevice(call.Component()) && isAboutSubject && !foundNothing;
 }
 
 bool TraceDiagram::IsChosenDevice(uint32_t component) const

@@ -68,6 +68,7 @@ private:
 
     void Settle(Items::iterator item);
     void SettleThread(int thread);
+    bool IsWanted(const DiagramCall& call) const;
     bool IsChosenDevice(uint32_t component) const;
     void Fold(Items::iterator item);
     bool Merge(Items::iterator item);

@@ -117,6 +117,7 @@ TEST(Demo, AnInterruptionEndsItInOrderWithCompleteFiles)
     const TraceFile trace(folder / "trace");
     EXPECT_EQ(trace.Problems(), Problems{});
     EXPECT_EQ(trace.Count("WDllCreateComponent"), trace.Count("IOnlineManager::Destroy"));
+    EXPECT_EQ(trace.Count("A message arrives"), 0u) << "a scene that is not played is no chapter";
     EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
     EXPECT_NE(ReadFile(folder / "log").find("WDllCanUnloadNow :0."), std::string::npos);
 }
