@@ -98,7 +98,7 @@ public:
     {
         TraceArguments arguments;
         Append(arguments, "request", request);
-        TraceSpan span = Record("IHttpClient::Request", std::move(arguments));
+        TraceSpan span = Record("IHttpClient::Request", arguments);
         const uint32_t id = m_target.Request(request, m_context.Of(notify), text);
         span.Output("id", int64_t{id});
         return id;

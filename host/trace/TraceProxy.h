@@ -71,13 +71,13 @@ public:
         return static_cast<Interface*>(traced);
     }
 
-    TraceCall MakeCall(Crossing crossing, const char* name, TraceArguments arguments, const void* receiver) const
+    TraceCall MakeCall(Crossing crossing, const char* name, const TraceArguments& arguments, const void* receiver) const
     {
         if (m_isHosts)
         {
             crossing = crossing == Crossing::PlatformCall ? Crossing::HostPlatformCall : Crossing::HostPlatformEvent;
         }
-        return {crossing, m_component, name, std::move(arguments), m_connection, receiver};
+        return {crossing, m_component, name, arguments, m_connection, receiver};
     }
 
     Trace& GetTrace() const
@@ -198,11 +198,9 @@ public:
     TraceProxy(TraceContext& context, Interface& target) : m_context(context), m_target(target) {}
 
 protected:
-    ~TraceProxy() = default;
-
-    TraceSpan Record(const char* name, TraceArguments arguments = {})
+    TraceSpan Record(const char* name, const TraceArguments& arguments = {})
     {
-        return {m_context.GetTrace(), m_context.MakeCall(kWay, name, std::move(arguments), &m_target)};
+        return {m_context.GetTrace(), m_context.MakeCall(kWay, name, arguments, &m_target)};
     }
 
     /// Records a call of `operation` and passes it on. `names` are the names of the arguments; one that is empty is not
@@ -215,7 +213,7 @@ protected:
         TraceArguments arguments;
         size_t index = 0;
         (Append(arguments, names[index++], values), ...);
-        TraceSpan span = Record(name, std::move(arguments));
+        TraceSpan span = Record(name, arguments);
         std::tuple<TracePassed<Parameters>...> passed(
             TracePassed<Parameters>(m_context, std::forward<Parameters>(values))...);
         return std::apply(
