@@ -270,7 +270,8 @@ bool DiagramCall::IsAboutOthersThan(const DiagramCall& other) const
 
 bool DiagramCall::IsAbout(const std::vector<TraceSubject>& subjects) const
 {
-    return (!IsSetUp(m_name) && std::find(subjects.begin(), subjects.end(), SubjectOf(m_name)) != subjects.end()) ||
+    return (!IsSetUp(m_name) && std::any_of(subjects.begin(), subjects.end(),
+                                            [this](TraceSubject subject) { return BelongsTo(m_name, subject); })) ||
            std::any_of(m_inside.begin(), m_inside.end(),
                        [&subjects](const auto& call) { return call->IsAbout(subjects); });
 }

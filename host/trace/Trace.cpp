@@ -339,7 +339,7 @@ struct Trace::State
                 known += (known.empty() ? "" : ", ") + Printable(device);
             }
             throw Error("the diagram cannot show the device \"" + Printable(unknown.front()) +
-                        "\": the recorded devices are " + (known.empty() ? "none" : known));
+                        "\": " + (known.empty() ? "no device was recorded" : "the recorded devices are " + known));
         }
     }
 

@@ -213,7 +213,7 @@ private:
     {
         if (m_devices.empty())
         {
-            diagram.ClosingNote("No recorded call belongs to what was to be shown");
+            diagram.ClosingNote("No call of the chosen devices and subjects was recorded");
         }
         const size_t folded = m_folded + m_plan.m_folded;
         if (folded != 0)

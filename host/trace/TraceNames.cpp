@@ -92,6 +92,27 @@ bool Contains(std::string_view text, std::string_view part)
     return text.find(part) != std::string_view::npos;
 }
 
+TraceSubject SubjectOf(std::string_view text)
+{
+    if (Contains(text, "TMsg"))
+    {
+        return TraceSubject::Messages;
+    }
+    if (Contains(text, "Mds"))
+    {
+        return TraceSubject::Quality;
+    }
+    if (text.starts_with("IMeetingTunnel") || Contains(text, "Group") || Contains(text, "LoginOldGw"))
+    {
+        return TraceSubject::Meetings;
+    }
+    if (text.starts_with("IUserOnline") || text.starts_with("IZolOnline"))
+    {
+        return Contains(OperationOf(text), "Invite") ? TraceSubject::Invitations : TraceSubject::Presence;
+    }
+    return TraceSubject::Login;
+}
+
 } // namespace
 
 TraceCode MeaningOf(ErrCode code)
@@ -189,26 +210,9 @@ std::optional<TraceSubject> FindTraceSubject(const std::string& name)
     return found != names.end() ? std::optional(static_cast<TraceSubject>(found - names.begin())) : std::nullopt;
 }
 
-TraceSubject SubjectOf(const char* name)
+bool BelongsTo(const char* name, TraceSubject subject)
 {
-    const std::string_view text(name);
-    if (Contains(text, "TMsg"))
-    {
-        return TraceSubject::Messages;
-    }
-    if (Contains(text, "Mds"))
-    {
-        return TraceSubject::Quality;
-    }
-    if (text.starts_with("IMeetingTunnel") || Contains(text, "Group") || Contains(text, "LoginOldGw"))
-    {
-        return TraceSubject::Meetings;
-    }
-    if (text.starts_with("IUserOnline") || text.starts_with("IZolOnline"))
-    {
-        return Contains(OperationOf(text), "Invite") ? TraceSubject::Invitations : TraceSubject::Presence;
-    }
-    return TraceSubject::Login;
+    return SubjectOf(name) == subject || (subject == TraceSubject::Meetings && Contains(name, "Reconnect"));
 }
 
 bool IsSetUp(const char* name)

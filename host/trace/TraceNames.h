@@ -47,8 +47,9 @@ const std::vector<std::string>& TraceSubjectNames();
 /// The subject of this name.
 std::optional<TraceSubject> FindTraceSubject(const std::string& name);
 
-/// The subject of an operation.
-TraceSubject SubjectOf(const char* name);
+/// Whether an operation belongs to a subject. The loss and the return of a connection belong to logins and to meetings: a
+/// meeting is left and entered again with them.
+bool BelongsTo(const char* name, TraceSubject subject);
 
 /// Whether an operation only creates, connects or removes objects and listeners.
 bool IsSetUp(const char* name);

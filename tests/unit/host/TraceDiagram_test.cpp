@@ -327,6 +327,17 @@ TEST_F(TraceDiagramTest, ShowsTheChosenSubjectsAndWhatLedToThem)
                               "Note over P1,P3: Not drawn: 1 further calls of set-up"}));
 }
 
+TEST_F(TraceDiagramTest, ShowsTheLossOfAConnectionAmongTheMeetings)
+{
+    Choose({.subjects = {host::TraceSubject::Meetings}});
+    Event("IZolConnectionListener::OnLogouted");
+    Event("IZolConnectionListener::OnReconnectStart");
+    Event("IZolConnectionListener::OnReconnectSucess");
+    Event("IZolConnectionListener::OnGroupUserSync");
+    EXPECT_EQ(Drawn(),
+              (Lines{"P3->>P2: OnReconnectStart()", "P3->>P2: OnReconnectSucess()", "P3->>P2: OnGroupUserSync()"}));
+}
+
 TEST_F(TraceDiagramTest, AFullOneSaysWhatItLacks)
 {
     for (int i = 0; i < 3000; ++i)

@@ -81,9 +81,10 @@ protected:
 TEST_F(TraceTest, AnUnusedOneIsATrace)
 {
     EXPECT_TRUE(Close().Records().empty());
-    EXPECT_EQ(ReadFile(m_folder / "diagram"), "sequenceDiagram\n"
-                                              "    participant P1 as Host\n"
-                                              "    Note over P1: No recorded call belongs to what was to be shown\n");
+    EXPECT_EQ(ReadFile(m_folder / "diagram"),
+              "sequenceDiagram\n"
+              "    participant P1 as Host\n"
+              "    Note over P1: No call of the chosen devices and subjects was recorded\n");
 }
 
 TEST_F(TraceTest, ArgumentsOutputsAndResultsAreShown)
