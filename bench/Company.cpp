@@ -14,7 +14,7 @@ namespace
 using onlinemanager::UserOnlineInfo;
 using onlinemanager::UserTerminalInfo;
 
-/// What a terminal of each kind gave to its login.
+/// The extension text of a login from this kind of terminal.
 constexpr const char* kExtInfos[] = {R"({"tt":1})", R"({"tt":3})"};
 constexpr char kShortTail[] = "";
 constexpr char kLongTail[] = "-4f5a-9c1b-7e2d-60a1b2c3d4e5";

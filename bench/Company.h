@@ -19,8 +19,8 @@ public:
     struct Options
     {
         size_t users = 0;
-        size_t first = 0;       ///< number of the first user: parts of one company differ in it
-        bool shuffled = false;  ///< the users come in no order
+        size_t first = 0;       ///< number of the first user; differs among the parts of one company
+        bool shuffled = false;  ///< the users are in random order
         bool longTexts = false; ///< texts as long as those of clients that name their devices by a GUID
     };
 

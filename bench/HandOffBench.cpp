@@ -14,7 +14,7 @@ namespace bench
 namespace
 {
 
-/// The plainest way to pass a value to another thread.
+/// Passes a value to another thread in the plainest way.
 template <typename Value>
 class Slot
 {
@@ -155,7 +155,7 @@ private:
     IHttpResponseNotify* m_notify = nullptr;
     uint32_t m_nextId = 1;
     Slot<uint32_t> m_requests;
-    std::thread m_thread; ///< last: it uses what stands above
+    std::thread m_thread; ///< last, because it uses the members above
 };
 
 void HttpGet(benchmark::State& state)

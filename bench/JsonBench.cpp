@@ -21,7 +21,7 @@ using onlinemanager::VideoQualityData;
 
 constexpr auto kTerminal = static_cast<quenda::TerminalType>(3);
 constexpr char kName[] = "Zo\u00eb Ann\u00e9";
-constexpr unsigned kStreams = 50; // of a report: audio and video, sent and received together
+constexpr unsigned kStreams = 50; // of one report: sent and received, audio and video
 
 class Writer : public rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF8<>, rapidjson::ASCII<>>
 {
@@ -41,7 +41,7 @@ public:
     }
 };
 
-/// What a direct writer makes of `write(Writer&)`.
+/// The text that `write(Writer&)` writes without the module.
 template <typename Write>
 std::string WriteDirectly(Write write)
 {
@@ -270,7 +270,8 @@ std::string WriteDetail(const AVQualityInfo& info)
                        });
 }
 
-/// Runs `format()`, whose text has to be as long as that of `other()`: the times in them may differ by a second.
+/// Runs `format()`. Its text must have the length of the text of `other()`; the texts may differ, because each holds a
+/// time.
 template <typename Format, typename Other>
 void RunFormat(benchmark::State& state, Format format, Other other)
 {
@@ -285,7 +286,8 @@ void RunFormat(benchmark::State& state, Format format, Other other)
     }
 }
 
-/// A formatting operation beside the direct writer; `Operation` has the static functions `Module` and `Direct`.
+/// A formatting operation with the direct writer as its floor; `Operation` has the static functions `Module` and
+/// `Direct`.
 template <typename Operation>
 void AddFormat(const char* subject)
 {
@@ -375,7 +377,7 @@ struct FormatDetail
     }
 };
 
-/// The least that reading `json` takes.
+/// The floor of reading `json`.
 void BareParse(benchmark::State& state, const std::string& json)
 {
     for (auto _ : state)

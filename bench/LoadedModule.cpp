@@ -13,9 +13,10 @@ namespace bench
 namespace
 {
 
-constexpr unsigned kInviteIds = 1U << 16; // used over and over, so that the module's table of them stays as it is
+constexpr unsigned kInviteIds =
+    1U << 16; // used again and again, so that the module's table of invitations does not grow
 
-/// Lends itself and is never freed by its users.
+/// An object with a reference count that never frees it.
 template <typename Interface>
 class Lent : public Interface
 {
@@ -35,7 +36,7 @@ public:
     }
 };
 
-/// Does what it is asked to and lets nobody know.
+/// Accepts every operation and sends no event.
 class IdleOnline final : public avcore::IZolOnline
 {
 public:
@@ -93,7 +94,7 @@ private:
     unsigned m_lastInviteId = 0;
 };
 
-/// Answers logins and logouts when `Answer` is called, and nothing else.
+/// Answers a login or logout when `Answer` is called, and sends no other event.
 class IdleConnection final : public Lent<avcore::IZolConnection>
 {
 public:
@@ -163,7 +164,7 @@ private:
     std::vector<avcore::IZolConnectionListener*> m_listeners;
 };
 
-/// The module's table of functions. The module stays loaded: it keeps nothing between two components.
+/// The module's table of functions. The module stays loaded, because it keeps nothing from one component to the next.
 const FMDllTable& Functions()
 {
     static const FMDllTable table = []

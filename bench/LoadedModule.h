@@ -28,7 +28,7 @@ public:
         return *m_users;
     }
 
-    /// The module's end of the platform's online component: what is called here comes from the platform.
+    /// The module's listener at the platform's online component. A call here is an event of the platform.
     avcore::IZolOnlineListener& Platform();
 
     /// Logs out and in again.

@@ -11,7 +11,7 @@ namespace
 
 constexpr char kLine[] = "%s(), userid=%s, status=%d, terminal=%s, custom=%s.";
 
-/// A message that formats into its buffer and is used over and over.
+/// A message that formats into its buffer; one object serves all lines.
 class Message final : public ILogMessage
 {
 public:
@@ -65,7 +65,7 @@ public:
     void Reserved7() override {}
     void Reserved9() override {}
 
-    // Not inlined: the host's code is never known to the module.
+    // Not inlined: the compiler of the module never sees the host's code.
     __attribute__((noinline)) int32_t GetLoggerLevel(int64_t /*loggerId*/) override
     {
         return m_level;
@@ -116,7 +116,7 @@ void VirtualCall(benchmark::State& state)
     ILogMgr* manager = &concrete;
     for (auto _ : state)
     {
-        benchmark::DoNotOptimize(manager); // whose function is called must not be known here
+        benchmark::DoNotOptimize(manager); // hides the object's class from the compiler
         benchmark::DoNotOptimize(manager->GetLoggerLevel(1));
     }
 }

@@ -49,7 +49,7 @@ Usage ReadUsage()
     return usage;
 }
 
-/// Makes the users a page at a time, so that they take no memory worth mentioning, and calls `take(part, pages, index)`.
+/// Makes the users one page at a time, so that they take little memory themselves, and calls `take(part, pages, index)`.
 template <typename Take>
 void ForEachPage(unsigned users, bool longTexts, Take take)
 {
@@ -63,7 +63,7 @@ void ForEachPage(unsigned users, bool longTexts, Take take)
     }
 }
 
-/// What the measured processes tell: kibibytes that memory has grown by.
+/// The growth of a measured process's memory, in kibibytes.
 struct Growth
 {
     long m_kept = 0;
@@ -102,7 +102,7 @@ Growth Refresh(unsigned users, bool longTexts, int times)
     return GrowthSince(start);
 }
 
-/// Runs `measure()` in a process of its own, whose memory nothing else has touched.
+/// Runs `measure()` in a process of its own, so that no other measurement has used its heap.
 template <typename Measure>
 Growth RunApart(Measure measure)
 {
@@ -167,8 +167,8 @@ int MeasureMemory(unsigned users)
     {
         const char* const texts = longTexts ? "long" : "short";
         PrintRow(texts, "bare records", RunApart([=] { return CopyRecords(users, longTexts); }));
-        PrintRow(texts, "first refresh", RunApart([=] { return Refresh(users, longTexts, 1); }));
-        PrintRow(texts, "two more refreshes", RunApart([=] { return Refresh(users, longTexts, 3); }));
+        PrintRow(texts, "one refresh", RunApart([=] { return Refresh(users, longTexts, 1); }));
+        PrintRow(texts, "three refreshes", RunApart([=] { return Refresh(users, longTexts, 3); }));
     }
     return 0;
 }

@@ -13,7 +13,7 @@ using onlinemanager::IUserOnlineNotify;
 class Listener final : public IUserOnlineNotify
 {
 public:
-    // Not inlined: a listener's code is the host's, and the module never sees it.
+    // Not inlined: the compiler of the module never sees a listener's code.
     __attribute__((noinline)) void OnUserStatusRefreshed(unsigned requestId, avcore::ZolPortErrCode /*code*/) override
     {
         m_sum += requestId;

@@ -11,14 +11,14 @@ namespace bench
 
 using Body = void (*)(benchmark::State&);
 
-/// What stands behind the name of a floor's benchmark.
+/// The suffix of the name of a floor's benchmark.
 inline constexpr char kFloorSuffix[] = ":floor";
 
-/// Which clock says how long a pair took.
+/// The clock that measures both benchmarks of a pair.
 enum class Clock
 {
-    CPU,  ///< the measuring thread's processor time: not disturbed by what else runs on the machine
-    WALL, ///< for work that another thread does meanwhile
+    CPU,  ///< the measuring thread's processor time, which other load on the machine does not change
+    WALL, ///< for work of which another thread does a part
 };
 
 /// Registers a benchmark and its floor, the least that the same work could cost, each once per size. One iteration of both

@@ -48,7 +48,7 @@ private:
     size_t m_changed = 0;
 };
 
-/// The company of the running benchmark. Kept until another one is wanted: a large one takes longer to make than to measure.
+/// The company of the running benchmark. Kept until a benchmark needs another one, because a large one takes longer to make than to measure.
 Company& SharedCompany(int64_t users, Order order)
 {
     static std::unique_ptr<Company> company;
@@ -77,7 +77,7 @@ public:
         return m_module;
     }
 
-    /// Lets all pages of a refresh arrive and returns how many users it changed.
+    /// Sends all pages of a refresh and returns how many users it changed.
     size_t Refresh(const Company& company)
     {
         const int pages = static_cast<int>(company.Pages().size());
@@ -100,7 +100,7 @@ private:
     LoadedModule m_module;
 };
 
-/// Runs refreshes, `prepare()` before each of them outside of the measurement; each has to change `changes` users.
+/// Runs refreshes, each of which must change `changes` users. Calls `prepare()` before each, outside of the measured time.
 template <typename Prepare>
 void RunRefresh(benchmark::State& state, Watch& watch, const Company& company, size_t changes, Prepare prepare)
 {
@@ -159,7 +159,7 @@ void CopyRecords(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/// The numbers below `count` in no order, over and over.
+/// Gives the numbers below `count` in random order, again and again.
 class RandomOrder
 {
 public:
@@ -179,7 +179,7 @@ public:
         return m_numbers[m_next++];
     }
 
-    /// How often all numbers have come already.
+    /// How many times all numbers have been given.
     size_t Rounds() const
     {
         return m_rounds;
@@ -191,7 +191,7 @@ private:
     size_t m_rounds = 0;
 };
 
-/// What a user's terminal publishes in a round of events: never what it published before.
+/// The text that a terminal publishes in a round of events; it differs from the text of the round before.
 const char* CustomText(size_t round)
 {
     return round % 2 == 0 ? "back at three" : "at lunch";

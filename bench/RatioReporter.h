@@ -8,8 +8,8 @@
 namespace bench
 {
 
-/// Prints every run as it ends, and in the end a table of each pair with its ratio. With repetitions the quickest counts:
-/// what disturbs a run only ever makes it slower.
+/// Prints every run as it ends, and at the end a table of the pairs with their ratios. With repetitions the fastest run
+/// counts, because a disturbance can only make a run slower.
 class RatioReporter : public benchmark::ConsoleReporter
 {
 public:

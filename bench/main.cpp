@@ -16,7 +16,7 @@ int RunBenchmarks(int argc, char** argv)
     {
         return 2;
     }
-    // What was freed is used again at once. Otherwise whoever comes first pays for the pages that the others find mapped.
+    // The heap keeps freed pages. Otherwise the first benchmark would pay for the pages that later ones use.
     mallopt(M_MMAP_MAX, 0);
     mallopt(M_TRIM_THRESHOLD, INT_MAX);
 
