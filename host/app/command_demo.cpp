@@ -60,12 +60,6 @@ std::string TallyText(const Console& out, const Story::Tally& tally, std::chrono
                              : out.Paint(Tone::Bad, steps + std::to_string(tally.failed) + " failed");
 }
 
-/// Begins a line, which is a temporary object of the caller's expression.
-JsonLine& Start(JsonLine&& line, const char* type)
-{
-    return line.Text("type", type).Time("time", std::chrono::system_clock::now());
-}
-
 /// The lines in front of the story and after it.
 class Frame
 {
@@ -80,8 +74,7 @@ public:
     void Begin(const Module& module) const
     {
         const std::string path = module.Path().string();
-        m_out.Line(m_options.json ? Start(JsonLine(), "start").Text("module", path).Take()
-                                  : "A meeting on " + Printable(path));
+        m_out.Line(m_options.json ? JsonLine("start").Text("module", path).Take() : "A meeting on " + Printable(path));
     }
 
     int ExitCode(const Story::Tally& tally) const
@@ -101,7 +94,7 @@ public:
         if (m_options.json)
         {
             completeFiles();
-            m_out.Line(Start(JsonLine(), "result")
+            m_out.Line(JsonLine("result")
                            .Number("steps", static_cast<int64_t>(tally.steps))
                            .Number("failed", static_cast<int64_t>(tally.failed))
                            .Number("milliseconds", milliseconds.count())

@@ -34,7 +34,8 @@ namespace
 
 constexpr char kLogName[] = "onlinehost";
 
-/// How much longer than the HTTP object and the command the platform waits, so that those name the reason of a time-out.
+/// The platform waits this much longer than the HTTP object and the command, so that their messages name the reason of
+/// a time-out.
 constexpr std::chrono::seconds kPlatformGrace{1};
 
 struct Options
@@ -76,7 +77,7 @@ platform::PlatformOptions ToPlatformOptions(const Options& options)
     return limits;
 }
 
-/// A code with which the platform can refuse a login; `Error` for another text.
+/// Reads a code with which the platform can refuse a login. Throws `Error` for another text.
 uint32_t ParseRefusal(const std::string& text)
 {
     const uint32_t code = ParseNumber(text, "code");
@@ -96,7 +97,7 @@ void CheckFiles(const Options& options)
                           {"the module", FindModule(options.login.module), false}});
 }
 
-/// One run of the command: the platform and the component, and the lines about what happens to them.
+/// One run of the command: the platform, the component, and the lines that the command writes.
 class LoginRun
 {
 public:
@@ -129,7 +130,7 @@ public:
         const int exitCode = isInterrupted ? m_interruption.ExitCode() : result;
         if (m_options.json)
         {
-            Line(Start(JsonLine(), "result").Number("exitCode", exitCode).Take());
+            Line(JsonLine("result").Number("exitCode", exitCode).Take());
         }
         return exitCode;
     }
@@ -160,7 +161,8 @@ private:
         std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline, "the login");
         if (result && result->kind == EventKind::LoginSuccess)
         {
-            // The module tells its presence service after all listeners; the refresh shows that it has done so.
+            // The module's presence service learns of the login after all listeners. The result of its refresh shows
+            // that it has.
             result = WaitForAnyOf(session, EventKind::UserStatusChanged, EventKind::Offline, "the first refresh");
         }
         if (!result)
@@ -176,13 +178,13 @@ private:
         return WaitForAnyOf(session, EventKind::Offline, EventKind::Offline, "the logout") ? EXIT_DONE : EXIT_FAILED;
     }
 
-    /// Something that the device does.
+    /// Writes an action of the device.
     void Tell(const std::string& text)
     {
         Write("action", text, Tone::Quiet);
     }
 
-    /// What fails after a signal fails because of it.
+    /// After a signal every failure is a consequence of it and is not reported.
     void TellFailure(const std::string& text)
     {
         if (m_interruption.Signal() == 0)
@@ -202,24 +204,18 @@ private:
         WriteText(m_out.Paint(isBad ? Tone::Bad : Tone::Good, Describe(event)), event.time);
     }
 
-    /// Flushed, so that a login can be followed through a pipe.
+    /// Flushes each line, so that a reader at a pipe gets it at once.
     void Line(std::string_view text) const
     {
         m_out.Line(text);
         m_out.Flush();
     }
 
-    /// Begins a line, which is a temporary object of the caller's expression.
-    static JsonLine& Start(JsonLine&& line, const char* type)
-    {
-        return line.Text("type", type).Time("time", std::chrono::system_clock::now());
-    }
-
     void Write(const char* type, const std::string& text, Tone tone)
     {
         if (m_options.json)
         {
-            Line(Start(JsonLine(), type).Text("source", m_options.login.device).Text("text", text).Take());
+            Line(JsonLine(type).Text("source", m_options.login.device).Text("text", text).Take());
             return;
         }
         WriteText(tone == Tone::Bad ? m_out.Paint(tone, text) : text, std::chrono::system_clock::now());
@@ -240,7 +236,8 @@ private:
         m_log.Write(kLogName, Quenda::LOG_LEVEL_WARNING, text);
     }
 
-    /// Tells every event up to the first one of either kind; none when the time is over or a signal has come.
+    /// Waits for the first event of one of two kinds and writes every event up to it. Nothing when the time is over or
+    /// a signal has come.
     std::optional<Event> WaitForAnyOf(Component& session, EventKind one, EventKind other, const std::string& awaited)
     {
         const auto deadline = std::chrono::steady_clock::now() + m_options.login.TimeLimit();
@@ -274,7 +271,7 @@ private:
                                  Printable(custom.value_or("")) + "\"";
         if (m_options.json)
         {
-            Line(Start(JsonLine(), "conflict")
+            Line(JsonLine("conflict")
                      .Text("source", m_options.login.device)
                      .Text("device", *device)
                      .Text("custom", custom.value_or(""))

@@ -103,8 +103,8 @@ void AddFields(JsonLine& line, const Event& event)
 
 std::string EventJson(std::string_view device, const Event& event)
 {
-    JsonLine line;
-    line.Text("type", "event").Time("time", event.time).Text("source", device).Text("event", EventName(event.kind));
+    JsonLine line("event", event.time);
+    line.Text("source", device).Text("event", EventName(event.kind));
     AddFields(line, event);
     return line.Text("text", Describe(event)).Take();
 }

@@ -8,9 +8,31 @@
 namespace host
 {
 
-JsonLine::JsonLine()
+namespace
+{
+
+/// "2024-05-06T07:08:09.042Z"
+std::string UtcText(std::chrono::system_clock::time_point time)
+{
+    using std::chrono::milliseconds;
+    const auto sinceEpoch = std::chrono::floor<milliseconds>(time.time_since_epoch());
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
+    const auto clock = static_cast<std::time_t>(seconds.count());
+    std::tm parts{};
+    gmtime_r(&clock, &parts);
+    char day[32];
+    char text[48];
+    std::strftime(day, sizeof(day), "%FT%T", &parts);
+    std::snprintf(text, sizeof(text), "%s.%03dZ", day, static_cast<int>((sinceEpoch - seconds).count()));
+    return text;
+}
+
+} // namespace
+
+JsonLine::JsonLine(std::string_view type, std::chrono::system_clock::time_point time)
 {
     m_writer.StartObject();
+    Text("type", type).Text("time", UtcText(time));
 }
 
 void JsonLine::Write(std::string_view text)
@@ -62,21 +84,6 @@ JsonLine& JsonLine::Numbers(const char* key, const std::vector<unsigned>& number
     }
     m_writer.EndArray();
     return *this;
-}
-
-JsonLine& JsonLine::Time(const char* key, std::chrono::system_clock::time_point time)
-{
-    using std::chrono::milliseconds;
-    const auto sinceEpoch = std::chrono::floor<milliseconds>(time.time_since_epoch());
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
-    const auto clock = static_cast<std::time_t>(seconds.count());
-    std::tm parts{};
-    gmtime_r(&clock, &parts);
-    char day[32];
-    char text[48];
-    std::strftime(day, sizeof(day), "%FT%T", &parts);
-    std::snprintf(text, sizeof(text), "%s.%03dZ", day, static_cast<int>((sinceEpoch - seconds).count()));
-    return Text(key, text);
 }
 
 JsonLine& JsonLine::Begin(const char* key)

@@ -11,11 +11,15 @@
 namespace host
 {
 
-/// Writes one JSON object that stands on one line. Bytes of a text that are not UTF-8 become U+FFFD.
+/// Writes one JSON object that stands on one line, as `--json` writes them. Bytes of a text that are not UTF-8 become
+/// U+FFFD.
 class JsonLine
 {
 public:
-    JsonLine();
+    /// Begins an object with the members that every object has: `type`, and `time` in UTC as ISO 8601 with milliseconds,
+    /// "2024-05-06T07:08:09.042Z".
+    explicit JsonLine(std::string_view type,
+                      std::chrono::system_clock::time_point time = std::chrono::system_clock::now());
 
     JsonLine& Text(const char* key, std::string_view text);
     JsonLine& Number(const char* key, int64_t number);
@@ -23,14 +27,11 @@ public:
     JsonLine& Texts(const char* key, const std::vector<std::string>& texts);
     JsonLine& Numbers(const char* key, const std::vector<unsigned>& numbers);
 
-    /// UTC in ISO 8601, with milliseconds: "2024-05-06T07:08:09.042Z".
-    JsonLine& Time(const char* key, std::chrono::system_clock::time_point time);
-
     /// Begins an object inside the object; `End` ends it.
     JsonLine& Begin(const char* key);
     JsonLine& End();
 
-    /// The whole object, without an end of line. Call it once, and nothing after it.
+    /// Ends the object and returns it without an end of line. Must be the last call.
     std::string Take();
 
 private:

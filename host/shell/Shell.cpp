@@ -38,7 +38,7 @@ int PollLimit(std::chrono::steady_clock::time_point deadline)
     return static_cast<int>(std::clamp<int64_t>(left.count(), 0, INT32_MAX));
 }
 
-/// One more command runs, as long as this lives.
+/// Counts a running command while the object lives.
 class Nesting
 {
 public:
@@ -428,8 +428,7 @@ void Shell::SayAnswer(const std::string& line, int exitCode, const std::string& 
     {
         return;
     }
-    JsonLine answer;
-    answer.Text("type", "answer").Time("time", std::chrono::system_clock::now());
+    JsonLine answer("answer");
     answer.Text("command", line).Number("exitCode", exitCode).Texts("lines", std::exchange(m_answer, {}));
     if (exitCode != EXIT_DONE)
     {
@@ -460,7 +459,7 @@ int Shell::Report(const std::string& place, const std::string& line, const std::
     const auto* const failure = dynamic_cast<const ShellFailure*>(&error);
     if (failure != nullptr && failure->IsInterruption())
     {
-        // The next signal ends the program at once, whatever has to be taken down still.
+        // From now on a signal ends the program at once, also while the shell still takes things down.
         m_signals.Release();
     }
     // A line that cannot be split into words is wrong usage as well.
@@ -493,7 +492,7 @@ std::optional<std::string> Shell::AwaitLine(ShellScript& script)
             {script.Descriptor(), POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
         poll(wanted, std::size(wanted), held);
         ThrowIfSignalled();
-        // A line that is there comes before events, so that they appear where the script waits for them.
+        // A line that can be read runs before events are shown, so that they appear where the script waits for them.
         if (wanted[0].revents == 0)
         {
             held = ShowNews();
@@ -511,7 +510,7 @@ int Shell::RunScript(ShellScript& script)
     {
         return exitCode;
     }
-    std::string line; // empty while none is being executed
+    std::string line; // empty while no line runs
     try
     {
         while (!m_isOver)

@@ -37,8 +37,8 @@ std::string ShellEventJson(const ShellEvent& event)
     {
         return EventJson(event.source, event.event);
     }
-    JsonLine line;
-    line.Text("type", "event").Time("time", event.event.time).Text("source", event.source).Text("event", event.name);
+    JsonLine line("event", event.event.time);
+    line.Text("source", event.source).Text("event", event.name);
     if (!isNotice)
     {
         line.Number("user", event.event.userId).Text("content", event.content);

@@ -25,7 +25,7 @@ std::string Pad(std::string_view text, size_t width)
     return padded;
 }
 
-/// The columns in front of the text; an empty mark is a line that has no result.
+/// The columns in front of the text. A line without a result has an empty mark.
 std::string Columns(const Console& out, std::string_view time, Tone tone, std::string_view mark, std::string_view who)
 {
     const std::string paddedMark = Pad(mark, kWidthOfMark);
@@ -41,12 +41,6 @@ std::string Continuation()
 std::string Now()
 {
     return ClockText(std::chrono::system_clock::now());
-}
-
-/// Begins a line, which is a temporary object of the caller's expression.
-JsonLine& Start(JsonLine&& line, const char* type, Narrator::Time time = std::chrono::system_clock::now())
-{
-    return line.Text("type", type).Time("time", time);
 }
 
 } // namespace
@@ -85,12 +79,12 @@ void TextNarrator::Note(std::string_view text) const
 
 void JsonNarrator::Chapter(std::string_view title) const
 {
-    Line(Start(JsonLine(), "chapter").Text("title", title).Take());
+    Line(JsonLine("chapter").Text("title", title).Take());
 }
 
 void JsonNarrator::Action(std::string_view who, std::string_view what) const
 {
-    Line(Start(JsonLine(), "action").Text("source", who).Text("text", what).Take());
+    Line(JsonLine("action").Text("source", who).Text("text", what).Take());
 }
 
 void JsonNarrator::Event(std::string_view who, const onlinehost::Event& event) const
@@ -100,22 +94,17 @@ void JsonNarrator::Event(std::string_view who, const onlinehost::Event& event) c
 
 void JsonNarrator::Success(std::string_view who, std::string_view what, Time time) const
 {
-    Line(Start(JsonLine(), "step", time).Text("source", who).Flag("ok", true).Text("text", what).Take());
+    Line(JsonLine("step", time).Text("source", who).Flag("ok", true).Text("text", what).Take());
 }
 
 void JsonNarrator::Failure(std::string_view who, std::string_view expected, std::string_view came) const
 {
-    Line(Start(JsonLine(), "step")
-             .Text("source", who)
-             .Flag("ok", false)
-             .Text("text", expected)
-             .Text("came", came)
-             .Take());
+    Line(JsonLine("step").Text("source", who).Flag("ok", false).Text("text", expected).Text("came", came).Take());
 }
 
 void JsonNarrator::Note(std::string_view text) const
 {
-    Line(Start(JsonLine(), "note").Text("text", text).Take());
+    Line(JsonLine("note").Text("text", text).Take());
 }
 
 } // namespace host
