@@ -13,7 +13,7 @@ namespace host
 namespace
 {
 
-constexpr size_t kLeastDescription = 20; ///< columns; a terminal that has no room for it breaks the lines itself
+constexpr size_t kLeastDescription = 20; ///< columns; a narrower terminal breaks the lines itself
 
 } // namespace
 
@@ -25,7 +25,7 @@ std::string HelpFormatter::make_help(const CLI::App* app, std::string name, CLI:
     std::string wrapped;
     for (std::string line; std::getline(lines, line);)
     {
-        // A line that begins with a space is one of a table, whose descriptions stand at the column.
+        // A line that begins with a space belongs to a table, whose descriptions begin at the column.
         const size_t indent = line.starts_with(' ') ? column : 0;
         wrapped +=
             line.size() <= width ? line + "\n" : Wrap(line.substr(0, indent), line.substr(indent), width, indent);

@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 constexpr int kMostLinks = 40; // as many as the system follows
 
-/// The path without links; the end of it need not exist.
+/// The path without symbolic links. Its last parts need not exist.
 fs::path Resolve(fs::path path)
 {
     std::error_code ignored;

@@ -10,16 +10,16 @@ namespace host
 /// A file of a command line.
 struct CommandFile
 {
-    std::string option;         ///< what names it: "--log"
+    std::string option;         ///< the option or argument that names the file: "--log"
     std::filesystem::path path; ///< empty when the option was not given
     bool isOutput = true;
 };
 
-/// Throws `CLI::ValidationError`, so that the program ends with `EXIT_USAGE`, when an output is the same file as another
-/// output, an input or the standard output: two writers would destroy each other's text.
+/// Throws `CLI::ValidationError`, so that the program ends with `EXIT_USAGE`, when an output is the same file as
+/// another output, an input or the standard output: two writers would destroy each other's text.
 ///
-/// Files are compared, not names: "./x", a symbolic link and a hard link are the file that they lead to, also when it does
-/// not exist yet. Devices such as /dev/null may be named more than once.
+/// Files are compared, not names: "./x", a symbolic link and a hard link are the file that they lead to, also when it
+/// does not exist yet. Devices such as /dev/null may be named more than once.
 void RequireDistinctFiles(std::vector<CommandFile> files);
 
 } // namespace host

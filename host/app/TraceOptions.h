@@ -30,19 +30,19 @@ struct TraceOptions
     }
 };
 
-/// Adds `--trace`, `--trace-log`, `--diagram`, `--diagram-device` and `--diagram-subject`. The options must live until the
-/// command has run.
+/// Adds `--trace`, `--trace-log`, `--diagram`, `--diagram-device` and `--diagram-subject`. The options must live until
+/// the command has run.
 void AddTraceOptions(CLI::App& command, TraceOptions& options);
 
-/// The recording of one command: there is none unless the options want it.
+/// The recording of one command. Records nothing when the options name no file.
 class TraceFiles
 {
 public:
-    /// `Error` when a file cannot be written. The log center must outlive the recording; the module's lines are recorded when
-    /// the options want them and the log is on.
+    /// `Error` when a file cannot be written. The log center must outlive the recording. Records the module's log lines
+    /// if the options say so and the log's level lets them pass.
     TraceFiles(const TraceOptions& options, ILogCenter& log);
 
-    /// Null when nothing is wanted.
+    /// Null when the options name no file.
     Trace* Get() const
     {
         return m_trace.get();

@@ -44,7 +44,7 @@ struct Options
     TraceOptions trace;
 };
 
-/// The history's file in the user's folder for state; empty when the environment names no such folder.
+/// The path of the history in the user's folder for state; empty when the environment names no such folder.
 std::filesystem::path DefaultHistory()
 {
     const char* const state = std::getenv("XDG_STATE_HOME");
@@ -83,9 +83,9 @@ Shell::Options ToShellOptions(const Options& options)
     return shell;
 }
 
-/// Makes sure that the numbers of the standard streams are taken: the next files that the program opens would get the numbers
-/// of closed ones, and would be read as its input or written as its output. `Error` for a closed stream that the shell
-/// cannot do without.
+/// Occupies the descriptors of closed standard streams. Otherwise the next file that the program opens would get such a
+/// descriptor, and the program would read it as its input or write its output to it. Throws `Error` for a closed stream
+/// that the shell needs.
 void CheckStandardStreams(bool needsInput)
 {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
@@ -112,7 +112,7 @@ void CheckStandardStreams(bool needsInput)
 class File
 {
 public:
-    /// Does not wait for a writer when the file is a named pipe: a signal could not end that wait.
+    /// Does not wait for the writer of a named pipe, because a signal could not end that wait.
     explicit File(const std::string& path) : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
     {
         if (m_descriptor < 0)
@@ -157,7 +157,7 @@ int Serve(Shell& shell, const Options& options)
 int Run(const Options& options)
 {
     CheckStandardStreams(options.script.empty());
-    // Before everything that has threads.
+    // Before any thread, because threads inherit which signals are blocked.
     ShellSignals signals;
     LogCenter log(ToLogOptions(options));
     TraceFiles trace(options.trace, log);

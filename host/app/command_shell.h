@@ -8,8 +8,8 @@ class App;
 namespace host
 {
 
-/// Adds `onlinehost shell`: a person's terminal on the service, or the same for a script. `exitCode` receives the result
-/// when the command has run.
+/// Adds `onlinehost shell`: the interactive shell, which also runs scripts. `exitCode` receives the exit code when the
+/// command has run.
 void AddShellCommand(CLI::App& program, int& exitCode);
 
 } // namespace host

@@ -50,7 +50,7 @@ std::vector<std::string> OptionNames(const CLI::App& command)
     return names;
 }
 
-/// What is wrong with the first argument that nothing takes; empty when there is none.
+/// The message for the first argument that no option and no command takes; empty when there is no such argument.
 std::string UnexpectedArgument(const CLI::App& program)
 {
     const std::vector<std::string> arguments = program.remaining(true);
@@ -75,7 +75,7 @@ std::string UnexpectedArgument(const CLI::App& program)
 
 std::string UsageFailure(const CLI::App* program, const CLI::Error& error)
 {
-    // A misspelt option leaves the right one missing, so the misspelling is named first.
+    // A misspelt option can leave a required one missing, so the message names the misspelling first.
     const bool isNamed = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError) ||
                          error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError);
     const std::string unexpected = isNamed ? UnexpectedArgument(*program) : "";
@@ -91,9 +91,9 @@ int Run(int count, char** arguments)
 
     CLI::App program("The reference host of the online-service module", "onlinehost");
     program.set_version_flag("--version", "onlinehost " ONLINEHOST_VERSION);
-    program.require_subcommand(0, 1); // one that is required would be missed before the wrong one is named
+    program.require_subcommand(0, 1); // otherwise a missing required option would hide the misspelt one
     program.footer(host::kExitCodeHelp);
-    program.formatter(std::make_shared<host::HelpFormatter>()); // before the commands, which take it over
+    program.formatter(std::make_shared<host::HelpFormatter>()); // before the commands, which inherit it
     program.failure_message(UsageFailure);
     host::AddDemoCommand(program, exitCode);
     host::AddInspectCommand(program, exitCode);

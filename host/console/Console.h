@@ -16,14 +16,14 @@ enum class Tone
     Quiet,
 };
 
-/// A stream of the program: in colour on a terminal, plain in a file or a pipe.
+/// An output stream of the program: in colour on a terminal, plain in a file or a pipe.
 class Console
 {
 public:
-    /// `out` is borrowed.
+    /// `out` must outlive the console, which does not close it.
     explicit Console(std::FILE* out);
 
-    /// The text in the colour of its tone; unchanged when the stream is no terminal.
+    /// The text in the colour of its tone; unchanged when the stream is not a terminal.
     std::string Paint(Tone tone, std::string_view text) const;
 
     /// [any] Writes a line; lines of several threads do not mix.

@@ -8,7 +8,7 @@ enum ExitCode : int
 {
     EXIT_DONE = 0,    ///< success
     EXIT_REFUSED = 1, ///< the module or the platform refused the request
-    EXIT_USAGE = 2,   ///< wrong command line
+    EXIT_USAGE = 2,   ///< a wrong command line, or a wrong line of a script
     EXIT_FAILED = 3,  ///< an error or a time-out; also an output that could not be written completely
 };
 

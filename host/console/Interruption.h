@@ -14,11 +14,11 @@ namespace host
 /// Turns SIGINT, SIGTERM and SIGHUP into an orderly end of a command, without any code in a signal handler.
 ///
 /// A thread of its own receives the signals ("signal thread"). The first signal is noted and calls the action of each
-/// `Watch`; the command then ends its waits, closes its files and exits with `ExitCode`. A second signal ends the process
-/// at once. Signals that the process was started to ignore stay ignored.
+/// `Watch`; the command then ends its waits, closes its files and exits with `ExitCode`. A second signal ends the
+/// process at once. Signals that the process was started to ignore stay ignored.
 ///
-/// Create it on the main thread before any other thread, because threads inherit which signals are blocked, and destroy it
-/// last.
+/// Create it on the main thread before any other thread, because threads inherit which signals are blocked, and destroy
+/// it last.
 class Interruption
 {
 public:
@@ -51,7 +51,7 @@ public:
         /// signal comes, or the constructor calls it when the signal has come already. The action must not create or
         /// destroy a `Watch`, and may be called twice.
         Watch(Interruption* interruption, std::function<void()> action);
-        /// [any] The action is not running any more when it returns.
+        /// [any] The action does not run when it returns, and is not called later.
         ~Watch();
         Watch(const Watch&) = delete;
         Watch& operator=(const Watch&) = delete;

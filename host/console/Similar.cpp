@@ -10,10 +10,10 @@ namespace host
 namespace
 {
 
-constexpr size_t kLongestName = 64; ///< longer texts are no misspelt names; comparing them would take long
+constexpr size_t kLongestName = 64; ///< longer texts are not misspelt names, and comparing them would take long
 constexpr size_t kMostChanges = 2;
 
-/// How many letters have to be inserted, taken out or replaced to make `b` of `a`.
+/// The number of letters to insert, remove or replace to turn `a` into `b`.
 size_t Distance(std::string_view a, std::string_view b)
 {
     std::vector<size_t> row(b.size() + 1);

@@ -23,10 +23,10 @@ namespace host
 class ShellScript;
 class LineEditor;
 
-/// Runs commands that a person types at a terminal or that a script holds, and shows the events that happen meanwhile.
+/// Runs the commands that a user types at a terminal or that a script contains, and shows the events.
 ///
-/// At a terminal an event is shown when it comes. In a script it is shown when a command waits for it or for a later one, and
-/// at the end, so that the same script writes the same output in every run.
+/// At a terminal an event is shown when it comes. In a script it is shown when a command waits for it or for a later
+/// one, and at the end, so that the same script writes the same output in every run.
 ///
 /// Belongs to one thread, which is the control thread of the module as well.
 class Shell
@@ -37,17 +37,17 @@ public:
         ShellWorld::Options world;
         std::filesystem::path history;  ///< empty: none
         std::vector<std::string> first; ///< lines to run before all others
-        bool json = false;              ///< every event and every answer is a JSON object on a line of its own
+        bool json = false;              ///< write every event and every answer as one line of JSON
     };
 
-    /// The arguments must outlive the shell; `trace` is null when nothing is recorded. `Error` when the module cannot be loaded
-    /// or the system has no descriptor left.
+    /// The arguments must outlive the shell. `trace` may be null; then nothing is recorded. `Error` when the module
+    /// cannot be loaded or the system has no descriptor left.
     Shell(const Options& options, ShellSignals& signals, onlinehost::LogCenter& log, Trace* trace);
     ~Shell();
     Shell(const Shell&) = delete;
     Shell& operator=(const Shell&) = delete;
 
-    /// Serves the terminal until the person leaves. Returns the program's exit code.
+    /// Serves the terminal until the user leaves. Returns the program's exit code.
     int RunTerminal();
 
     /// Runs lines up to the first that fails. Returns the program's exit code.
@@ -80,7 +80,7 @@ public:
     ShellTerminal& Device();
     void SetDevice(ShellTerminal* device);
 
-    /// Null when there is none yet.
+    /// The present terminal; null when there is none yet.
     const ShellTerminal* CurrentDevice() const
     {
         return m_device;
@@ -89,7 +89,7 @@ public:
     /// Shows a text of one or more lines. Inside a command it throws like `ThrowIfSignalled`.
     void Say(std::string_view text);
 
-    /// What the previous command has said, events included.
+    /// The text that the previous command wrote, events included.
     const std::string& SaidBefore() const
     {
         return m_saidBefore;
@@ -103,8 +103,8 @@ public:
 
     using Wanted = std::function<bool(const ShellEvent&)>;
 
-    /// Waits for the first wanted event with at least this number, and shows all events up to it. Nothing when none came in
-    /// time.
+    /// Waits for the first wanted event with at least this number, and shows all events up to it. Empty when no such
+    /// event came in time.
     std::optional<ShellEvent> Await(uint64_t firstNumber, const Wanted& isWanted, std::chrono::milliseconds limit);
 
     /// The same for an event of any age that no call of this operation has taken yet. Takes the event.
@@ -116,19 +116,19 @@ public:
         return m_inbox.NextNumber();
     }
 
-    /// Shows everything that has come.
+    /// Shows all events that have come.
     void ShowAll();
 
     /// Takes all events that have come so far.
     void Forget();
 
-    /// Waits until the platform has done everything that it was asked for. Throws like `ThrowIfSignalled`.
+    /// Waits until the platform has completed all requests. Throws like `ThrowIfSignalled`.
     void Settle();
 
     /// For commands that take long: throws `ShellFailure` when a signal asks the command to end.
     void ThrowIfSignalled();
 
-    /// Runs a command, also one that stands inside another one.
+    /// Runs a command, also one inside another command.
     void Execute(std::span<const std::string> words);
 
     void Quit()
@@ -148,12 +148,12 @@ private:
     ShellTerminal* FindDevice(const std::string& name) const;
     void Note(Entry& entry);
     void ShowUpTo(size_t end);
-    /// Shows changes of users that came in a row in as few lines as possible. Returns where the row ends.
+    /// Shows consecutive changes of users in as few lines as possible. Returns the end of these changes.
     size_t ShowBurst(size_t begin, size_t end);
     void ShowWatched(ShellTerminal& device, const std::vector<UserChange>& changes);
     void SayEvent(const ShellEvent& event, const std::string& text);
-    /// Shows what has come, but holds changes of users back for a moment after others were shown, to gather them. Returns for
-    /// how many milliseconds it holds something back, or -1.
+    /// Shows the events that have come. Holds back changes of users for a moment after it has shown others, to gather
+    /// them. Returns the number of milliseconds for which it holds changes back, or -1.
     int ShowNews();
     void DropOld();
     Entry* FindEntry(const std::function<bool(const Entry&)>& isWanted);
@@ -164,7 +164,7 @@ private:
     std::optional<std::string> AwaitLine(ShellScript& script);
 
     void ExecuteLine(const std::string& line);
-    /// Says the answer to a line as JSON: what the command said, and how it ended.
+    /// Writes the answer to a line as JSON: the lines that the command wrote, and how it ended.
     void SayAnswer(const std::string& line, int exitCode, const std::string& place, const std::string& error);
     int Report(const std::string& place, const std::string& line, const std::exception& error);
     int RunFirstLines();
@@ -173,7 +173,7 @@ private:
     std::string Prompt() const;
     std::vector<std::string> Complete(std::string_view lineStart) const;
     std::vector<std::string> LookUp(ShellKind kind, std::string_view start, const std::string& terminal) const;
-    /// The terminal that a line names; the present one for an empty text. Null when there is none.
+    /// The terminal that a word names; the present one for an empty word. Null when there is no such terminal.
     const ShellTerminal* TerminalFor(const std::string& terminal) const;
 
     const Options m_options;
@@ -186,8 +186,8 @@ private:
     std::unique_ptr<LineEditor> m_terminal; ///< null in a script
     ShellTerminal* m_device = nullptr;
     std::deque<Entry> m_entries;
-    std::chrono::steady_clock::time_point m_nextBurst{}; ///< changes of users are held back until then
-    std::vector<std::string> m_answer;                   ///< the lines of the running command, when they become JSON
+    std::chrono::steady_clock::time_point m_nextBurst{}; ///< when it shows the changes of users that it holds back
+    std::vector<std::string> m_answer;                   ///< the lines of the running command, with `json`
     std::string m_said;
     std::string m_saidBefore;
     size_t m_depth = 0; ///< commands that run, one inside the other

@@ -81,7 +81,7 @@ void CheckInvitation(const ShellParameter&, const std::string& word)
 struct Kind
 {
     ShellKind kind;
-    const char* placeholder; ///< stands for an option's value in a usage line
+    const char* placeholder; ///< placeholder of an option's value in a usage line
     void (*check)(const ShellParameter&, const std::string&);
 };
 
@@ -103,7 +103,7 @@ const Kind& KindOf(const ShellParameter& parameter)
     return found == std::end(kKinds) ? kOther : *found;
 }
 
-/// What stands for a parameter's value in a usage line.
+/// The placeholder of a parameter's value in a usage line.
 std::string Placeholder(const ShellParameter& parameter)
 {
     return !parameter.choices.empty()            ? Join(parameter.choices, "|")
@@ -111,13 +111,13 @@ std::string Placeholder(const ShellParameter& parameter)
                                                  : KindOf(parameter).placeholder;
 }
 
-/// Finds the parameter of one word after the other.
+/// Finds the parameters of words, one after the other.
 class Walk
 {
 public:
     explicit Walk(const ShellCommand& command) : m_command(command) {}
 
-    /// The word's parameter, null for none; `value` is what remains of the word for it.
+    /// The word's parameter; null when it has none. Sets `value` to the part of the word that is the parameter's value.
     const ShellParameter* Place(const std::string& word, std::string& value)
     {
         value = word;
@@ -339,7 +339,7 @@ const ShellCommand& ShellTable::Get(std::string_view name) const
 std::string ShellTable::Overview(size_t width) const
 {
     constexpr size_t kMargin = 2;
-    constexpr size_t kNarrow = 24; ///< columns that a summary needs beside the name
+    constexpr size_t kNarrow = 24; ///< least width of a summary beside the name, in columns
     size_t longest = 0;
     for (const ShellCommand& command : m_commands)
     {

@@ -15,18 +15,18 @@
 namespace host
 {
 
-/// The grammar of the shell: a command has positional parameters, flags that are bare words, and options "name=value"; the
-/// last parameter may be the rest of the line, which is a text or another command.
+/// The grammar of the shell: a command has positional parameters, flags that are bare words, and options "name=value";
+/// the last parameter may be the rest of the line, which is a text or another command.
 ///
-/// The program's options are read by CLI11, the shell's commands are not, for these reasons. CLI11 has no flags and options
-/// without dashes, so that something has to find out first which words those are and where a text begins; that is nearly
-/// all of the work done here, and completion needs the same knowledge of half a line, which CLI11 does not give. CLI11
-/// also takes a text in brackets apart: "[1,2]" arrives as "1 2".
+/// CLI11 reads the program's options, but not the shell's commands. CLI11 has no flags and options without dashes.
+/// Other code would first have to find these words and the beginning of a text, which is nearly all of the work here.
+/// Completion needs the same for half a line, which CLI11 does not offer. CLI11 also splits a text in brackets: "[1,2]"
+/// arrives as "1 2".
 
-/// What a word of a command line has to be.
+/// The form that a word of a command line must have.
 enum class ShellKind
 {
-    Word,     ///< any text; or one of `choices` when there are some
+    Word,     ///< any text, or one of `choices` if there are any
     Number,   ///< decimal, up to `largest`
     User,     ///< a user id
     Users,    ///< a user id, or several as "2..46"
@@ -37,7 +37,7 @@ enum class ShellKind
     Duration, ///< "2s", "500ms", "1m"; seconds without a unit
     Command,  ///< the name of a command
     Text,     ///< the rest of the line
-    Line,     ///< the rest of the line, which is a command itself
+    Line,     ///< the rest of the line, which is itself a command
 };
 
 enum class ShellForm
@@ -61,7 +61,7 @@ struct ShellParameter
     std::vector<std::string> usual{}; ///< words that completion offers; others fit too
 };
 
-/// The words of a line by parameter, checked. A parameter that was not given has no word.
+/// The checked words of a line by parameter. A parameter that the line leaves out has no word.
 class ShellArguments
 {
 public:
@@ -81,10 +81,10 @@ private:
     std::map<std::string, std::vector<std::string>> m_words;
 };
 
-/// How many commands may stand in front of another one in a line, such as `as` and `fails`.
+/// The largest number of commands such as `as` and `fails` in front of another command in a line.
 inline constexpr size_t kMostNestedCommands = 16;
 
-/// One command; everything that the shell knows of it.
+/// One command, with everything that the shell knows about it.
 struct ShellCommand
 {
     std::string group;
@@ -98,14 +98,15 @@ struct ShellCommand
 /// "invite USER... [meeting=NUMBER]"
 std::string ShellUsage(const ShellCommand& command);
 
-/// Gives each word to its parameter. `Error` tells the word that does not fit, or the parameter that has none.
+/// Assigns each word to its parameter. Throws `Error`, which names the word that does not fit or the parameter that has
+/// no word.
 ShellArguments BindShellWords(const ShellCommand& command, std::span<const std::string> words);
 
-/// What may follow after some words.
+/// The words that may follow some first words of a line.
 struct ShellExpectation
 {
-    std::vector<const ShellParameter*> parameters{}; ///< that the next word may belong to, a positional one first
-    size_t restBegin = 0;                            ///< how many of the words stand in front of a `Text` or `Line`
+    std::vector<const ShellParameter*> parameters{}; ///< candidates for the next word, positional first
+    size_t restBegin = 0;                            ///< the number of words in front of a `Text` or `Line`
     ShellArguments arguments{};                      ///< the words in front of it
 };
 ShellExpectation ExpectedAfter(const ShellCommand& command, std::span<const std::string> words);
@@ -121,7 +122,7 @@ public:
         return m_commands;
     }
 
-    /// Null when there is none.
+    /// The command with this name; null when there is none.
     const ShellCommand* Find(std::string_view name) const;
 
     /// `Error` with what the user may have meant.

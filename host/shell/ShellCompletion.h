@@ -10,15 +10,16 @@
 namespace host
 {
 
-/// The values of a kind that are known at the moment and begin with `start`. `terminal` is the terminal for which the command
-/// on the line would run, as it stands in the line; empty: the present one.
+/// The values of a kind that are known at the moment and begin with `start`. `terminal` is the terminal for which the
+/// command on the line would run, as it stands in the line; empty: the present one.
 using ShellLookup =
     std::function<std::vector<std::string>(ShellKind kind, std::string_view start, const std::string& terminal)>;
 
-/// What the word at the end of `lineStart` may become, sorted. A candidate that ends with '=' wants a value next.
+/// The candidates for the word at the end of `lineStart`, sorted. A candidate that ends with '=' needs a value after
+/// it.
 ///
-/// Where a value must come that is not begun yet, only such values are offered. When none is known, nothing is: an option
-/// alone would be filled in as if it were the value.
+/// Where a value must begin, only values are candidates. When no value is known there is no candidate, because a single
+/// option would be filled in as if it were the value.
 std::vector<std::string> CompleteShellLine(const ShellTable& table, std::string_view lineStart,
                                            const ShellLookup& lookup);
 

@@ -10,16 +10,15 @@
 namespace host
 {
 
-/// Something that reached the shell from outside: a notification of the module, a message, a report, or a notice of the
-/// platform.
+/// An event that the shell shows: a notification of the module, a message, a report, or a notice of the platform.
 struct ShellEvent
 {
     std::string source;                ///< the terminal ("7@pc"), "monitoring" or "platform"
-    std::string name;                  ///< as `wait` knows it
-    std::string text;                  ///< in words
-    onlinehost::Event event{};         ///< of a notification; of all others only `userId` and `time` have a meaning
-    std::string content{};             ///< of a message or a report, as it came
-    std::vector<UserChange> changes{}; ///< of `changed`: how the users changed
+    std::string name;                  ///< the event's name in `wait`
+    std::string text;                  ///< the event in words
+    onlinehost::Event event{};         ///< the notification; for other events only `userId` and `time` have a meaning
+    std::string content{};             ///< the message or the report as it came
+    std::vector<UserChange> changes{}; ///< how the users changed, for `changed`
     uint64_t number = 0;               ///< counts up in the order of arrival
 };
 
@@ -36,8 +35,8 @@ ShellEvent MakeShellEvent(const std::string& terminal, onlinehost::Event event);
 /// Whether the event is `OnUserStatusChanged`.
 bool IsChange(const ShellEvent& event);
 
-/// The event as a JSON object on one line. A notification has the fields of `EventJson`. The others have `type`, `time`,
-/// `source`, `event` and `text` too, messages and reports also `user` and `content`.
+/// The event as a JSON object on one line. A notification has the fields of `EventJson`. The others have `type`,
+/// `time`, `source`, `event` and `text` too, messages and reports also `user` and `content`.
 std::string ShellEventJson(const ShellEvent& event);
 
 /// Whether the event is about the user.

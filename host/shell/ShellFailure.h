@@ -8,7 +8,7 @@
 namespace host
 {
 
-/// A command of the shell failed. Carries the exit code with which a script ends for it.
+/// A command of the shell failed. Has the exit code with which a script ends.
 class ShellFailure : public onlinehost::Error
 {
 public:
@@ -25,7 +25,7 @@ public:
         return m_exitCode > kSignalBase;
     }
 
-    static constexpr int kSignalBase = 128; ///< plus the signal's number, as other shells do it
+    static constexpr int kSignalBase = 128; ///< plus the signal's number, as in other shells
 
 private:
     int m_exitCode;

@@ -9,7 +9,7 @@
 namespace host
 {
 
-/// Takes in what happens on other threads, and wakes the shell's own thread, which waits for descriptors.
+/// A queue from other threads to the shell's thread. Its descriptor wakes the shell's thread.
 class ShellInbox
 {
 public:
@@ -19,7 +19,7 @@ public:
     ShellInbox(const ShellInbox&) = delete;
     ShellInbox& operator=(const ShellInbox&) = delete;
 
-    /// [any] Numbers the event and puts it behind the others.
+    /// [any] Numbers the event and adds it at the end.
     void Push(ShellEvent event);
 
     /// [host] Everything that has come since the last call, the oldest first.
@@ -28,7 +28,7 @@ public:
     /// [host] The number that the next event will have.
     uint64_t NextNumber() const;
 
-    /// [host] Readable while something is there to take.
+    /// [host] A descriptor that is readable while the queue has events.
     int Descriptor() const
     {
         return m_descriptor;

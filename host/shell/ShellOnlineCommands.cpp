@@ -23,14 +23,14 @@ namespace
 using namespace onlinemanager;
 
 constexpr char kGroup[] = "On the service";
-constexpr size_t kMostUsers = 20; ///< `who` and `members` list at most so many, unless all are wanted
+constexpr size_t kMostUsers = 20; ///< the most users that `who` and `members` list without `all`
 
 std::string Because(const std::string& reason)
 {
     return reason.empty() ? "" : " (" + reason + ")";
 }
 
-/// Ends the command because the module refused its operation at once.
+/// Throws the failure of a command whose operation the module refused at once.
 [[noreturn]] void Refuse(Shell& shell, ShellTerminal& device)
 {
     const std::string reason = shell.World().TakeFailure();
@@ -76,8 +76,8 @@ public:
             throw ShellFailure(EXIT_REFUSED,
                                "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
         }
-        // The module tells its presence service of the login after all listeners. That service refuses every operation until
-        // then, and starts a refresh when it is told; the result of the refresh shows that it was told.
+        // The module's presence service learns of the login after all listeners. Until then it refuses every operation.
+        // Then it starts a refresh, whose result shows that it has learned of the login.
         Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
@@ -533,7 +533,7 @@ private:
         return ids.empty() ? "; no invitation is open" : "; open are " + ListIds(ids);
     }
 
-    /// The number of the meeting that `invite` is about.
+    /// The number of the meeting to which `invite` invites.
     static uint32_t MeetingToInviteTo(const ShellTerminal& device, const ShellArguments& arguments)
     {
         if (arguments.Has("meeting"))

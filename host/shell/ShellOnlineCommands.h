@@ -5,7 +5,7 @@ namespace host
 
 class Shell;
 
-/// Adds the commands for what a person does as a user of the service: login, presence, invitations, meetings, reports.
+/// Adds the commands of a user of the service: login, presence, invitations, meetings, reports.
 void AddOnlineCommands(Shell& shell);
 
 } // namespace host

@@ -185,7 +185,8 @@ public:
     }
 
 private:
-    /// Shows how far a change of the whole company is, and lets a signal end it. The company stays as far as it has come.
+    /// Shows the progress of a change of the whole company, and lets a signal end the change. The part that is done
+    /// stays.
     void Advance(const char* what, const std::function<void(const platform::Crowd::Progress&)>& change)
     {
         ProgressBar bar(m_shell.ProgressOut(), what);

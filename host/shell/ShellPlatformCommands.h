@@ -5,7 +5,7 @@ namespace host
 
 class Shell;
 
-/// Adds the commands for what happens around the person: colleagues, messages, the monitoring service, faults.
+/// Adds the commands for the simulated environment: colleagues, messages, the monitoring service, faults.
 void AddPlatformCommands(Shell& shell);
 
 } // namespace host

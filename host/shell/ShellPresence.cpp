@@ -84,7 +84,7 @@ std::string On(const UserChange& change)
     return change.terminal.empty() ? "" : " on " + Printable(change.terminal);
 }
 
-/// What one user does: "go offline", as it stands behind "sees user 7".
+/// The change of one user in words that follow "sees user 7": "go offline".
 std::string DescribeOne(const UserChange& change)
 {
     const std::string with = change.text.empty() ? "" : ", " + Quoted(change.text);
@@ -109,7 +109,7 @@ std::string DescribeOne(const UserChange& change)
     return "";
 }
 
-/// The same for several users, without what differs between them.
+/// The same for several users, without details that differ between them.
 std::string DescribeMany(Kind kind)
 {
     switch (kind)
@@ -148,7 +148,7 @@ std::string DescribeGroup(const std::vector<UserChange>& group)
                : "sees " + CountText(users.size(), "user") + " " + DescribeMany(first.kind) + ": " + ListIds(users);
 }
 
-/// Gathers changes until a user comes a second time, whose sentences must keep their order.
+/// Gathers changes until a user has a second one, because the sentences about one user must keep their order.
 class Gathering
 {
 public:

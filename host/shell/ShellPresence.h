@@ -17,7 +17,7 @@ struct UserChange
 {
     enum class Kind
     {
-        IsOnline,        ///< is online already when a login first learns of the users
+        IsOnline,        ///< was online already when the login first learned of the users
         ComesOnline,     ///< was offline or not known, and is online now
         GoesOffline,     ///< no terminal of the user is online any more
         AddsTerminal,    ///< one more terminal came online
@@ -32,13 +32,13 @@ struct UserChange
     std::string text{};     ///< the custom text of that terminal; empty for several terminals
 };
 
-/// What one terminal knows of the status of all users. Finds out what an `OnUserStatusChanged` is about, which names users
-/// only.
+/// The status of all users as one terminal knows it. Finds out how the users of an `OnUserStatusChanged` have changed,
+/// which names only the users.
 class ShellPresence
 {
 public:
-    /// [any] Takes in how the module describes users now, and returns how that differs from what it said before. An entry
-    /// without terminals stands for a user that the module does not know.
+    /// [any] Takes in how the module describes users now, and returns how that differs from what it said before. An
+    /// entry without terminals stands for a user that the module does not know.
     std::vector<UserChange> Learn(const std::vector<onlinemanager::UserOnlineInfo>& users);
 
     /// [any] Forgets all users, as the module does when a login ends.
@@ -50,8 +50,8 @@ private:
     bool m_isFirst = true; ///< this login has not learned of any user yet
 };
 
-/// Many changes in a few sentences without a subject: "sees 50 users come online: 1001, ...", "sees user 7 go offline". Changes
-/// of one user keep their order.
+/// Many changes in a few sentences without a subject: "sees 50 users come online: 1001, ...", "sees user 7 go offline".
+/// Changes of one user keep their order.
 std::vector<std::string> DescribeChanges(const std::vector<UserChange>& changes);
 
 } // namespace host

@@ -19,7 +19,7 @@ using namespace onlinehost;
 namespace
 {
 
-/// Some editors begin a file with it.
+/// A byte order mark; some editors begin a file with it.
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 [[noreturn]] void ThrowUnreadable(const std::string& name, const char* why)

@@ -7,22 +7,22 @@
 namespace host
 {
 
-/// Reads a file or a pipe line by line. Only `Read` may wait.
+/// Reads a file or a pipe line by line. Only `Read` waits.
 class ShellScript
 {
 public:
     static constexpr size_t kLongestLine = size_t{1} << 20;
 
-    /// Reads from `descriptor`, which is borrowed; `name` stands in messages. `Error` when the descriptor is closed or not open
-    /// for reading: waiting for it would never end.
+    /// Reads from `descriptor`, which is borrowed; `name` stands in messages. `Error` when the descriptor is closed or
+    /// not open for reading: waiting for it would never end.
     ShellScript(int descriptor, std::string name);
 
-    /// The next line without its end, when a whole one has been read. `Error`, which names the place, for a line that is too
-    /// long.
+    /// The next line without its end, when a whole one has been read. `Error`, which names the place, for a line that
+    /// is too long.
     std::optional<std::string> TakeLine();
 
-    /// Reads what is there, and waits when nothing is. False at the end, when no line is left. `ShellFailure` when reading
-    /// fails.
+    /// Reads the next bytes, and waits for them if necessary. False at the end, when no line is left. `ShellFailure`
+    /// when reading fails.
     bool Read();
 
     int Descriptor() const
@@ -36,8 +36,8 @@ public:
 private:
     const int m_descriptor;
     const std::string m_name;
-    std::string m_text;    ///< read, but not taken yet
-    size_t m_searched = 0; ///< this much of the beginning of `m_text` holds no end of a line
+    std::string m_text;    ///< read and not yet taken
+    size_t m_searched = 0; ///< the number of first bytes of `m_text` that contain no end of a line
     size_t m_line = 0;     ///< the number of the line that was taken last; the first is 1
     bool m_atEnd = false;
 };

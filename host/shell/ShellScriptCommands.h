@@ -5,7 +5,7 @@ namespace host
 
 class Shell;
 
-/// Adds the commands for what scripts need, help, and the way out.
+/// Adds the commands for scripts, `help` and `quit`.
 void AddScriptCommands(Shell& shell);
 
 } // namespace host

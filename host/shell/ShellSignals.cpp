@@ -37,7 +37,8 @@ ShellSignals::~ShellSignals()
 
 void ShellSignals::Release()
 {
-    // A signal that waits asked for what the shell does already; it must not end the process as soon as the mask is back.
+    // A pending signal asks the shell to end, which it already does. It must not end the process when the mask is
+    // restored.
     while (Take() != 0)
     {
     }

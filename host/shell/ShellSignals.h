@@ -5,8 +5,8 @@
 namespace host
 {
 
-/// Turns the signals that a terminal sends into a descriptor that the shell's thread waits for among others, so that no code
-/// runs inside a signal handler. Create it before any thread: threads inherit which signals are blocked.
+/// Turns the signals that a terminal sends into a descriptor that the shell's thread waits for among others, so that no
+/// code runs inside a signal handler. Create it before any thread: threads inherit which signals are blocked.
 class ShellSignals
 {
 public:
@@ -16,17 +16,17 @@ public:
     ShellSignals(const ShellSignals&) = delete;
     ShellSignals& operator=(const ShellSignals&) = delete;
 
-    /// Readable while a signal waits.
+    /// A descriptor that is readable while a signal is pending.
     int Descriptor() const
     {
         return m_descriptor;
     }
 
-    /// The number of a signal that waits; 0 for none.
+    /// The number of a pending signal; 0 when there is none.
     int Take();
 
-    /// Forgets the signals that wait and takes no further ones: from now on they act on the calling thread as they did before
-    /// this object was created.
+    /// Discards pending signals and receives no further ones: from now on they act on the calling thread as before this
+    /// object was created.
     void Release();
 
     /// Stops the process as the terminal asked, and returns when the process is continued.

@@ -17,7 +17,8 @@ namespace host
 class ShellInbox;
 struct ShellEvent;
 
-/// One terminal of one user at the shell: its component, and what the shell has learned from its notifications.
+/// One terminal of one user in the shell: its component, and the state that the shell has learned from its
+/// notifications.
 ///
 /// Use it on the shell's thread only. Its events go to the inbox on the thread that notifies.
 class ShellTerminal
@@ -27,7 +28,7 @@ public:
     struct Received
     {
         uint32_t inviter = 0;
-        bool isAccepted = false; ///< stays listed, since it can still be withdrawn or declined
+        bool isAccepted = false; ///< stays in the list, because it can still be withdrawn or declined
     };
 
     /// An invitation that went out, and the answers so far.
@@ -45,7 +46,7 @@ public:
         std::string name{}; ///< as the user named it
         uint32_t roomId = 0;
         std::string groupId{};
-        std::set<uint32_t> others{}; ///< the users in it, without the terminal's own
+        std::set<uint32_t> others{}; ///< the other users in it
     };
 
     /// The inbox must outlive the terminal.
@@ -66,13 +67,13 @@ public:
         return *m_session;
     }
 
-    /// Learns from an event that the shell shows.
+    /// Updates the state from an event that the shell shows.
     void Note(const onlinehost::Event& event);
 
     /// [any] What the module knows of users now, in the order of `ids`.
     std::vector<onlinemanager::UserOnlineInfo> Query(const std::vector<unsigned>& ids);
 
-    onlinemanager::LoginParam login; ///< of the present login, or of the next
+    onlinemanager::LoginParam login; ///< parameters of the present or the next login
     bool isLoggedIn = false;
     bool isMeasured = false; ///< the monitoring service wants quality reports
     bool watchesAll = false;
@@ -88,8 +89,8 @@ public:
 private:
     class Messages;
 
-    /// [any] Makes the shell's event of a notification. Call it inside the notification: it asks the module for the users that
-    /// changed, and later they may have changed again.
+    /// [any] Makes the shell's event of a notification. Call it inside the notification: it asks the module for the
+    /// users that changed, and later they may have changed again.
     ShellEvent Understand(onlinehost::Event event);
 
     void NoteMember(const onlinehost::Event& event);

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/// What people type to the shell, read strictly. Each throws `Error` with what was expected.
+/// Functions that read the words of a user strictly. Each throws `Error`, which says what was expected.
 
 namespace host
 {

@@ -73,7 +73,7 @@ private:
         return next;
     }
 
-    /// False when the line ends too early; so do the functions below.
+    /// Returns false when the line ends too early, as do the functions below.
     bool ReadWord()
     {
         while (!m_rest.empty() && !IsBlank(m_rest.front()))

@@ -22,7 +22,7 @@ namespace host
 
 class ShellInbox;
 
-/// What the shell works with: the platform with its simulated users, the module, and the terminals of the shell's user.
+/// The objects of a shell: the platform with its simulated users, the module, and the terminals of the shell's user.
 class ShellWorld
 {
 public:
@@ -35,8 +35,8 @@ public:
         std::chrono::milliseconds timeLimit{10'000};
     };
 
-    /// The arguments must outlive the world. `trace` records all terminals from the beginning; it may be null. `Error` when the
-    /// module cannot be loaded.
+    /// The arguments must outlive the world. `trace` records all terminals from the beginning; it may be null. `Error`
+    /// when the module cannot be loaded.
     ShellWorld(const Options& options, ShellInbox& inbox, onlinehost::LogCenter& log, Trace* trace);
 
     const Options& Settings() const
@@ -68,20 +68,20 @@ public:
     /// Destroys the terminal with its component.
     void Forget(const ShellTerminal& device);
 
-    /// Records the terminals that are made from now on. `ShellFailure` when something is recorded already, `Error` when a file
-    /// cannot be written.
+    /// Records the terminals that are made from now on. `ShellFailure` when a recording is under way already, `Error`
+    /// when a file cannot be written.
     void StartTrace(const Trace::Options& options);
 
-    /// Completes the files of `StartTrace`; nothing is recorded any more. `ShellFailure` when `StartTrace` records nothing,
-    /// `Error` when the files could not be written.
+    /// Completes the files of `StartTrace`; nothing is recorded any more. `ShellFailure` when `StartTrace` records
+    /// nothing, `Error` when the files could not be written.
     void StopTrace();
 
-    /// Whether `StartTrace` records something.
+    /// Whether a recording of `StartTrace` is under way.
     bool IsOwnTraceRunning() const;
 
-    /// Takes the present company offline and puts a new one in its place, which is still offline; a count of 0 leaves no
-    /// company. `ShellFailure` when the user ids exceed the largest one. `progress` may throw: the present company stays
-    /// then, and some of its members are offline.
+    /// Takes the present company offline and replaces it by a new one, which is still offline. A count of 0 leaves no
+    /// company. `ShellFailure` when the user ids exceed the largest one. If `progress` throws, the present company
+    /// stays, and some of its members are offline.
     void SetCompany(const platform::CrowdOptions& options, const platform::Crowd::Progress& progress);
 
     /// The simulated colleagues; null when there are none.
@@ -108,7 +108,7 @@ private:
     ShellInbox& m_inbox;
     ShellReason m_reason;
     onlinehost::LogCenter& m_log;
-    Trace* m_trace; ///< that records new terminals; may be null
+    Trace* m_trace; ///< records new terminals; may be null
     platform::Platform m_platform;
     onlinehost::ComponentFactory m_factory{std::bind_front(&platform::Platform::CreateComponent, &m_platform), m_log};
     std::shared_ptr<onlinehost::Module> m_module;

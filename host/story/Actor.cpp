@@ -63,7 +63,8 @@ void Actor::LogsIn(bool force)
     StartsLogin(force);
     Gets("logged in", {EventKind::LoginSuccess, EventKind::Offline},
          [](const Event& event) { return event.kind == EventKind::LoginSuccess; });
-    // The module tells its presence service after all listeners, so it may not know the user yet. Its refresh shows that it does.
+    // The module's presence service learns of the login after all listeners, so it may not know the user yet. The
+    // result of its refresh shows that it does.
     if (!m_session->Events().TakeIf([](const Event& event) { return event.kind == EventKind::UserStatusChanged; },
                                     m_limit))
     {
@@ -171,7 +172,7 @@ void Actor::HasNothingLeft()
     }
 }
 
-/// The event that came in place of the expected one.
+/// A description of the event that came instead of the expected one.
 std::string Actor::Waiting()
 {
     const std::optional<Event> event =

@@ -17,8 +17,8 @@
 namespace host
 {
 
-/// One device of one user in a story. It tells what the device does, and waits within a time limit for what the device
-/// receives. Each wait is a step of the story; a failed step ends the scene.
+/// One device of one user in a story. It writes the actions of the device to the story, and waits within a time limit
+/// for the events of the device. Each wait is a step of the story; a failed step ends the scene.
 ///
 /// All operations belong to the thread that plays the scenes.
 class Actor
@@ -26,7 +26,8 @@ class Actor
 public:
     using Wanted = std::function<bool(const onlinehost::Event&)>;
 
-    /// The story and the interruption must outlive the actor. A signal ends the actor's waits; `interruption` may be null.
+    /// The story and the interruption must outlive the actor. A signal ends the actor's waits; `interruption` may be
+    /// null.
     Actor(Story& story, std::string name, std::unique_ptr<onlinehost::Component> session,
           onlinemanager::LoginParam login, std::chrono::milliseconds limit, Interruption* interruption = nullptr);
 
@@ -48,10 +49,10 @@ public:
     /// Starts a login; its result is another step.
     void StartsLogin(bool force);
 
-    /// Logs in, and that must succeed.
+    /// A step: logs in, which must succeed.
     void LogsIn(bool force = false);
 
-    /// Logs out, and that must succeed.
+    /// A step: logs out, which must succeed.
     void LogsOut();
 
     void Does(const std::string& what);
@@ -66,17 +67,19 @@ public:
     /// Waits until an event of this kind has come for each of the users.
     void GetsOfEach(const std::string& expected, onlinehost::EventKind kind, std::set<unsigned> userIds);
 
-    /// Waits until `isSo`, asked again after each event of the presence service. `describe` tells the state after a time-out.
+    /// Waits until `isSo` returns true; calls it after each event of the presence service. `describe` returns the state
+    /// for the message of a time-out.
     void Sees(const std::string& expected, const std::function<bool()>& isSo,
               const std::function<std::string()>& describe);
 
-    /// The property must have this text.
+    /// A step: the property must have this text.
     void Reads(onlinemanager::ConnectProperty key, const std::string& what, const std::string& expected);
 
-    /// What the module knows of users, in their order.
+    /// The module's records of these users, in the order of the ids.
     std::vector<onlinemanager::UserOnlineInfo> Ask(const std::vector<unsigned>& userIds);
 
-    /// Fails when an event is left that no step waited for. Changes of users' status and of a meeting's members do not count.
+    /// Fails when an event is left that no step waited for. Changes of users' status and of a meeting's members do not
+    /// count.
     void HasNothingLeft();
 
 private:

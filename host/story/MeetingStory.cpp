@@ -31,7 +31,8 @@ namespace
 {
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool kModuleStays = true; // linked so, because leaks of an unloaded module have no names
+// Linked with `-z nodelete`, because a leak report cannot name functions of an unloaded module.
+constexpr bool kModuleStays = true;
 #else
 constexpr bool kModuleStays = false;
 #endif
@@ -52,7 +53,7 @@ constexpr uint32_t kMembersInvited = 43; // with Ben and Carla 45
 constexpr uint32_t kMembersThatAccept = 29;
 constexpr uint32_t kOfflineMember = kFirstMember + 2;
 
-/// What each user of the company adds to the time that a step may take.
+/// The time that each user of the company adds to the time limit of a step.
 constexpr std::chrono::microseconds kExtraTime{200};
 
 /// These numbers are the host's choice.
@@ -81,7 +82,7 @@ std::string TerminalName(uint32_t type)
     }
 }
 
-/// The extension text by which others know the type of a terminal.
+/// The extension text that shows other users the type of a terminal.
 std::string ExtensionText(Terminal type)
 {
     return R"({"tt":)" + std::to_string(type) + "}";
@@ -130,7 +131,7 @@ public:
         Scene("The first user leaves the meeting", [this] { FirstLeaves(); });
         Scene("One user comes in through the gateway", [this] { Gateway(); });
         Scene("All users log out", [this] { End(); });
-        // A scene that ended early may have left actors.
+        // A scene that ended early may have left actors behind.
         m_anna.reset();
         m_ben.reset();
         m_carla.reset();
@@ -170,7 +171,7 @@ private:
                                        m_world.interruption);
     }
 
-    /// The actor; a failed step when the scene that creates it has failed.
+    /// Returns the actor. A step fails when the scene that creates the actor has failed.
     Actor& Need(const std::unique_ptr<Actor>& actor, const std::string& who)
     {
         if (actor == nullptr)

@@ -26,12 +26,12 @@ namespace host
 class Interruption;
 class Trace;
 
-/// What a story works with. Everything that is referred to must outlive the story.
+/// The objects that a story uses. They must outlive the story.
 struct StoryWorld
 {
     const Narrator& narrator;
-    platform::Platform& platform; ///< where the factory's connections come from
-    onlinehost::LogCenter& log;   ///< the one of the factory, open for the module's lines
+    platform::Platform& platform; ///< makes the connections of `factory`
+    onlinehost::LogCenter& log;   ///< the log center of `factory`, with a level that lets the module's lines pass
     IComponentFactory& factory;
     std::shared_ptr<onlinehost::Module> module; ///< unloaded at the end, unless the caller holds it
     Trace* trace = nullptr;                     ///< null: nothing is recorded
@@ -40,15 +40,15 @@ struct StoryWorld
 
 struct MeetingOptions
 {
-    static constexpr uint32_t kFewestUsers = 50; ///< the story's scripts need as many
+    static constexpr uint32_t kFewestUsers = 50; ///< the scenes need this number
 
     uint32_t users = 200;                    ///< size of the company
     std::chrono::milliseconds limit{10'000}; ///< for each step; a large company gets more
 };
 
-/// Tells one meeting from the first login to the unloading of the module, and checks each step. Works with any module: the
-/// result says how many steps there were and how many failed. After a signal the story ends at the next step; everything is
-/// torn down in order, and no further step is counted.
+/// Plays one meeting from the first login to the unloading of the module, and checks each step. Works with any module.
+/// Returns the number of steps and of failed steps. After a signal the story ends at the next step, tears everything
+/// down in order, and counts no further step.
 Story::Tally TellMeeting(StoryWorld world, const MeetingOptions& options);
 
 } // namespace host

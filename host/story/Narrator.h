@@ -10,10 +10,10 @@
 namespace host
 {
 
-/// Writes a story line by line as it happens: when, who, what and with which result. Texts that come from outside the program
-/// must have passed `Printable`.
+/// Writes a story line by line as it happens: the time, the device, the action or event, and the result. Texts from
+/// outside the program must have passed `Printable`.
 ///
-/// Every line is flushed, so that a story can be followed through a pipe.
+/// Flushes every line, so that a reader at a pipe gets it at once.
 class Narrator
 {
 public:
@@ -27,7 +27,7 @@ public:
 
     virtual void Chapter(std::string_view title) const = 0;
 
-    /// Something that `who` does, and that has no result yet.
+    /// An action of `who`, without a result.
     virtual void Action(std::string_view who, std::string_view what) const = 0;
 
     /// An event of the module, before the step that waited for it.
@@ -42,7 +42,7 @@ public:
     /// A remark on the story itself.
     virtual void Note(std::string_view text) const = 0;
 
-    /// Whether progress bars fit between the lines.
+    /// Whether a progress bar may be shown between the lines.
     virtual bool HasProgress() const = 0;
 
     const Console& Out() const
@@ -65,7 +65,7 @@ public:
 
     void Chapter(std::string_view title) const override;
     void Action(std::string_view who, std::string_view what) const override;
-    /// Writes nothing: the step tells it.
+    /// Writes nothing, because the step says what came.
     void Event(std::string_view, const onlinehost::Event&) const override {}
     void Success(std::string_view who, std::string_view what, Time time) const override;
     void Failure(std::string_view who, std::string_view expected, std::string_view came) const override;
@@ -76,7 +76,7 @@ public:
     }
 };
 
-/// A story for programs, one JSON object a line; docs/json.md describes the fields.
+/// A story for programs, one JSON object in each line; docs/json.md describes the fields.
 class JsonNarrator final : public Narrator
 {
 public:

@@ -30,7 +30,7 @@ public:
     /// scene. After a signal the scene ends at its next step, and later scenes are not played.
     void Scene(const std::string& title, const std::function<void()>& play);
 
-    /// Tells an action of which nothing is expected yet.
+    /// Writes an action without a result.
     void Tell(const std::string& who, const std::string& what) const;
 
     /// An event of the module, before the step that waited for it.

@@ -15,7 +15,7 @@ namespace
 {
 
 constexpr size_t kIdsShown = 3;
-constexpr size_t kMostUsers = 1'000; // for which calls may change their places
+constexpr size_t kMostUsers = 1'000; // users of calls that may change their places
 constexpr size_t kLongestValue = 90;
 constexpr size_t kLongestList = 140; // of arguments
 constexpr size_t kGuidDigits = 32;
@@ -33,7 +33,7 @@ bool NamesUser(std::string_view argument)
     return IsOneOf(argument, {"userId", "userid", "user_id", "srcUserId"});
 }
 
-/// Arguments that say nothing about what is going on.
+/// Arguments that a diagram leaves out, because they do not explain the call.
 bool IsDull(std::string_view argument)
 {
     return IsOneOf(argument, {"appid", "companyid", "conflictExtendInfo", "deviceid", "ext", "ext_info", "http",
@@ -70,7 +70,7 @@ std::string ListText(const TraceList& list)
     return list.size > kIdsShown ? text + ", " + kDots : text;
 }
 
-/// The value with what it names: "user 1001", "invitation 3", "36 (logged in on another device)".
+/// The value with its kind or meaning: "user 1001", "invitation 3", "36 (logged in on another device)".
 std::string NamedText(const TraceArgument& argument)
 {
     if (const TraceList* const list = std::get_if<TraceList>(&argument.value))
@@ -98,7 +98,7 @@ std::string NamedText(const TraceArgument& argument)
     return IsOneOf(name, {"guid", "groupId"}) ? "meeting " + MeetingText(text) : text;
 }
 
-/// Empty for what says nothing.
+/// Empty for an argument that the diagram leaves out.
 std::string ArgumentText(const TraceArgument& argument)
 {
     const std::string text = NamedText(argument);
@@ -114,7 +114,8 @@ std::string ArgumentText(const TraceArgument& argument)
     return speaksForItself ? text : std::string(argument.name) + "=" + text;
 }
 
-/// How the value of the last one of several follows that of the first. Payloads and lists are too long to be shown twice.
+/// The value of the last of several calls, which follows the value of the first. Payloads and lists are too long to be
+/// shown twice.
 std::string LastText(const TraceArgument& last)
 {
     const TraceList* const list = std::get_if<TraceList>(&last.value);
@@ -241,7 +242,7 @@ void DiagramCall::Add(DiagramCall& later)
     }
 }
 
-/// Gives the last call inside its place, once no other listener can get it any more.
+/// Merges the last call inside with an equal one, when no other listener can get it any more.
 void DiagramCall::SettleLast()
 {
     for (size_t index = m_inside.size(); index > 1; --index)

@@ -14,7 +14,7 @@
 namespace host
 {
 
-/// A call as a diagram shows it, with the calls inside it; or several equal ones, which are one arrow.
+/// One arrow of a diagram: a call with the calls inside it, or several equal calls.
 class DiagramCall
 {
 public:
@@ -24,7 +24,7 @@ public:
 
     /// A call inside this one begins. The result is valid until its end.
     DiagramCall* BeginInside(const TraceCall& call, TraceTime time);
-    /// The call ends, or its event for one more listener.
+    /// The call ends, or one more listener has handled its event.
     void End(const TraceResult& result, TraceTime time);
 
     /// Whether `other` is the same event for another listener; then that listener is added.
@@ -32,16 +32,16 @@ public:
 
     /// Whether both can be one arrow: the same calls inside each other, with the same codes and results.
     bool IsAlike(const DiagramCall& other) const;
-    /// Takes in a call that is alike and came later.
+    /// Adds an equal call that came later.
     void Add(DiagramCall& later);
 
-    /// Whether both are about users, and not about the same one: then their order does not matter.
+    /// Whether both calls are about users, and no user is in both. Then their order does not matter.
     bool IsAboutOthersThan(const DiagramCall& other) const;
     /// Whether the call, or one inside it, is about one of the subjects.
     bool IsAbout(const std::vector<TraceSubject>& subjects) const;
-    /// Whether the host only reads what the module knows.
+    /// Whether the host only reads from the module.
     bool IsRead() const;
-    /// Whether the host acts: events that follow may be what comes of it.
+    /// Whether the call is an action of the host. Later events may be its consequences.
     bool IsAction() const;
     /// Whether the call may go to several listeners, one after the other.
     bool HasListeners() const;
@@ -73,7 +73,7 @@ public:
 
     /// "Login(user 2, force=true)", with outputs, result and number.
     std::string Text() const;
-    /// "0.012 s", or from the first to the last one.
+    /// "0.012 s"; for several calls the times of the first and the last.
     std::string TimeText() const;
 
 private:
@@ -90,14 +90,14 @@ private:
     size_t m_count = 1;
     TraceArguments m_arguments;
     TraceArguments m_outputs;
-    TraceArguments m_lastArguments; ///< of the last one of several
+    TraceArguments m_lastArguments; ///< of the last of several calls
     TraceArguments m_lastOutputs;
     std::string m_result; ///< empty when it says no more than success
     bool m_isFailure = false;
     Calls m_inside;
     std::set<const void*> m_listeners;
-    std::set<std::string> m_users; ///< that the call is about
-    bool m_isAboutMany = false;    ///< about more users than are noted
+    std::set<std::string> m_users; ///< users of the call
+    bool m_isAboutMany = false;    ///< the call has more users than `m_users` holds
 };
 
 /// "0.012"

@@ -35,7 +35,8 @@ std::string EscapeLine(std::string_view text)
     return escaped;
 }
 
-/// Where a long text is broken: after an argument, otherwise after a word, otherwise anywhere between two characters.
+/// The length of the first line of a long text, which ends after an argument, otherwise after a word, otherwise between
+/// any two characters.
 size_t LineLength(std::string_view text)
 {
     size_t end = text.rfind(", ", kLineLength - 2);
@@ -47,7 +48,7 @@ size_t LineLength(std::string_view text)
     return end != std::string_view::npos && end >= kLineLength / 2 ? end + 1 : onlinehost::CutLength(text, kLineLength);
 }
 
-/// The text in lines: viewers make columns as wide as the longest one.
+/// The escaped text in several lines, because viewers make columns as wide as the longest line.
 std::string Escape(const std::string& text, size_t limit)
 {
     const std::string shown = Shorten(text, limit);

@@ -7,11 +7,11 @@
 namespace host
 {
 
-/// Writes messages between parties as a Mermaid sequence diagram. The texts may hold anything; what has a meaning to Mermaid
-/// is escaped.
+/// Writes messages between parties as a Mermaid sequence diagram. Texts may contain anything: characters with a meaning
+/// in Mermaid are escaped.
 ///
-/// Viewers refuse a text of more than 50 000 characters. So a diagram takes no more when it is full, and keeps room for its
-/// closing notes.
+/// Viewers refuse a text of more than 50 000 characters. So a full diagram accepts no further line. It reserves room
+/// for its closing notes.
 class SequenceDiagram
 {
 public:

@@ -28,16 +28,16 @@ namespace
 /// Groups of tracks. The components' come after these.
 enum Group : uint32_t
 {
-    GROUP_CHAPTERS = 1, // viewers take 0 for something of their own
-    GROUP_PROGRAM = 2,  ///< what belongs to no component
+    GROUP_CHAPTERS = 1, // viewers use 0 for themselves
+    GROUP_PROGRAM = 2,  ///< calls and marks that belong to no component
     GROUP_COMPONENTS = 3,
 };
 
-/// Tracks that stand for no thread.
+/// Tracks without a thread.
 constexpr int kChapters = 0;
 constexpr int kUnanswered = -1;
 
-/// How slices of a crossing are filed, and what a thread is called on which such a call is recorded first.
+/// The category of a crossing's slices, and the name of a thread whose first recorded call crosses so.
 struct Way
 {
     const char* category;
@@ -78,7 +78,7 @@ int ThreadId()
 
 } // namespace
 
-/// Everything is done under the lock, the reading of the clock too: so the times never go back, on no track.
+/// Every operation holds the lock, also while it reads the clock, so that the times of a track never go back.
 struct Trace::State
 {
     struct Frame
@@ -371,7 +371,7 @@ Trace::~Trace()
     }
     catch (const Error&)
     {
-        // A host that wants to know calls `Close` itself.
+        // A host that needs the reason calls `Close` itself.
     }
 }
 

@@ -12,14 +12,15 @@
 namespace host
 {
 
-/// Records what crosses the boundary of the module.
+/// Records the calls across the boundary of the module.
 ///
-/// The trace is a file of the trace-event format that Perfetto and about:tracing open: each component has a group of tracks,
-/// one for each thread, each call is a slice, and arrows lead from calls to the notifications that answer them. The diagram is
-/// a Mermaid sequence diagram for people. Counting of references is not recorded, nor are questions for the level of the log.
+/// The trace is a file of the trace-event format that Perfetto and about:tracing open: each component has a group of
+/// tracks, one for each thread, each call is a slice, and arrows lead from calls to the notifications that answer them.
+/// The diagram is a Mermaid sequence diagram for people. Counting of references is not recorded, nor are questions for
+/// the level of the log.
 ///
-/// `RecordComponent` puts recording objects around a component. A host that does not record makes no `Trace`, and nothing
-/// stands between the component and the host.
+/// `RecordComponent` puts recording objects around a component. Without a `Trace` no recording object stands between
+/// the component and the host.
 ///
 /// [any] Every operation may be called from any thread, also from inside a recorded call.
 class Trace
@@ -34,7 +35,7 @@ public:
 
     /// `Error` when a file cannot be written.
     explicit Trace(const Options& options);
-    /// Closes the trace; a failure is lost.
+    /// Closes the trace. Does not report a failure.
     ~Trace();
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
@@ -51,13 +52,14 @@ public:
     /// A moment on the track of the calling thread, such as a line of the log.
     void Moment(const char* category, const std::string& text);
 
-    /// Completes the files: calls and chapters that are open end in them now, and nothing is recorded any more. May be called
-    /// at any time, while calls are being recorded on other threads too; a second call does nothing. `Error` when a file could
-    /// not be written, or when a chosen device was not recorded; both files are complete then as far as they can be.
+    /// Completes the files: calls and chapters that are open end in them now, and nothing is recorded any more. May be
+    /// called at any time, while calls are being recorded on other threads too; a second call does nothing. `Error`
+    /// when a file could not be written, or when a chosen device was not recorded; both files are complete then as far
+    /// as they can be.
     void Close();
 
-    /// Makes an object that lives as long as the trace. Recording objects may be in use to the last moment, on any thread, so
-    /// none of them goes earlier.
+    /// Makes an object that lives as long as the trace. Recording objects may be in use to the last moment, on any
+    /// thread, so none of them goes earlier.
     template <typename T, typename... Arguments>
     T& Keep(Arguments&&... arguments)
     {
@@ -82,17 +84,17 @@ class TraceSpan
 public:
     /// Begins the call on the calling thread; the trace must outlive the span.
     TraceSpan(Trace& trace, const TraceCall& call);
-    /// Ends it.
+    /// Ends the call.
     ~TraceSpan();
     TraceSpan(const TraceSpan&) = delete;
     TraceSpan& operator=(const TraceSpan&) = delete;
 
-    /// What the operation wrote to an output argument.
+    /// Records what the operation wrote to an output argument.
     void Output(const char* name, TraceValue value);
 
-    /// What the operation returned, as a text that says more than success or failure.
+    /// Records a result that says more than success or failure.
     void Answer(std::string text);
-    /// The operation failed, as the text says.
+    /// Records that the operation failed; `text` gives the reason.
     void Fail(std::string text);
 
     /// Records what the operation returned and passes it on.

@@ -82,7 +82,8 @@ void Append(TraceArguments& arguments, const char* /*name*/, const LoginParam& p
 
 void Append(TraceArguments& arguments, const char* /*name*/, const JoinData& data)
 {
-    // Hosts hand over pointers that may be null, and the module refuses them. The compiler is told not to assume otherwise.
+    // Hosts hand over pointers that may be null, and the module refuses them. The cast keeps the compiler from assuming
+    // that the reference is never null.
     if (reinterpret_cast<uintptr_t>(&data) == 0)
     {
         return;

@@ -15,12 +15,13 @@
 #include <type_traits>
 #include <vector>
 
-/// How arguments of each type are recorded. Nothing is recorded under an empty name, and no token ever.
+/// How arguments of each type are recorded. An argument with an empty name is not recorded, and a token never is.
 
 namespace host
 {
 
-/// Texts and pointers may be null. The query of an address is left out: tokens are in it, and traces are passed around.
+/// Texts and pointers may be null. The query of an address is left out, because it contains tokens and users share
+/// traces.
 void Append(TraceArguments& arguments, const char* name, const char* text);
 void Append(TraceArguments& arguments, const char* name, const std::string& text);
 void Append(TraceArguments& arguments, const char* name, const GUID& guid);
@@ -35,10 +36,10 @@ void Append(TraceArguments& arguments, const char* name, const std::shared_ptr<o
 void Append(TraceArguments& arguments, const char* name, const avcore::ZolUserTerminalInfo& info);
 void Append(TraceArguments& arguments, const char* name, const HttpRequest* request);
 
-/// The number of the users.
+/// Records the number of users.
 void Append(TraceArguments& arguments, const char* name, const WBASELIB::Vector<avcore::ZolUserInfo>& users);
 
-/// Not recorded: functions of the caller, and what the operation fills or what is opaque.
+/// These are not recorded: functions of the caller, output arguments, and opaque values.
 inline void Append(TraceArguments& /*arguments*/, const char* /*name*/, unsigned* /*id*/) {}
 template <typename Signature>
 void Append(TraceArguments& /*arguments*/, const char* /*name*/, const std::function<Signature>& /*function*/)
@@ -50,7 +51,7 @@ inline void Append(TraceArguments& /*arguments*/, const char* /*name*/,
 {
 }
 
-/// Numbers, flags and codes. Of other objects it is recorded whether they are there.
+/// Numbers, flags and codes. For a pointer to another object, whether it is null.
 template <typename T>
 void Append(TraceArguments& arguments, const char* name, const T& value)
 {

@@ -6,7 +6,7 @@
 #include <variant>
 #include <vector>
 
-/// What is recorded of one call across the boundary of the module.
+/// The record of one call across the boundary of the module.
 
 namespace host
 {
@@ -18,7 +18,7 @@ enum class Crossing
     Notification,      ///< the module calls the host
     PlatformCall,      ///< the module calls the platform
     PlatformEvent,     ///< the platform calls the module
-    HttpRequest,       ///< the platform calls the module, which is to send a request
+    HttpRequest,       ///< the platform asks the module to send a request
     HttpCall,          ///< the module calls the HTTP object
     HttpEvent,         ///< the HTTP object calls the module
     HostPlatformCall,  ///< the host calls the connection that it shares with the module, past the module
@@ -56,7 +56,7 @@ struct TraceCall
     uint32_t component; ///< as `Trace::AddComponent` gave it
     const char* name;   ///< interface and operation: "IPaasOnline::Login"
     TraceArguments arguments{};
-    uint32_t connection = 0;        ///< of the platform, counted over the whole recording; 0 for none
+    uint32_t connection = 0;        ///< number of the platform's connection in the whole recording; 0 for none
     const void* receiver = nullptr; ///< the object that is called: a platform calls several listeners with one event
 };
 
@@ -68,10 +68,10 @@ struct TraceResult
     TraceArguments outputs{}; ///< what the operation wrote to its output arguments
 };
 
-/// The argument or output of this name, null when there is none.
+/// The argument or output with this name; null when there is none.
 const TraceValue* FindValue(const TraceArguments& arguments, const char* name);
 
-/// In full, as it stands in the trace: "45: 2, 3, 1001, ...".
+/// The value as the trace shows it: "45: 2, 3, 1001, ...".
 std::string ValueText(const TraceValue& value);
 
 /// Shortens a text to about `limit` bytes, between two characters, and makes it safe to show.

@@ -28,16 +28,16 @@ struct TraceDiagram::Item
     enum class Kind
     {
         Chapter,
-        SetUp, ///< folded calls
+        SetUp, ///< calls that a note counts
         Call,
     };
 
     Kind kind;
     TraceTime time;
     std::string text{};                  ///< the chapter's title, or what was set up
-    uint32_t component = 0;              ///< of folded calls
-    size_t folded = 0;                   ///< their number
-    std::unique_ptr<DiagramCall> call{}; ///< outermost
+    uint32_t component = 0;              ///< whose calls the note counts
+    size_t folded = 0;                   ///< number of calls that the note counts
+    std::unique_ptr<DiagramCall> call{}; ///< an outermost call
     bool isSettled = false;
 
     bool BelongsTo(uint32_t wanted) const
@@ -133,7 +133,7 @@ private:
         return names;
     }
 
-    /// The party of a component's device; nothing when there are too many devices.
+    /// The party of a component's device; empty when there are too many devices.
     std::optional<size_t> DeviceParty(uint32_t component) const
     {
         const auto found = std::find(m_devices.begin(), m_devices.end(), m_plan.m_devices[component]);
@@ -208,7 +208,7 @@ private:
         return {kHostParty, module};
     }
 
-    /// Says what was left out.
+    /// Adds notes about the calls that the diagram leaves out.
     void Close(Items::const_iterator rest, SequenceDiagram& diagram)
     {
         if (m_devices.empty())
@@ -304,7 +304,7 @@ void TraceDiagram::End(int thread, DiagramCall* call, const TraceResult& result,
     }
 }
 
-/// The thread's last call goes to no further listener.
+/// Settles the thread's last call, which goes to no further listener.
 void TraceDiagram::SettleThread(int thread)
 {
     const auto last = m_last.find(thread);
@@ -348,7 +348,7 @@ bool TraceDiagram::IsChosenDevice(uint32_t component) const
            std::find(m_choice.devices.begin(), m_choice.devices.end(), m_devices[component]) != m_choice.devices.end();
 }
 
-/// Makes a note of the creation or the destruction of a component, and adds to it what follows of the kind.
+/// Replaces the creation or the destruction of a component by a note, which also counts the set-up calls that follow.
 void TraceDiagram::Fold(Items::iterator item)
 {
     const DiagramCall& call = *item->call;
@@ -376,7 +376,7 @@ void TraceDiagram::Fold(Items::iterator item)
     m_items.erase(item);
 }
 
-/// Whether the call has become part of an equal one before it.
+/// Merges the call into an equal one before it. False when there is none.
 bool TraceDiagram::Merge(Items::iterator item)
 {
     DiagramCall& call = *item->call;
@@ -394,7 +394,7 @@ bool TraceDiagram::Merge(Items::iterator item)
             earlier->call->Add(call);
             return true;
         }
-        // What the host does is why later events come, so nothing changes its place with it.
+        // An action of the host may be the cause of later events, so no call may change its place with it.
         if (call.IsAction() || (isCall && earlier->call->IsAction()))
         {
             return false;

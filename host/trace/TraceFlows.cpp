@@ -11,27 +11,27 @@ namespace host
 namespace
 {
 
-/// What an operation has to do with an arrow.
+/// The role of an operation for an arrow.
 enum class Role
 {
-    Asks,            ///< the answer is known by a key that is known before the call
-    AsksById,        ///< the answer is known by an id that the call returns
+    Asks,            ///< starts an arrow; the key of its answer is known before the call
+    AsksById,        ///< starts an arrow; the call returns the key of its answer
     Passes,          ///< belongs to a question and does not answer it
-    Answers,         ///
-    AnswersLastPage, ///< answers with its last page; earlier ones pass
-    AnswersOne,      ///< several listeners get the event: it answers for the one that makes a notification of it
+    Answers,         ///< answers one call
+    AnswersLastPage, ///< answers with its last page; the arrow passes through earlier pages
+    AnswersOne,      ///< answers at the listener that makes a notification of it; several listeners get the event
     AnswersAlone,    ///< answers when it is not made inside another call
 };
 
-/// What tells the answer to one question from the answers to others.
+/// The key by which an answer is matched to its call.
 enum class By
 {
     Component,
     Connection,
-    Request,       ///< of a connection
-    Invitation,    ///< and invitee
-    OwnInvitation, ///< the invitee is the connection's own user
-    Http,          ///< of a component
+    Request,       ///< request id and connection
+    Invitation,    ///< invitation id and invitee
+    OwnInvitation, ///< invitation id; the invitee is the connection's own user
+    Http,          ///< request id and component
 };
 
 std::string Text(const TraceArguments& arguments, const char* name)
@@ -206,7 +206,7 @@ TraceFlows::Points TraceFlows::End(const TraceCall& call, const TraceResult& res
     {
         for (const uint64_t arrow : frame.begun)
         {
-            // An answer that came before the call returned has ended the arrow already.
+            // If the answer came before the call returned, it has ended the arrow already.
             if (rule.role != Role::Asks || Withdraw(Keys(rule, call, {}).front(), arrow))
             {
                 points.push_back({Part::End, arrow});
@@ -235,7 +235,7 @@ void TraceFlows::Await(const Rule& rule, const std::string& key, uint64_t arrow,
     m_awaited[key].push_back(arrow);
 }
 
-/// Whether the arrow was still waiting.
+/// Ends the wait of an arrow. False when the arrow did not wait any more.
 bool TraceFlows::Withdraw(const std::string& key, uint64_t arrow)
 {
     const auto found = m_awaited.find(key);
@@ -251,7 +251,7 @@ bool TraceFlows::Withdraw(const std::string& key, uint64_t arrow)
     return wasWaiting;
 }
 
-/// The oldest arrow whose answer is known by `key`, 0 for none.
+/// The oldest arrow that waits for an answer with this key; 0 when there is none.
 uint64_t TraceFlows::Find(const std::string& key, bool take)
 {
     const auto found = m_awaited.find(key);

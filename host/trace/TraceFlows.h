@@ -14,10 +14,11 @@ namespace host
 
 /// Matches answers to calls: says in which slices the arrows begin, pass and end.
 ///
-/// An arrow stands for one answer that the platform, or the HTTP object, owes to a call of the module. It begins in the slice
-/// in which the module made the call: the host's operation, or the platform's event that the module was serving. It passes
-/// through the events that belong to it and ends in the first notification that the module makes of the answer, or in the
-/// event itself when it makes none. Knows operations by their names and writes nothing. Not for several threads at once.
+/// An arrow stands for one answer that the platform or the HTTP object has to give to a call of the module. It begins
+/// in the slice in which the module made the call: the host's operation, or the platform's event that the module was
+/// serving. It passes through the events that belong to it and ends in the first notification that the module makes of
+/// the answer, or in the event itself when it makes none. Knows operations by their names and writes nothing. Not for
+/// several threads at once.
 class TraceFlows
 {
 public:
@@ -34,15 +35,15 @@ public:
     };
     using Points = std::vector<Point>;
 
-    /// What is remembered of a call while it lasts.
+    /// The state of a call under way.
     struct Frame
     {
-        std::vector<uint64_t> begun{}; ///< arrows of the answers that the call hopes for
+        std::vector<uint64_t> begun{}; ///< arrows of the answers that the call waits for
         uint64_t answer = 0;           ///< to be ended by the first notification inside; 0 for none
-        std::string shared{}; ///< not empty: without such a notification the arrow goes on waiting under this key
+        std::string shared{};          ///< not empty: without such a notification the arrow waits on under this key
     };
 
-    /// Where the points of a call's beginning stand.
+    /// The arrow points of a call's beginning.
     struct Beginning
     {
         Points around{}; ///< in the slice around the call, before the call's own begins
@@ -68,7 +69,7 @@ private:
     void Await(const Rule& rule, const std::string& key, uint64_t arrow, Points& points);
     bool Withdraw(const std::string& key, uint64_t arrow);
 
-    std::map<std::string, std::deque<uint64_t>> m_awaited; ///< arrows by what their answers are known by
+    std::map<std::string, std::deque<uint64_t>> m_awaited; ///< arrows by the keys of their answers
     std::set<std::string> m_early;                         ///< answers that came before their calls returned
     std::map<uint32_t, std::string> m_users;               ///< by connection
     uint64_t m_lastArrow = 0;

@@ -20,7 +20,7 @@ class Traced<IHttpResponseNotify> final : public TraceProxy<IHttpResponseNotify,
 public:
     using TraceProxy::TraceProxy;
 
-    /// Alone among texts, the header has a length and no terminator.
+    /// The header is the only text with a length and without a terminator.
     void OnHeaderRespond(unsigned int id, char* data, unsigned int len) override
     {
         const TraceSpan span =
@@ -92,7 +92,7 @@ public:
         m_target.Reserved8();
     }
 
-    /// What it returns is the id of the request, by which its answer is known.
+    /// The result is the id of the request, which its answer carries.
     uint32_t Request(const HttpRequest* request, IHttpResponseNotify* notify,
                      WBASELIB::TStringBase<char>* text) override
     {
@@ -397,7 +397,7 @@ public:
     }
 };
 
-/// The listeners of this channel have no operation, so they pass as they are.
+/// The listeners of this channel have no operation, so they are passed on unchanged.
 template <>
 class Traced<IPaasTMsg> final : public TraceProxy<IPaasTMsg, Crossing::HostCall>
 {
@@ -549,7 +549,7 @@ public:
         return m_target.Release();
     }
 
-    /// The interface declares the HTTP object as any object.
+    /// The interface declares the HTTP object as `IUnknown`.
     HRESULT Initialize(IUnknown* httpObject) override
     {
         return Forward(&IOnlineManager::Initialize, "IOnlineManager::Initialize", {"httpObject"},

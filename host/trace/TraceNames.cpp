@@ -20,7 +20,7 @@ using namespace onlinemanager;
 namespace
 {
 
-/// An empty meaning is not shown.
+/// Leaves out an empty meaning.
 TraceCode Code(int64_t value, std::string_view meaning)
 {
     const std::string number = std::to_string(value);

@@ -8,7 +8,7 @@
 namespace host
 {
 
-/// A file that is written from its beginning to its end, and reports at its end whether everything was written.
+/// Writes a file from its beginning to its end. `Complete` reports whether everything was written.
 class TraceOutput
 {
 public:
@@ -20,7 +20,8 @@ public:
 
     void Write(std::string_view text);
 
-    /// Closes the file. `Error` with the file's name and the reason of the first failure when something could not be written.
+    /// Closes the file. `Error` with the file's name and the reason of the first failure when something could not be
+    /// written.
     void Complete();
 
 private:
@@ -29,7 +30,7 @@ private:
     const std::filesystem::path m_path;
     const std::string m_what;
     std::FILE* m_file;
-    int m_failure = 0; ///< `errno` of the first one
+    int m_failure = 0; ///< `errno` of the first failure
 };
 
 } // namespace host

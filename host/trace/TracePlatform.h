@@ -11,8 +11,8 @@ namespace host
 
 class Trace;
 
-/// Stands in front of a component factory: the connections that it makes are recorded, and everything that is got from
-/// them. It lives as long as the trace.
+/// Stands in front of a component factory. Records the calls to the connections that the factory makes, and to all
+/// objects from these connections. It lives as long as the trace.
 class TracedFactory final : public IComponentFactory
 {
 public:
@@ -24,8 +24,8 @@ public:
     uint32_t Release() override;
     HRESULT CreateComponent(const CLSID& clsid, const IID& iid, IUnknown* outer, void** out) override;
 
-    /// The same connection for the host's own use: its calls are recorded as the host's. `connection` itself when it is none
-    /// that this factory made.
+    /// The same connection for the host's own use: its calls are recorded as the host's. Returns `connection` itself if
+    /// this factory did not make it.
     IUnknown* ForHost(IUnknown* connection);
 
 private:
@@ -33,7 +33,7 @@ private:
     const uint32_t m_component;
     IComponentFactory& m_target;
     std::mutex m_mutex;
-    std::map<IUnknown*, IUnknown*> m_forHost; ///< by the connection that the module has
+    std::map<IUnknown*, IUnknown*> m_forHost; ///< by the recording object that the module has
 };
 
 } // namespace host

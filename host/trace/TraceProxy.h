@@ -29,7 +29,7 @@ namespace host
 template <typename Interface>
 class Traced;
 
-/// The interfaces of which an object is replaced by its `Traced` one wherever a pointer to it passes as an argument.
+/// The interfaces whose objects are replaced by `Traced` objects in every argument that points to them.
 template <typename Interface, typename... Listed>
 inline constexpr bool kIsListed = (std::is_same_v<Interface, Listed> || ...);
 template <typename Interface>
@@ -41,7 +41,7 @@ inline constexpr bool kIsTraced =
               avcore::IZolConnectionListener, avcore::IZolHttp, avcore::IZolMdsClient, avcore::IZolMdsClientListener,
               avcore::IZolOnline, avcore::IZolOnlineListener, avcore::IZolTMsg, avcore::IZolTMsgListener>;
 
-/// What the recording objects of one component, or of one connection, share.
+/// The state that the recording objects of one component, or of one connection, share.
 class TraceContext
 {
 public:
@@ -53,8 +53,8 @@ public:
     {
     }
 
-    /// The object's recording one, made when there is none yet; null for null. The recording objects have no state of their
-    /// own, so one serves every object that comes to live at the same address.
+    /// The recording object of an object; made when there is none yet, null for null. Recording objects have no state
+    /// of their own, so one may serve all objects that live at the same address one after the other.
     template <typename Interface>
     Interface* Of(Interface* target)
     {
@@ -94,7 +94,7 @@ private:
     std::map<std::pair<std::type_index, void*>, void*> m_traced;
 };
 
-/// How one argument is passed on: as it is.
+/// Passes one argument on unchanged.
 template <typename Parameter>
 class TracePassed
 {
@@ -131,7 +131,7 @@ private:
     Interface* const m_value;
 };
 
-/// An output argument for an object that is replaced. What the operation leaves untouched stays untouched.
+/// An output argument for an object that is replaced. An argument that the operation does not write stays unchanged.
 template <typename Interface>
 requires kIsTraced<Interface>
 class TracePassed<Interface**>
@@ -189,7 +189,7 @@ private:
     unsigned* const m_value;
 };
 
-/// Base of the recording objects. `kWay` is how calls of the interface cross the boundary. The context and the target must
+/// Base of the recording objects. `kWay` is the direction of the interface's calls. The context and the target must
 /// outlive its use.
 template <typename Interface, Crossing kWay>
 class TraceProxy : public Interface
@@ -203,8 +203,8 @@ protected:
         return {m_context.GetTrace(), m_context.MakeCall(kWay, name, arguments, &m_target)};
     }
 
-    /// Records a call of `operation` and passes it on. `names` are the names of the arguments; one that is empty is not
-    /// recorded.
+    /// Records a call of `operation` and passes it on. `names` are the names of the arguments; an argument with an
+    /// empty name is not recorded.
     template <typename Result, typename Owner, typename... Parameters, size_t kCount>
     Result Forward(Result (Owner::*operation)(Parameters...), const char* name, const char* const (&names)[kCount],
                    std::type_identity_t<Parameters>... values)

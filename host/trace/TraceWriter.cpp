@@ -185,7 +185,7 @@ void TraceWriter::Point(TraceTime time, const Track& track, Arrow part, uint64_t
     m_file->json.Uint64(id);
     if (part == Arrow::End)
     {
-        // It ends in the slice that is open, not in the next one.
+        // The arrow ends in the open slice, not in the next one.
         m_file->Member("bp", "e");
     }
     m_file->EndRecord();

@@ -15,12 +15,12 @@ using TraceTime = std::chrono::duration<double, std::micro>; ///< since the begi
 
 /// Writes records of the trace-event format that Perfetto and about:tracing open.
 ///
-/// Knows tracks, slices, marks and arrows, and nothing of what they stand for. The caller keeps the order: times never go
-/// back, each slice that is begun on a track is ended on it before those around it. Not for several threads at once.
+/// Knows tracks, slices, marks and arrows, but not their meaning. The caller must keep the order: times never go back,
+/// and each slice ends on its track before the slices around it. Not for several threads at once.
 class TraceWriter
 {
 public:
-    /// A line of the viewer. Tracks of one group stand together under the group's name.
+    /// A line of the viewer. The viewer shows the tracks of one group together under the group's name.
     struct Track
     {
         uint32_t group;
@@ -40,7 +40,7 @@ public:
     TraceWriter(const TraceWriter&) = delete;
     TraceWriter& operator=(const TraceWriter&) = delete;
 
-    /// Groups stand in the order of their numbers.
+    /// The viewer orders groups by their numbers.
     void NameGroup(uint32_t group, const std::string& name);
     void NameTrack(const Track& track, const std::string& name);
 
