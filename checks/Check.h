@@ -46,7 +46,7 @@ struct CheckEnded
 {
 };
 
-/// Ends a check at once and leaves it out, because it cannot be made with this module file.
+/// Ends a check at once and leaves it out, because this module file does not allow it.
 struct CheckLeftOut
 {
     std::string reason;

@@ -156,7 +156,7 @@ CONTRACT_CHECK(BadInput, AUserWithANegativeCountOfTerminalsHasNone, "The user is
                                    { listener.OnRefreshUserStatusFinished(ZOL_PORT_SUCCESS, 101, records, 1, 0); });
     stage.ExpectJournal({"U.OnUserStatusChanged([7,8])"});
     check.ExpectEqual(std::vector<std::string>{"7: status=0", "8: status=0"}, Known(*stage.users, {7, 8}),
-                      "what is known");
+                      "the known records");
 }
 
 CONTRACT_CHECK(BadInput, AnswersAfterALogoutAreHandledAsBefore,

@@ -188,7 +188,7 @@ CONTRACT_CHECK(CpAddress, ANegativeResultOfTheConnectionIsLoggedAndGivesFalse,
 }
 
 CONTRACT_CHECK(CpAddress, NoStateOfTheSessionChangesWhateverTheOutcome,
-               "It logs nobody in, keeps no parameters for Relogin, and leaves a login unchanged.")
+               "It starts no login, keeps no parameters for Relogin, and leaves a login unchanged.")
 {
     {
         Stage stage(check);

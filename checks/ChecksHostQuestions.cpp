@@ -21,7 +21,7 @@ namespace
 using onlinemanager::TUNNEL_TYPE_GW;
 using onlinemanager::TUNNEL_TYPE_PAAS;
 
-constexpr unsigned kSelf = 52011; // who is logged in
+constexpr unsigned kSelf = 52011; // the user who is logged in
 
 std::string Offline(unsigned user)
 {
@@ -78,7 +78,7 @@ std::string LoginLine(unsigned user)
            std::to_string(user) + "\", mutex=\"pc\", ext=\"{\"tt\":3}\", force=0, registeruser=1)";
 }
 
-/// An HTTP object that answers in a way of its own.
+/// An HTTP object whose behaviour the check sets.
 class OddHttp final : public RecordingUnknown<IHttpClient>
 {
 public:
@@ -132,7 +132,7 @@ avcore::IZolHttp* TransportOver(Stage& stage, OddHttp& http)
     const bool isTaken =
         stage.journal.Await("OnCompleteRespond(), id=7, code=200") && stage.journal.Await("request sent, id=7");
     const bool isLost = isTaken && answer->wait_for(std::chrono::seconds(1)) == std::future_status::timeout;
-    _exit(isLost ? 0 : 1); // without the destructors: the stage's would wait for the call
+    _exit(isLost ? 0 : 1); // without destructors, because the stage's destructor would wait for the call
 }
 
 } // namespace
@@ -222,7 +222,7 @@ CONTRACT_CHECK(HostQuestions, DestroyDoesNotWaitForANotificationOfTheMonitoringS
     std::atomic<bool> hasEnded{false};
     listener.hook = [&](const std::string&)
     {
-        go.get_future().wait_for(std::chrono::seconds(10)); // a Destroy that waits must fail, not hang
+        go.get_future().wait_for(std::chrono::seconds(10)); // a Destroy that waits must fail and must not hang
         hasEnded = true;
     };
     constexpr const char* kSubscribeAll = R"({"message":{"command":"subscribe_av_quality","data":{"subType":"all"}}})";

@@ -11,7 +11,7 @@ namespace
 using onlinemanager::InviteData;
 using onlinemanager::RejectInvitationReason;
 
-constexpr unsigned kSelf = 52011; // who is logged in
+constexpr unsigned kSelf = 52011; // the user who is logged in
 
 std::string Log(std::string_view text)
 {
@@ -113,7 +113,7 @@ struct InvitationStage : Stage
         return Connection().online;
     }
 
-    /// Lets an invitation come in and clears the journal.
+    /// Sends an invitation to the module and clears the journal.
     void Receive(const char* inviter, unsigned inviteId)
     {
         Online().InviteIncome(inviter, inviteId, "7", kJson.c_str());

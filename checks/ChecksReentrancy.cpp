@@ -13,7 +13,7 @@ namespace
 using onlinemanager::TUNNEL_TYPE_GW;
 using onlinemanager::TUNNEL_TYPE_PAAS;
 
-/// The service whose listeners are meant.
+/// The service to which the listeners belong.
 enum class Service
 {
     Session,
@@ -70,7 +70,7 @@ struct ReentrantStage : Stage
 
     ~ReentrantStage()
     {
-        AwaitModuleThreads(); // they may still be telling the listeners, which go first
+        AwaitModuleThreads(); // they may still call the listeners, which are destroyed first
     }
 
     /// Lets A call the operation from inside its next notification that begins with this text.
@@ -122,7 +122,7 @@ private:
 
 struct Notification
 {
-    const char* event; ///< how it begins in the journal
+    const char* event; ///< its beginning in the journal
     Service service;
     ReentrantStage::Operation cause;
 };
@@ -212,7 +212,7 @@ struct HostOperation
 {
     const char* name;
     ReentrantStage::Operation call;
-    std::optional<Service> endsDeliveries; ///< of whose listeners, when it forgets any
+    std::optional<Service> endsDeliveries; ///< the service whose listeners it removes, if any
 };
 
 template <typename Component>

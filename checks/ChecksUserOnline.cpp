@@ -293,7 +293,7 @@ CONTRACT_CHECK(UserOnline, ARefreshOfListedUsersReplacesTheWholeTableAndIsNotRep
     Refresh(stage.Connection(), {UserOnPc("1", 1)}, id);
     stage.ExpectJournal({"U.OnUserStatusChanged([2])"});
     check.ExpectEqual(std::vector<std::string>{"2: status=0", "3: status=0"}, Known(*stage.users, {2, 3}),
-                      "what is known of the others");
+                      "the known records of the others");
 }
 
 CONTRACT_CHECK(UserOnline, ANullOutputIsRefusedWithoutALine, "Whether logged in or not.")

@@ -44,7 +44,7 @@ struct StatusStage : Stage
     void ExpectKnown(const std::vector<unsigned>& ids, const std::vector<std::string>& expected,
                      Where where = Where::Here())
     {
-        check.ExpectEqual(expected, Known(*users, ids), "what is known of the users", where);
+        check.ExpectEqual(expected, Known(*users, ids), "the known records of the users", where);
     }
 
     UserNotify listener;

@@ -22,7 +22,7 @@ inline std::string TextOf(const onlinemanager::UserOnlineInfo& user)
     return text.str();
 }
 
-/// What the module knows about these users, in the order of its callbacks.
+/// The module's records of these users, in the order of its callbacks.
 inline std::vector<std::string> Known(onlinemanager::IUserOnline& users, const std::vector<unsigned>& ids)
 {
     std::vector<std::string> known;

@@ -15,7 +15,7 @@ namespace
 constexpr const char* kSession = "The session";
 constexpr const char* kGateway = "The gateway tunnel";
 
-/// All listeners have one name: an observation does not tell them apart, the notifications have names of their own.
+/// All listeners have one name, because an observation contains only the names of notifications.
 constexpr const char* kListener = "host";
 
 constexpr unsigned kForeignRequest = 9999; // a refresh that no host has started
@@ -151,7 +151,7 @@ void StateDriver::Add(const std::string& event, std::function<void()> platformEv
     };
 }
 
-/// The operation as it is, and as the platform refuses it.
+/// The operation twice: accepted, and refused by the platform.
 void StateDriver::AddRefusable(const std::string& event, RecordingConnection& connection, const std::string& operation,
                                const std::function<bool()>& call)
 {
@@ -296,7 +296,7 @@ void StateDriver::AddPlatformEvents(RecordingConnection& connection)
 namespace
 {
 
-/// One machine of the page against the module.
+/// Compares one machine of the page with the module.
 class StateComparison
 {
 public:

@@ -25,7 +25,7 @@ struct StateObservation
 class StateDriver
 {
 public:
-    /// `machine` is the title of the page's section; `StateTableError` for one that is not known here.
+    /// `machine` is the title of the page's section; Throws `StateTableError` for an unknown section.
     StateDriver(Stage& stage, const std::string& machine);
     ~StateDriver();
     StateDriver(const StateDriver&) = delete;

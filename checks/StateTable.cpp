@@ -80,7 +80,7 @@ std::vector<std::string> EventsOf(const std::string& cell)
 std::vector<std::string> CellsOf(const std::string& line)
 {
     std::vector<std::string> cells = Split(line, '|');
-    cells.erase(cells.begin()); // what stands before the first bar
+    cells.erase(cells.begin()); // the text in front of the first bar
     return cells;
 }
 

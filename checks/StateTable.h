@@ -70,9 +70,9 @@ public:
     /// Every event of the tables, in the order of the page.
     std::vector<std::string> Events() const;
 
-    /// What the event does. Each table that names the event contributes the one row whose condition holds, in the order
-    /// of the tables. `StateTableError` when a table that names the event has no such row or several, or when no table
-    /// names it.
+    /// The outcome of the event. Each table that names the event contributes the one row whose condition holds, in the
+    /// order of the tables. `StateTableError` when a table that names the event has no such row or several, or when no
+    /// table names it.
     StateStep Step(const StateValues& state, const std::string& event) const;
 
     /// Lines of all rows.

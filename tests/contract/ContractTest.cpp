@@ -33,7 +33,7 @@ private:
     const std::string m_modulePath;
 };
 
-/// Removes the option --module= from the arguments and returns its path; the module of this build if there is none.
+/// Removes the option --module= from the arguments and returns its path; without the option the module of this build.
 std::string TakeModulePath(int& argc, char** argv)
 {
     constexpr std::string_view kOption = "--module=";

@@ -57,7 +57,7 @@ TEST(StateTable, TheModuleDoesWhatThePageSays)
     }
     catch (const CheckEnded&)
     {
-        // The failure that ended it is in the context.
+        // The context has the failure that ended the check.
     }
     for (const Failure& failure : check.TakeFailures())
     {

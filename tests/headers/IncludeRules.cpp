@@ -70,7 +70,7 @@ Room ReadRow(const std::string& nameCell, const std::string& contentCell, const 
     return room;
 }
 
-/// The index of the room of a file; the number of rooms when it stands in none.
+/// The index of the room of a file; the number of rooms when it is in no room.
 size_t FindRoom(const std::vector<Room>& rooms, const std::string& file)
 {
     size_t found = rooms.size();

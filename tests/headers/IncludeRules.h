@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-/// One row of the table in docs/house.md. It covers a folder with everything below it, apart from what a longer row
-/// covers; or, as "folder (public)", only the headers that the row names.
+/// One row of the table in docs/house.md. It covers a folder with everything below it, except what a row with a longer
+/// path covers; or, as "folder (public)", only the headers that the row names.
 struct Room
 {
     std::string name;
@@ -19,7 +19,7 @@ struct Room
 /// a page without the table and for a row that allows a room which does not stand above it.
 std::vector<Room> ReadRooms(std::string_view page);
 
-/// Reads every `#include "..."` of the tree and returns one line for each fault: a file in no room, a file that is
-/// included by something else than its path from the root, an include that the table does not allow, a row without a
-/// file. Skips hidden folders and folders that CMake builds in.
+/// Reads every `#include "..."` of the tree and returns one line for each fault: a file in no room, an include that is
+/// not a path from the root, an include that the table does not allow, a row without a file. Skips hidden folders and
+/// folders that CMake builds in.
 std::vector<std::string> FindIncludeFaults(const std::filesystem::path& root, const std::vector<Room>& rooms);

@@ -1,4 +1,4 @@
-# An older standard than the headers need is told, and not hidden behind errors inside a header.
+# For an older C++ standard than the headers need, the message names the needed standard before any error inside a header.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

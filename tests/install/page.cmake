@@ -1,10 +1,9 @@
-# Runs every block of shell commands below HEADING in PAGE, as it stands there. $HOME is a folder of the test, the current
-# folder looks like this repository, and build/demo in it is what was built.
+# Runs every block of shell commands below HEADING in PAGE unchanged. $HOME is a folder of the test. The current folder looks like this repository; its build/demo is the present build.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 
 file(READ "${PAGE}" text)
-# Brackets and semicolons mean something in lists of CMake.
+# Brackets and semicolons have a meaning in CMake lists.
 string(REPLACE ";" "<semicolon>" text "${text}")
 string(REPLACE "[" "<open>" text "${text}")
 string(REPLACE "]" "<close>" text "${text}")

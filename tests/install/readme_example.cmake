@@ -1,4 +1,4 @@
-# The README shows the example of a host whole.
+# The README contains the whole example of a host.
 cmake_minimum_required(VERSION 3.25)
 
 file(READ "${SOURCE}/README.md" readme)

@@ -1,4 +1,4 @@
-# run(COMMAND...): runs it in WORK and fails with it. Its standard output is in `output` then.
+# run(COMMAND...): runs the command in WORK and stops the test if it fails. Sets `output` to its standard output.
 function(run)
     execute_process(COMMAND ${ARGN}
         WORKING_DIRECTORY "${WORK}"
@@ -14,7 +14,7 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# expect_failure(TEXT COMMAND...): runs it in WORK; it must fail and write this text.
+# expect_failure(TEXT COMMAND...): runs the command in WORK. It must fail and write TEXT.
 function(expect_failure text)
     execute_process(COMMAND ${ARGN}
         WORKING_DIRECTORY "${WORK}"

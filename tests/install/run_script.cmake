@@ -1,5 +1,4 @@
-# ./run plays the demonstration, ends with commands to try next, and has the demonstration's exit code. What it builds is
-# there already: a cmake that does nothing stands first in its PATH.
+# ./run plays the demonstration, ends with commands to try next, and has the demonstration's exit code. The build is complete already, so a `cmake` that does nothing comes first in PATH.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

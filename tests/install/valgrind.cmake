@@ -1,4 +1,4 @@
-# The installed suppressions name every leak that the module leaves on purpose, as it is built here.
+# The installed suppressions name every deliberate leak of the module in this build.
 cmake_minimum_required(VERSION 3.25)
 include("${CMAKE_CURRENT_LIST_DIR}/run.cmake")
 

@@ -1,6 +1,6 @@
 #pragma once
 
-/// While an object of this class lives, TovMalloc returns null. Defined in tov_stdlib_test.cpp.
+/// While an object of this class lives, TovMalloc returns null. tov_stdlib_test.cpp defines it.
 class AllocationFault
 {
 public:

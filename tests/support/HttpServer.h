@@ -37,7 +37,7 @@ private:
     const std::string m_request;
 };
 
-/// A small HTTP server on 127.0.0.1 for tests: one thread a connection, one request a connection, closed when the
+/// A small HTTP server on 127.0.0.1 for tests: one thread and one request for each connection, which closes when the
 /// handler returns.
 class HttpServer
 {

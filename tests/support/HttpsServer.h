@@ -6,7 +6,7 @@
 #include <sys/types.h>
 
 /// An HTTPS server on 127.0.0.1 with a self-signed certificate, which the openssl program runs. It answers every
-/// request with the file of that name in its folder, taken as a whole answer.
+/// request with the file of that name in its folder, which contains the whole answer.
 class HttpsServer
 {
 public:

@@ -20,7 +20,7 @@ bool Redirect(int target, const std::string& path, int flags)
     return file >= 0 && dup2(file, target) == target;
 }
 
-/// A test that runs in the background of a shell was started with SIGINT ignored, and its children inherit that.
+/// A shell starts background programs with SIGINT ignored, and their children inherit that.
 void ResetSignals()
 {
     for (const int each : {SIGINT, SIGTERM, SIGHUP})

@@ -19,8 +19,9 @@ struct ProgramResult
 class RunningHost
 {
 public:
-    /// Starts it with these arguments and `input` on its standard input. `out`, when given, is the file that receives its
-    /// standard output. `environment` adds to the variables of the test. No signal is ignored or blocked in it.
+    /// Starts the program with these arguments and `input` on its standard input. `out` is the file that receives its
+    /// standard output; empty for a file of its own. `environment` adds to the variables of the test. The program
+    /// ignores and blocks no signal.
     explicit RunningHost(const std::vector<std::string>& arguments, const std::string& input = {},
                          const std::string& out = {}, const std::map<std::string, std::string>& environment = {});
     /// Kills it when it has not been waited for.
@@ -30,7 +31,7 @@ public:
 
     void Signal(int signal) const;
 
-    /// Waits until the text stands in its standard output; false when it has ended without it.
+    /// Waits until its standard output contains the text; false when the program has ended without it.
     bool WaitForOutput(const std::string& text);
 
     /// Waits for its end.
@@ -47,6 +48,6 @@ private:
 ProgramResult RunHost(const std::vector<std::string>& arguments, const std::string& input = {},
                       const std::string& out = {}, const std::map<std::string, std::string>& environment = {});
 
-/// Runs `onlinehost` with a command line of the system's shell, redirections included: "shell <&-". Exit code 124 after a
-/// minute.
+/// Runs `onlinehost` with a command line of the system's shell, redirections included: "shell <&-". Exit code 124 after
+/// a minute.
 ProgramResult RunHostLine(const std::string& line);

@@ -62,7 +62,7 @@ TraceFile::Record ToRecord(const rapidjson::Value& value)
     return record;
 }
 
-/// What is known of an arrow on the way through the records.
+/// The state of an arrow while its records are read.
 struct Arrow
 {
     std::string begin;

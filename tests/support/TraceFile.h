@@ -23,7 +23,7 @@ public:
         std::map<std::string, std::string> arguments;
     };
 
-    /// Throws when it is not the JSON document that it should be.
+    /// Throws when the file is not a JSON document with the members of a trace.
     explicit TraceFile(const std::filesystem::path& path);
 
     const std::vector<Record>& Records() const
@@ -31,11 +31,11 @@ public:
         return m_records;
     }
 
-    /// What is wrong with it, in words: slices that do not balance, times that go back, arrows without an end, groups and
-    /// tracks without a name, a track in two groups. Empty when it is good.
+    /// The faults of the trace, in words: slices that do not balance, times that go back, arrows without an end, groups
+    /// and tracks without a name, a track in two groups. Empty when there are none.
     std::vector<std::string> Problems() const;
 
-    /// How many slices have this name.
+    /// The number of slices with this name.
     size_t Count(const std::string& name) const;
 
     /// The names of the slices in which each arrow begins and ends.
@@ -44,7 +44,8 @@ public:
     /// The tracks as "group/track", in their order.
     std::vector<std::string> Tracks() const;
 
-    /// The slices and marks on such a track, in the order of their beginning, each as deep in dots as it lies below others.
+    /// The slices and marks on such a track, in the order of their beginning, each with one dot for every slice around
+    /// it.
     std::vector<std::string> Slices(const std::string& track) const;
 
 private:
@@ -55,5 +56,5 @@ private:
     std::vector<Record> m_records;
 };
 
-/// What is wrong with a Mermaid sequence diagram. Empty when it is good.
+/// The faults of a Mermaid sequence diagram, in words. Empty when there are none.
 std::vector<std::string> DiagramProblems(const std::string& text);

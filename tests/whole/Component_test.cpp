@@ -20,7 +20,8 @@ namespace
 
 constexpr std::chrono::seconds kLimit{60};
 
-/// One for all tests: a module that stays loaded, as it does under the address sanitizer, goes on using the first.
+/// One log center for all tests, because a module that stays loaded, as under the address sanitizer, keeps using the
+/// first one.
 onlinehost::LogCenter& SharedLog()
 {
     static onlinehost::LogCenter center(

@@ -48,7 +48,7 @@ void ExpectRefused(const std::string& path, const std::string& reason)
 
 } // namespace
 
-TEST(Inspect, TellsComponentIdentifiersInfoValuesAndExports)
+TEST(Inspect, ReadsComponentIdentifiersInfoValuesAndExports)
 {
     const ProgramResult result = RunHost({"inspect", ONLINEMANAGER_MODULE});
     std::string expected = ONLINEMANAGER_MODULE "\n"
@@ -67,7 +67,7 @@ TEST(Inspect, TellsComponentIdentifiersInfoValuesAndExports)
     EXPECT_EQ(result.err, "");
 }
 
-TEST(Inspect, TellsTheSameAsJson)
+TEST(Inspect, WritesTheSameAsJson)
 {
     const ProgramResult result = RunHost({"inspect", "--json", ONLINEMANAGER_MODULE});
     EXPECT_EQ(result.exitCode, 0);

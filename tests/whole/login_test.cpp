@@ -15,7 +15,7 @@
 namespace
 {
 
-/// The lines that were told, without their times.
+/// The lines of the output, without their times.
 std::vector<std::string> Story(const std::string& out)
 {
     constexpr std::string_view kTime = "00:00:00.000  ";
@@ -54,14 +54,14 @@ TEST(Login, ARefusalEndsWith1)
     EXPECT_EQ(Story(result.out).at(1), "pc could not log in: 36 (logged in on another device)");
 }
 
-TEST(Login, WhatTheModuleRefusesAtOnceEndsWith1)
+TEST(Login, ARefusalOfTheModuleEndsWith1)
 {
     const ProgramResult result = RunHost({"login", "--user", "1001", "--device", "pc", "--server", ""});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(Story(result.out).at(1), "pc was refused by the module at once");
 }
 
-TEST(Login, UserIdsThatAreNoneAreWrongUsage)
+TEST(Login, MalformedUserIdsAreWrongUsage)
 {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"abc", "user id \"abc\" is not a decimal number"},
@@ -91,7 +91,7 @@ TEST(Login, TheLargestUserIdIsOne)
     EXPECT_EQ(RunHost({"login", "--user", "4294967295"}).exitCode, 0);
 }
 
-TEST(Login, OtherValuesThatAreNoneAreWrongUsage)
+TEST(Login, OtherMalformedValuesAreWrongUsage)
 {
     for (const std::vector<std::string>& more : {std::vector<std::string>{"--company", "x"},
                                                  {"--type", "-1"},
@@ -130,7 +130,7 @@ TEST(Login, TheModulesLogGoesToTheFileAtItsLevel)
     EXPECT_EQ(ReadFile(silent), "");
 }
 
-TEST(Login, TellsTheSameAsJsonLines)
+TEST(Login, WritesTheSameAsJsonLines)
 {
     const std::vector<std::vector<std::string>> expected{
         {"action", ""}, {"event", "login"}, {"event", "changed"}, {"event", "offline"}, {"result", ""}};
@@ -165,7 +165,7 @@ TEST(Login, ARefusalAsJsonHasItsCode)
     EXPECT_NE(result.out.find(R"("exitCode":1})"), std::string::npos) << result.out;
 }
 
-TEST(Login, ACodeThatIsNoRefusalIsWrongUsage)
+TEST(Login, ACodeThatNoRefusalHasIsWrongUsage)
 {
     for (const char* code : {"0", "2147483648"})
     {

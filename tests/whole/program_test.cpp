@@ -19,7 +19,7 @@ void ExpectWrongUsage(const std::vector<std::string>& arguments, const std::stri
 
 } // namespace
 
-TEST(OnlineHost, HelpTellsTheCommandsAndTheExitCodes)
+TEST(OnlineHost, HelpShowsTheCommandsAndTheExitCodes)
 {
     const ProgramResult result = RunHost({"--help"});
     EXPECT_EQ(result.exitCode, 0);
@@ -40,7 +40,7 @@ TEST(OnlineHost, EveryCommandHasItsHelp)
     }
 }
 
-TEST(OnlineHost, TellsItsVersion)
+TEST(OnlineHost, ShowsItsVersion)
 {
     const ProgramResult result = RunHost({"--version"});
     EXPECT_EQ(result.exitCode, 0);
@@ -65,14 +65,14 @@ TEST(OnlineHost, AnUnknownCommandIsNamed)
     EXPECT_NE(RunHost({}).err.find("A command is required"), std::string::npos);
 }
 
-TEST(OnlineHost, AMisspeltCommandIsMetWithASuggestion)
+TEST(OnlineHost, AMisspeltCommandGetsASuggestion)
 {
     ExpectWrongUsage({"logn"}, R"(unknown command "logn"; did you mean "login"?)");
     ExpectWrongUsage({"logn", "--user", "1"}, R"(unknown command "logn"; did you mean "login"?)");
     ExpectWrongUsage({"nonsense"}, R"(unknown command "nonsense")");
 }
 
-TEST(OnlineHost, AMisspeltOptionIsMetWithASuggestion)
+TEST(OnlineHost, AMisspeltOptionGetsASuggestion)
 {
     ExpectWrongUsage({"--vers"}, R"(unknown option "--vers"; did you mean "--version"?)");
     ExpectWrongUsage({"login", "--usr", "1"}, R"(unknown option "--usr"; did you mean "--user"?)");

@@ -84,7 +84,7 @@ TEST(RectTest, AnOverlongTextIsCutAfter63Characters)
     EXPECT_EQ(WStringFromRect(rect), L"{l:-2147483648,t:-2147483648,r:2147483647,b:2147483647,w:-1,h:-");
 }
 
-TEST(ReplaceAllTest, WhatWasPutInIsNotReplacedAgain)
+TEST(ReplaceAllTest, InsertedTextIsNotReplacedAgain)
 {
     std::string text = "aaa";
     EXPECT_EQ(ReplaceAll(&text, "a", "aa"), 3);

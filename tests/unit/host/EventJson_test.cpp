@@ -20,7 +20,7 @@ std::string Json(Event event)
     return EventJson("7@pc", event);
 }
 
-/// What every event has, around the fields of its kind.
+/// The fields of every event, around the fields of its kind.
 std::string Expected(const std::string& name, const std::string& fields, const std::string& text)
 {
     return R"({"type":"event","time":"2024-05-06T07:08:09.042Z","source":"7@pc","event":")" + name + "\"," + fields +
@@ -73,7 +73,7 @@ TEST(EventJson, HasOnlyTheFieldsThatTheKindHas)
     }
 }
 
-TEST(EventJson, TellsTimeSourceCodeAndText)
+TEST(EventJson, WritesTimeSourceCodeAndText)
 {
     EXPECT_EQ(Json({.kind = EventKind::LoginSuccess}), Expected("login", "", "logged in"));
     EXPECT_EQ(Json({.kind = EventKind::Offline, .code = 36}),

@@ -13,7 +13,7 @@ namespace
 class InterruptionTest : public testing::Test
 {
 protected:
-    /// A test that runs in the background of a shell was started with SIGINT ignored.
+    /// A shell starts background programs with SIGINT ignored.
     InterruptionTest()
     {
         std::signal(SIGINT, SIG_DFL);
@@ -30,7 +30,7 @@ protected:
 
 } // namespace
 
-TEST_F(InterruptionTest, ASignalIsNotedAndToldToTheWatches)
+TEST_F(InterruptionTest, ASignalIsNotedAndCallsTheWatches)
 {
     Interruption interruption;
     EXPECT_EQ(interruption.Signal(), 0);
@@ -45,7 +45,7 @@ TEST_F(InterruptionTest, ASignalIsNotedAndToldToTheWatches)
     EXPECT_EQ(interruption.Reason(), "interrupted by SIGINT");
 }
 
-TEST_F(InterruptionTest, AWatchThatComesAfterTheSignalIsToldAtOnce)
+TEST_F(InterruptionTest, AWatchMadeAfterTheSignalIsCalledAtOnce)
 {
     Interruption interruption;
     kill(getpid(), SIGTERM);
@@ -56,7 +56,7 @@ TEST_F(InterruptionTest, AWatchThatComesAfterTheSignalIsToldAtOnce)
     EXPECT_EQ(interruption.ExitCode(), 143);
 }
 
-TEST_F(InterruptionTest, AWatchWithoutAnInterruptionIsNeverTold)
+TEST_F(InterruptionTest, AWatchWithoutAnInterruptionIsNeverCalled)
 {
     bool isTold = false;
     {

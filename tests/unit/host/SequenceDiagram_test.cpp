@@ -33,7 +33,7 @@ TEST(SequenceDiagram, ShowsMessagesAndNotesBetweenItsParties)
     EXPECT_EQ(DiagramProblems(diagram.Text()), Problems{});
 }
 
-TEST(SequenceDiagram, WhatMeansSomethingToMermaidIsEscaped)
+TEST(SequenceDiagram, CharactersWithAMeaningInMermaidAreEscaped)
 {
     SequenceDiagram diagram({{"Host"}, {"Module of <pc>"}});
     diagram.Message(0, 1, "a;b#c\nd<br/>&");
@@ -66,7 +66,7 @@ TEST(SequenceDiagram, ATextWithoutSpacesIsBrokenAndCutBetweenCharacters)
     EXPECT_LT(diagram.Text().size(), 450u);
 }
 
-TEST(SequenceDiagram, AFullOneTakesNoMoreButItsClosingNotes)
+TEST(SequenceDiagram, AFullDiagramAcceptsOnlyClosingNotes)
 {
     SequenceDiagram diagram({{"Host"}, {"Module"}});
     size_t taken = 0;

@@ -18,7 +18,7 @@ using host::Story;
 namespace
 {
 
-/// What is told, as it arrives in a file.
+/// The text that a story writes to a file.
 class TellingTest : public testing::Test
 {
 protected:
@@ -27,7 +27,7 @@ protected:
         std::fclose(m_file);
     }
 
-    /// With the times made equal.
+    /// The text with equal times.
     std::string Told()
     {
         static const std::regex kTime(R"(\d\d:\d\d:\d\d\.\d\d\d)");
@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-TEST_F(TellingTest, AStoryTellsItsStepsAndCountsThem)
+TEST_F(TellingTest, AStoryWritesItsStepsAndCountsThem)
 {
     m_story.Scene("A scene",
                   [&]

@@ -63,7 +63,7 @@ protected:
         Record(thread, {Crossing::PlatformCall, component, name, std::move(arguments)}, result, [] {});
     }
 
-    /// `receiver` tells listeners apart.
+    /// `receiver` identifies the listener.
     void Event(
         const char* name, TraceArguments arguments = {}, const Body& body = [] {}, uint32_t component = kPc,
         const int* receiver = nullptr)
@@ -292,7 +292,7 @@ TEST_F(TraceDiagramTest, IdentifiersAndCodesHaveNames)
                               "P2->>P3: JoinGroup(meeting 6d656574\u2026)"}));
 }
 
-TEST_F(TraceDiagramTest, WhatTheHostDoesPastTheModuleIsNotTheModulesCall)
+TEST_F(TraceDiagramTest, CallsOfTheHostPastTheModuleAreNotTheModulesCalls)
 {
     Host("IPaasOnline::Login");
     Record(kMain, {Crossing::HostPlatformCall, kPc, "IZolConnection::JoinGroup"}, {}, [] {});
@@ -338,7 +338,7 @@ TEST_F(TraceDiagramTest, ShowsTheLossOfAConnectionAmongTheMeetings)
               (Lines{"P3->>P2: OnReconnectStart()", "P3->>P2: OnReconnectSucess()", "P3->>P2: OnGroupUserSync()"}));
 }
 
-TEST_F(TraceDiagramTest, AFullOneSaysWhatItLacks)
+TEST_F(TraceDiagramTest, AFullDiagramSaysWhatItLeavesOut)
 {
     for (int i = 0; i < 3000; ++i)
     {

@@ -399,7 +399,7 @@ TEST(Trace, TheDiagramAloneIsEnough)
     EXPECT_NE(ReadFile(folder / "diagram").find("Login()\n"), std::string::npos);
 }
 
-TEST(Trace, ADeviceThatWasNotRecordedIsAnErrorThatNamesThoseThatWere)
+TEST(Trace, ADeviceThatWasNotRecordedIsAnErrorThatNamesTheRecordedOnes)
 {
     const TemporaryFolder folder;
     Trace trace({"", folder / "diagram", {.devices = {"pc", "tablet"}}});

@@ -110,7 +110,7 @@ private:
 
 } // namespace
 
-TEST_F(UserStatusTableTest, AddTellsWhetherTheUserChanged)
+TEST_F(UserStatusTableTest, AddReturnsWhetherTheUserChanged)
 {
     EXPECT_TRUE(m_manager.Add(7, kOnline));
     EXPECT_FALSE(m_manager.Add(7, kOnline));

@@ -34,7 +34,7 @@ TEST(Event, AnOfflineInviteeHasNotDeclined)
     EXPECT_EQ(Rejected(99), "learns that user 8 did not accept invitation 3, reason 99 (unknown reason)");
 }
 
-TEST(Event, AClosedInvitationTellsWhoClosedIt)
+TEST(Event, AClosedInvitationNamesTheSideThatClosedIt)
 {
     EXPECT_EQ(Closed(avcore::ZOL_INVITE_CANCEL_BY_INVITER), "learns that user 7 withdrew invitation 3");
     EXPECT_EQ(Closed(avcore::ZOL_INVITE_CANCEL_ANSWERED_ELSEWHERE),

@@ -112,7 +112,7 @@ protected:
 
 } // namespace
 
-TEST_F(LogCenterTest, ALineTellsLoggerLevelPlaceAndText)
+TEST_F(LogCenterTest, ALineHasLoggerLevelPlaceAndText)
 {
     Write("100% {} text");
     const std::vector<std::string> lines = m_center.Lines();
@@ -492,7 +492,7 @@ TEST(LogCenter, LevelsHaveNames)
 namespace
 {
 
-/// Why the log could not be written; empty when it was.
+/// The reason why the log could not be written; empty when it was written.
 std::string WriteFailure(const LogCenter& center)
 {
     try
@@ -529,7 +529,7 @@ TEST(LogCenter, ADiskThatFillsUpLaterIsNoted)
     center.Write("host", Quenda::LOG_LEVEL_ERROR, "written");
     EXPECT_EQ(WriteFailure(center), "");
 
-    // A limit on the size of files stands for the disk.
+    // A limit on the size of files takes the place of a full disk.
     std::signal(SIGXFSZ, SIG_IGN);
     rlimit former{};
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &former), 0);

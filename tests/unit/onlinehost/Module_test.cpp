@@ -40,7 +40,7 @@ public:
 
 } // namespace
 
-TEST(Module, TellsInfoValuesComponentsAndExports)
+TEST(Module, ShowsInfoValuesComponentsAndExports)
 {
     const Module module(TestModule("good"));
 

@@ -78,7 +78,7 @@ TEST_F(SharedObjectFile, DataIsExportedButIsNoFunction)
     EXPECT_TRUE(file.functions.contains("SomeFunction"));
 }
 
-TEST_F(SharedObjectFile, TellsWhatTheFileNeedsFromOthers)
+TEST_F(SharedObjectFile, ReadsTheSymbolsAndLibrariesThatTheFileNeeds)
 {
     // This program is a shared object too.
     const SharedObject file("/proc/self/exe");

@@ -40,7 +40,7 @@ public:
         return std::exchange(m_lines, {});
     }
 
-    /// Whether a line is there, or comes within a time that only a hang exceeds.
+    /// Whether the journal has a line, or gets it within a time that only a hang exceeds.
     bool WaitFor(std::string_view line)
     {
         std::unique_lock lock(m_mutex);
@@ -149,7 +149,7 @@ public:
     avcore::IZolTMsg* tMsg = nullptr;
     avcore::IZolMdsClient* mds = nullptr;
 
-    /// What `OnReconnectStart` answers.
+    /// The answer of `OnReconnectStart`.
     std::atomic<int32_t> reconnectAnswer{avcore::ZOL_RECONNECT_GO_ON};
 
     /// Runs inside every event with that name.
@@ -302,7 +302,7 @@ protected:
         return options;
     }
 
-    /// What has been written when nothing is left to happen.
+    /// The lines of the journal, after the platform has completed everything.
     Lines Settled()
     {
         platform.Settle();

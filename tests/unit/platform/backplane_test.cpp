@@ -33,7 +33,7 @@ BackplaneMessage Message(const std::string& topic, const std::string& payload, b
     return BackplaneMessage{topic, payload, retained, expiry};
 }
 
-/// Writes down what comes, from any thread.
+/// Records events from any thread.
 class Recorder : public platform::BackplaneListener
 {
 public:
@@ -114,7 +114,7 @@ struct Peer
         EXPECT_TRUE(recorder->WaitFor("subscribed " + filter));
     }
 
-    /// What has come up to a message that is sent now.
+    /// The events up to a message that is sent now.
     Lines Received()
     {
         Subscribe("fence/" + std::to_string(++fences));
@@ -131,7 +131,7 @@ struct Peer
     int fences = 0;
 };
 
-/// A kind of backplane. Its name ends the names of the tests, which has to be the same in every run.
+/// A kind of backplane. Its name is the end of the tests' names, which must be the same in every run.
 struct Candidate
 {
     const char* name;
@@ -143,14 +143,14 @@ void PrintTo(const Candidate& candidate, std::ostream* out)
     *out << candidate.name;
 }
 
-/// What the platform relies on, for whatever stands below the seam.
+/// The properties that the platform needs from every backplane.
 class BackplaneConformance : public testing::TestWithParam<Candidate>
 {
 protected:
     std::unique_ptr<Backplane> backplane = GetParam().make();
 };
 
-TEST_P(BackplaneConformance, AMessageReachesWhoeverSubscribedToItsTopicTheSenderToo)
+TEST_P(BackplaneConformance, AMessageReachesAllSubscribersOfItsTopicAndTheSender)
 {
     Peer sender(*backplane, "s");
     Peer receiver(*backplane, "r");
@@ -385,7 +385,7 @@ TEST(InProcessBackplaneTest, RefusesWhomTheAdmissionRefuses)
     const auto client = backplane.Open(BackplaneConnect{"", "c", "", "bad", std::nullopt}, recorder);
     EXPECT_EQ(recorder->Take(), (Lines{"refused 0"}));
     client->Publish(Message("a", "1"), Delivery::AtLeastOnce);
-    EXPECT_EQ(good.recorder->Take(), Lines()) << "who is refused takes nobody over";
+    EXPECT_EQ(good.recorder->Take(), Lines()) << "a refused session takes no other session over";
 }
 
 TEST(InProcessBackplaneTest, DropsAClientAndKeepsItAwayForTheOutage)

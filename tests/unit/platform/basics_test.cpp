@@ -113,7 +113,7 @@ TEST(RecordsTest, EveryRecordIsReadAsItWasWritten)
     }
 }
 
-TEST(RecordsTest, WhatIsNotARecordIsNothing)
+TEST(RecordsTest, AMalformedRecordIsRefused)
 {
     const std::string deep(100'000, '[');
     for (const std::string& payload :
@@ -177,7 +177,7 @@ TEST(EventLoopTest, AStoppedLoopDropsTasksAndTakesNone)
     loop.Stop();
 }
 
-TEST(SerialFilterTest, KnowsTheLatestSerialsAgain)
+TEST(SerialFilterTest, RecognisesTheLatestSerials)
 {
     SerialFilter filter;
     EXPECT_TRUE(filter.IsNew("a"));

@@ -157,14 +157,14 @@ TEST_F(CompanyTest, CompaniesAndApplicationsAreApart)
     EXPECT_EQ(Settled(), (Lines{"A Refresh 0 #1 page 0/1 1:[pc 1  ext of pc]"}));
 }
 
-TEST_F(CompanyTest, TheCompanyIsNotFollowedBeforeSomebodyListensOrAsks)
+TEST_F(CompanyTest, TheCompanyIsNotFollowedBeforeAListenerOrARequest)
 {
     Crowd crowd(platform, People(1, 100));
     Device device(platform, journal, "A");
     device.Login("4712");
     crowd.ComeOnline();
     Settled();
-    // Without a subscription nothing is known, so nobody is known to be offline either.
+    // Without a subscription the platform knows no user, so it knows no user to be offline either.
     avcore::ZolTextPairList results;
     unsigned id = 0;
     device.online->InviteUsers(MakeList({"4711"}), results, "1", "{}", &id);
@@ -233,7 +233,7 @@ TEST_F(CompanyTest, ASnapshotMayNeedQuietTime)
 TEST_F(CompanyTest, ALargeCompanyIsSeenWhole)
 {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    // A sanitizer makes everything many times slower, and finds no more in the larger one.
+    // A sanitizer is many times slower and finds nothing more in the larger company.
     constexpr uint32_t kCount = 10'000;
 #else
     constexpr uint32_t kCount = 100'000;

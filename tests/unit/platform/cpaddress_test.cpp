@@ -272,7 +272,7 @@ TEST_F(CpAddressTest, TheHttpObjectIsNotUsedAnyMoreWhenTheListenersAreGone)
     shortLived.reset();
     Settled();
 
-    // And when they are gone before the login began to ask.
+    // The same when the listeners are gone before the login sends its request.
     PlatformOptions options = QuickOptions();
     options.answerDelay = std::chrono::milliseconds(20);
     platform.SetOptions(options);

@@ -109,7 +109,7 @@ TEST_F(CrowdTest, MembersAnswerAsTheirScriptsSay)
                                 "A GroupUserJoined 10", "A InviteAccepted 13 #1 " + accepted}));
 }
 
-TEST_F(CrowdTest, MembersAcceptUnlessToldOtherwise)
+TEST_F(CrowdTest, MembersAcceptByDefault)
 {
     crowd->ComeOnline(10);
     Settled();
@@ -118,7 +118,7 @@ TEST_F(CrowdTest, MembersAcceptUnlessToldOtherwise)
               (Lines{R"(A InviteAccepted 10 #1 {"version":"1.0","method":"AcceptInvite","params":{"terminal":"1"}})"}));
 }
 
-TEST_F(CrowdTest, InvitationsAreToldAndSoAreWithdrawals)
+TEST_F(CrowdTest, InvitationsAndWithdrawalsAreReported)
 {
     CrowdScript silent;
     silent.answer = CrowdScript::Answer::Ignore;

@@ -139,7 +139,7 @@ TEST_F(GroupTest, AMemberThatIsLoggedOutOrReleasedHasLeft)
     EXPECT_EQ(second.connection->JoinGroup("g"), E_FAIL);
 }
 
-TEST_F(GroupTest, OneGoneWithoutAWordHasLeftAndIsNotThereForLaterOnes)
+TEST_F(GroupTest, AMemberThatVanishedHasLeftAndLaterMembersDoNotSeeIt)
 {
     Join(first, "1");
     Join(second, "2");
@@ -176,7 +176,7 @@ TEST_F(GroupTest, AMemberThatComesBackIsInItsGroupAgain)
     EXPECT_EQ(Sorted(Settled()), (Lines{"A GroupUserLeaved 2", "B LeaveGroupResult 0"}));
 }
 
-TEST_F(GroupTest, WhatChangedInTheGroupMeanwhileIsToldAsADifference)
+TEST_F(GroupTest, ChangesInTheGroupDuringTheLossAreReportedAsADifference)
 {
     Join(first, "1");
     Join(second, "2");
@@ -212,7 +212,7 @@ TEST_F(GroupTest, AJoinUnderWayEndsWithTheConnection)
     EXPECT_TRUE(journal.WaitFor("A GroupUserSync complete 1 2"));
 }
 
-TEST_F(GroupTest, ALeaveThatTheLossOvertakesIsMadeGoodAfterwards)
+TEST_F(GroupTest, ALeaveThatTheLossOvertakesIsRepeatedAfterwards)
 {
     platform::PlatformOptions options = QuickOptions();
     Join(first, "1");

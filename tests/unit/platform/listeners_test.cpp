@@ -194,7 +194,7 @@ TEST_F(ListenersTest, ManyThreadsMayUseConnectionsAtOnce)
                 for (int round = 0; round < kRounds; ++round)
                 {
                     Device device(platform, journal, std::to_string(thread), true);
-                    // Half of them fight for one tag.
+                    // Half of them log in with the same tag.
                     device.Login(std::to_string(thread / 2), "device" + std::to_string(thread), "desk", round % 2 == 0);
                     unsigned id = 0;
                     avcore::ZolTextPairList results;

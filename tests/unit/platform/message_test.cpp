@@ -62,7 +62,7 @@ TEST_F(MessageTest, AMessageIsNotToldBeforeTheLogin)
     platform.GetFaults().DelayDeliveries(std::chrono::milliseconds(10));
     Device device(platform, journal, "A");
     device.Login("1");
-    // Until one arrives: the first ones come while the login is under way.
+    // Repeats until one arrives, because the login is still under way at the first ones.
     std::atomic<bool> arrived{false};
     device.inside["UserMsg"] = [&arrived] { arrived = true; };
     while (!arrived)

@@ -12,7 +12,7 @@ namespace
 class ReconnectTest : public PlatformTest
 {
 protected:
-    /// Logs in and forgets the lines of it.
+    /// Logs in and drops the journal's lines about the login.
     void LogIn(Device& device, const std::string& userId, const std::string& deviceId = "pc",
                const std::string& mutex = {})
     {
@@ -80,7 +80,7 @@ TEST_F(ReconnectTest, WhileTheConnectionIsLostOperationsFailAndTheStateIsShown)
     EXPECT_EQ(Settled(), (Lines{"A Logouted 0"}));
     platform.GetFaults().EndOutages();
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(Settled(), Lines()) << "nobody comes back after a logout";
+    EXPECT_EQ(Settled(), Lines()) << "the connection does not come back after a logout";
 }
 
 TEST_F(ReconnectTest, EveryListenerIsAskedAndOneThatForbidsIsEnough)
@@ -111,7 +111,7 @@ TEST_F(ReconnectTest, UndecidedListenersLetItReconnect)
     EXPECT_TRUE(journal.WaitFor("A ReconnectSucess"));
 }
 
-TEST_F(ReconnectTest, OneThatNeverComesBackIsGivenUp)
+TEST_F(ReconnectTest, AConnectionThatDoesNotComeBackIsGivenUp)
 {
     platform::PlatformOptions options = QuickOptions();
     options.reconnectGiveUp = std::chrono::milliseconds(50);
@@ -124,7 +124,7 @@ TEST_F(ReconnectTest, OneThatNeverComesBackIsGivenUp)
     EXPECT_TRUE(platform.Sessions().empty());
 }
 
-TEST_F(ReconnectTest, ATokenThatHasBeenRefusedMeanwhileEndsIt)
+TEST_F(ReconnectTest, ATokenThatIsRefusedNowEndsIt)
 {
     Device device(platform, journal, "A");
     LogIn(device, "1");
@@ -134,7 +134,7 @@ TEST_F(ReconnectTest, ATokenThatHasBeenRefusedMeanwhileEndsIt)
     EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectFail 32", "A Logouted 32"}));
 }
 
-TEST_F(ReconnectTest, WhoTookTheTagMeanwhileKeepsIt)
+TEST_F(ReconnectTest, ATerminalThatTookTheTagDuringTheLossKeepsIt)
 {
     Device first(platform, journal, "A");
     Device second(platform, journal, "B");
@@ -189,13 +189,14 @@ TEST_F(ReconnectTest, AWillThatArrivesAfterTheNextOnlineDoesNotCount)
     platform.GetFaults().DropConnections("1");
     EXPECT_TRUE(journal.WaitFor("A ReconnectSucess"));
     std::this_thread::sleep_for(std::chrono::milliseconds(1300));
-    EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectSucess"})) << "nobody saw it go";
+    EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectSucess"})) << "no other terminal saw it go offline";
 
     Device late(platform, journal, "L", true);
     unsigned request = 0;
     LogIn(late, "8");
     late.online->RefreshUsersStatus(MakeList({"1"}), &request);
-    EXPECT_EQ(Settled(), (Lines{"L Refresh 0 #1 page 0/1 1:[pc 1  ext of pc]"})) << "what is kept is right again";
+    EXPECT_EQ(Settled(), (Lines{"L Refresh 0 #1 page 0/1 1:[pc 1  ext of pc]"}))
+        << "the platform's state is right again";
     Device other(platform, journal, "B");
     other.Login("1", "laptop", "desk");
     EXPECT_TRUE(journal.WaitFor("B LoginResult 36 pc  ext of pc"));
@@ -239,7 +240,7 @@ TEST_F(ReconnectTest, ALoginFromInsideTheQuestionTakesOver)
     EXPECT_EQ(platform.Sessions()[0].userId, "2");
 }
 
-TEST_F(ReconnectTest, WhatChangedInTheCompanyMeanwhileIsTold)
+TEST_F(ReconnectTest, ChangesInTheCompanyDuringTheLossAreReported)
 {
     Device watcher(platform, journal, "W", true);
     LogIn(watcher, "9");
@@ -258,7 +259,7 @@ TEST_F(ReconnectTest, WhatChangedInTheCompanyMeanwhileIsTold)
                                 "W Terminal 2 pc 1 busy {\"tt\":1}", "W Terminal 3 pc 1  {\"tt\":1}"}));
 }
 
-TEST_F(ReconnectTest, WhoseRecordIsGoneAltogetherMeanwhileIsToldToo)
+TEST_F(ReconnectTest, ATerminalWhoseRecordDisappearedDuringTheLossIsReported)
 {
     platform::PlatformOptions options = QuickOptions();
     options.goneRecordLife = std::chrono::seconds(1);

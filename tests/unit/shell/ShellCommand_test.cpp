@@ -112,7 +112,7 @@ TEST(ShellCommand, AnUnknownCommandNamesSimilarOnes)
     EXPECT_EQ(table.Find("Login"), nullptr);
 }
 
-TEST(ShellCommand, HelpListsTheGroupsAndTellsTheDetails)
+TEST(ShellCommand, HelpListsTheGroupsAndShowsTheDetails)
 {
     const host::ShellTable table = SampleTable();
     EXPECT_EQ(table.Overview(80), "One\n"

@@ -88,7 +88,7 @@ TEST(ShellCompletion, ACommandInsideACommandIsCompletedLikeOneOutside)
     EXPECT_EQ(Complete("as 7@pc as 8 inv"), Words{"invite"});
 }
 
-TEST(ShellCompletion, ACommandForAnotherTerminalIsOfferedWhatThatTerminalKnows)
+TEST(ShellCompletion, CompletionForAnotherTerminalOffersWhatThatTerminalKnows)
 {
     EXPECT_EQ(Complete("as 8 accept "), Words{"21"});
     EXPECT_EQ(Complete("as 7@pc as 8 accept "), Words{"21"});
@@ -121,7 +121,7 @@ TEST(ShellCompletion, CommandsThatAreNestedTooDeepAreNotCompleted)
     EXPECT_EQ(Complete("as 7 " + line + "logi"), Words{});
 }
 
-TEST(ShellCompletion, NothingIsOfferedWhereNothingFits)
+TEST(ShellCompletion, NoCandidatesWhereNothingFits)
 {
     EXPECT_EQ(Complete("nonsense "), Words{});
     EXPECT_EQ(Complete("logout "), Words{});

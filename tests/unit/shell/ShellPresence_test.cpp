@@ -76,7 +76,7 @@ TEST_F(ShellPresenceTest, AChangeTellsWhatChanged)
     EXPECT_EQ(Learn({User(9, {})}), (Sentences{"does not know 1 user any more: 9"}));
 }
 
-TEST_F(ShellPresenceTest, WhatDidNotChangeIsNotTold)
+TEST_F(ShellPresenceTest, AnUnchangedTerminalIsNotReported)
 {
     EXPECT_EQ(Learn({}), Sentences());
     EXPECT_EQ(Learn({User(7, {Terminal("pc")})}), Sentences());

@@ -155,7 +155,7 @@ TEST(ShellScript, AClosedOrUnreadableDescriptorIsRefusedAtOnce)
     close(output);
 }
 
-TEST(ShellScript, ALineThatIsTooLongIsToldWithItsPlace)
+TEST(ShellScript, ALineThatIsTooLongIsAnErrorWithItsPlace)
 {
     const TemporaryFolder folder;
     const std::string path = folder.Write("long", "who\n" + std::string(ShellScript::kLongestLine + 1, 'x'));

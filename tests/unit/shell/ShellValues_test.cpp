@@ -88,7 +88,7 @@ TEST(ShellValues, Meetings)
     EXPECT_NE(Refusal(ParseMeeting, "4294967296").find("is too large"), std::string::npos);
 }
 
-TEST(ShellValues, WhatIsRefusedIsShownHarmlessly)
+TEST(ShellValues, RefusedTextsAreShownWithoutControlCharacters)
 {
     EXPECT_EQ(Refusal(ParseDuration, "\x1b[2J\xff"), R"(duration "\x1B[2J\xFF" is not like 2s, 500ms or 1m)");
 }

@@ -81,7 +81,7 @@ TEST(ShellWords, NothingIsCompletedInQuotesAndComments)
     EXPECT_FALSE(SplitShellLineStart("who # lo").canComplete);
 }
 
-TEST(ShellWords, WhatIsQuotedSplitsIntoTheSameWord)
+TEST(ShellWords, AQuotedWordSplitsIntoTheSameWord)
 {
     for (const std::string word : {"plain", "", "a b", "it's", "#1", "a\"b\\c", "\t"})
     {

@@ -18,7 +18,7 @@ using host::Story;
 namespace
 {
 
-/// One for all tests: a module that is linked to stay loaded keeps the log center that it has met first.
+/// One log center for all tests, because a module that is linked to stay loaded keeps the first one.
 onlinehost::LogCenter& SharedLog()
 {
     static onlinehost::LogCenter log{onlinehost::LogCenter::Options{}};
@@ -65,7 +65,7 @@ constexpr std::chrono::milliseconds kShort{300};
 
 } // namespace
 
-TEST_F(MeetingStoryTest, WithoutAFaultEveryStepComesOut)
+TEST_F(MeetingStoryTest, WithoutAFaultEveryStepSucceeds)
 {
     const Story::Tally tally = Tell(kAmple);
     EXPECT_EQ(tally.failed, 0u) << Told();

@@ -36,7 +36,7 @@ std::string JoinLines(std::string diagram)
     return diagram;
 }
 
-/// What is told, without what differs from run to run: times, places and numbers that others choose.
+/// The output without the parts that differ from run to run: times, paths and numbers that the threads' order decides.
 std::string Normalise(std::string text, const TemporaryFolder& folder)
 {
     const std::string path = folder / "";
@@ -53,7 +53,7 @@ std::string Normalise(std::string text, const TemporaryFolder& folder)
 
 } // namespace
 
-TEST(Demo, TellsTheWholeMeeting)
+TEST(Demo, PlaysTheWholeMeeting)
 {
     const TemporaryFolder folder;
     const ProgramResult result = RunDemo(folder);
@@ -62,7 +62,7 @@ TEST(Demo, TellsTheWholeMeeting)
     EXPECT_EQ(Normalise(result.out, folder), ReadFile(DEMO_STORY));
 }
 
-TEST(Demo, WritesTheModulesLogBeside)
+TEST(Demo, WritesTheModulesLogToAFile)
 {
     const TemporaryFolder folder;
     ASSERT_EQ(RunDemo(folder).exitCode, 0);
@@ -129,7 +129,7 @@ TEST(Demo, ALogOnAFullDiskIsAFailureThatNamesTheFile)
     EXPECT_NE(result.err.find("/dev/full: No space left on device"), std::string::npos) << result.err;
 }
 
-TEST(Demo, TellsTheSameAsJsonLines)
+TEST(Demo, WritesTheSameAsJsonLines)
 {
     const TemporaryFolder folder;
     const ProgramResult text = RunDemo(folder);
@@ -166,7 +166,7 @@ TEST(Demo, IsPlainInAPipe)
     EXPECT_EQ(RunDemo(folder).out.find('\x1b'), std::string::npos);
 }
 
-TEST(Demo, TheTraceShowsTheCallsAndWhatTheyCaused)
+TEST(Demo, TheTraceShowsTheCallsAndTheirConsequences)
 {
     const TemporaryFolder folder;
     const ProgramResult result = RunDemo(folder, {"--trace", folder / "trace"});
@@ -284,7 +284,7 @@ TEST(Demo, UnknownDevicesAndSubjectsAreErrorsThatNameTheKnownOnes)
         << device.err;
 }
 
-TEST(Shell, WhatItAsksThePlatformItselfIsNotTheModulesCall)
+TEST(Shell, ItsOwnCallsToThePlatformAreNotTheModulesCalls)
 {
     const TemporaryFolder folder;
     const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", folder / "trace",
@@ -378,7 +378,7 @@ TEST(Demo, ATraceThatDoesNotFitOnTheDiskIsAFailure)
         << result.err;
 }
 
-TEST(Demo, AModuleThatIsMissingOrNoneIsAFailure)
+TEST(Demo, AMissingModuleOrAnotherFileIsAFailure)
 {
     const TemporaryFolder folder;
     const std::string missing = folder / "missing.so";
@@ -408,7 +408,7 @@ TEST(Login, IsRecordedToo)
     EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), Problems{});
 }
 
-TEST(Login, WhatPassesOverHttpIsRecordedWithoutItsQuery)
+TEST(Login, HttpRequestsAreRecordedWithoutTheirQueries)
 {
     const HttpServer server([](const HttpExchange& exchange)
                             { exchange.Answer("200 OK", R"({"code":0,"address":"tcp:in-process"})"); });

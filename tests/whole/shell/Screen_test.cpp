@@ -4,7 +4,7 @@
 
 using Lines = std::vector<std::string>;
 
-TEST(Screen, WritesOverWhatStandsThere)
+TEST(Screen, OverwritesCharacters)
 {
     Screen screen(3, 10);
     screen.Feed("hello\rj\r\nworld\x1b[3D\x1b[K");

@@ -125,7 +125,7 @@ TEST(ShellJson, ProgressAndWhatTheOptionsOrderDoNotMixIn)
     EXPECT_GE(count, 4u);
 }
 
-TEST(ShellJson, WhatACommandSaidCanBeExpected)
+TEST(ShellJson, TheOutputOfACommandCanBeExpected)
 {
     const auto objects = RunJson("login 7\nexpect 7@pc logged in\nexpect sees user 7 online on pc\n", 0);
     EXPECT_EQ(objects.size(), 5u);

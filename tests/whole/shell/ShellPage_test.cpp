@@ -55,7 +55,7 @@ Lines WithoutTimes(const Lines& lines)
     return result;
 }
 
-/// What a line of the transcript has behind its prompt; empty when it has no prompt.
+/// The text behind the prompt of a line of the transcript; empty for a line without a prompt.
 std::string Typed(const std::string& line)
 {
     static const std::regex kPrompt(R"(^(?:onlinehost|\d+@\w+(?: \(offline\))?)> (.*)$)");
@@ -87,7 +87,7 @@ TEST(ShellPage, ItsTranscriptIsTrue)
         {
             continue;
         }
-        // Everything above the line that is typed next, or the whole.
+        // The text above the line that the user types next, or the whole text.
         const bool isEnd = typed.empty();
         const Lines expected(transcript.begin() + 1,
                              transcript.begin() + static_cast<std::ptrdiff_t>(isEnd ? shown + 1 : shown));

@@ -82,7 +82,7 @@ TEST(ShellStreams, AnInterruptedCompanyEndsTheScript)
     EXPECT_EQ(shell.Now().Text().find("never"), std::string::npos);
 }
 
-TEST(ShellStreams, AnInterruptedCompanyLeavesThePromptAndMayBeSentHome)
+TEST(ShellStreams, AnInterruptedCompanyLeavesThePromptAndCanGoOffline)
 {
     TerminalProgram shell(Arguments({"--history", ""}), 24, 200);
     ASSERT_TRUE(shell.SeeLastLine(kPrompt));
