@@ -10,6 +10,7 @@
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utmp.h>
 
 namespace
 {
@@ -39,18 +40,28 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, size
     pointers.push_back(nullptr);
 
     const winsize size = Size(rows, columns);
-    m_process = forkpty(&m_terminal, nullptr, nullptr, &size);
+    int programSide = -1;
+    if (openpty(&m_terminal, &programSide, nullptr, nullptr, &size) != 0)
+    {
+        throw std::runtime_error("cannot open a terminal");
+    }
+    m_formerModes = Modes();
+    m_process = fork();
     if (m_process == 0)
     {
+        close(m_terminal);
+        login_tty(programSide);
         setenv("TERM", "xterm", 1);
         setenv("LC_ALL", "C.UTF-8", 1);
         setenv("EDITRC", "/dev/null", 1);
         execv(program.c_str(), pointers.data());
         _exit(127);
     }
+    close(programSide);
     if (m_process < 0)
     {
-        throw std::runtime_error("cannot open a terminal");
+        close(m_terminal);
+        throw std::runtime_error("cannot start the program");
     }
 }
 
@@ -98,14 +109,19 @@ bool TerminalProgram::ReadSome()
     return true;
 }
 
+bool TerminalProgram::WaitForOutput(std::chrono::steady_clock::time_point deadline)
+{
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd readable{m_terminal, POLLIN, 0};
+    return left.count() > 0 && poll(&readable, 1, static_cast<int>(left.count())) > 0;
+}
+
 bool TerminalProgram::See(const std::function<bool(const Screen&)>& isWanted)
 {
     const auto deadline = std::chrono::steady_clock::now() + kPatience;
     while (!isWanted(m_screen))
     {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        pollfd readable{m_terminal, POLLIN, 0};
-        if (left.count() <= 0 || poll(&readable, 1, static_cast<int>(left.count())) <= 0 || !ReadSome())
+        if (!WaitForOutput(deadline) || !ReadSome())
         {
             return isWanted(m_screen);
         }
@@ -148,8 +164,15 @@ bool TerminalProgram::WaitForStop()
 
 int TerminalProgram::WaitForEnd()
 {
-    while (ReadSome())
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    bool isOpen = true;
+    while (isOpen && WaitForOutput(deadline))
     {
+        isOpen = ReadSome();
+    }
+    if (isOpen)
+    {
+        kill(m_process, SIGKILL);
     }
     int status = 0;
     const pid_t ended = waitpid(m_process, &status, 0);

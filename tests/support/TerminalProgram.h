@@ -2,6 +2,7 @@
 
 #include "tests/support/Screen.h"
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -35,11 +36,18 @@ public:
     /// Waits until the program is stopped by job control.
     bool WaitForStop();
 
-    /// Waits for the end of the program and returns its exit code; -1 if a signal ended it.
+    /// Waits for the end of the program and returns its exit code; -1 if a signal ended it. Kills the program when it takes too
+    /// long.
     int WaitForEnd();
 
     /// The modes of the terminal that the program has set.
     termios Modes() const;
+
+    /// The modes of the terminal before the program started.
+    const termios& FormerModes() const
+    {
+        return m_formerModes;
+    }
 
     const Screen& Now() const
     {
@@ -47,10 +55,12 @@ public:
     }
 
 private:
+    bool WaitForOutput(std::chrono::steady_clock::time_point deadline);
     bool ReadSome();
 
     Screen m_screen;
     int m_terminal = -1;
+    termios m_formerModes{};
     pid_t m_process = -1;
 };
 
