@@ -120,7 +120,12 @@ LineEditor::LineEditor(Options options)
 {
     // The program's texts are UTF-8 in every locale, and the library takes its encoding from here.
     std::setlocale(LC_CTYPE, "C.UTF-8");
+    tcgetattr(STDIN_FILENO, &m_lentModes);
     m_editor.reset(el_init("onlinehost", stdin, stdout, stderr));
+    // The library would give the terminal its former modes between lines and take them away after the prompt is shown. In those
+    // modes the kernel echoes early keys a second time, reads Ctrl-D as a zero byte, and at Ctrl-Z drops keys that the person
+    // already sees. Commands do not read the terminal, so it never goes back to those modes before the editor ends.
+    el_set(m_editor.get(), EL_SETTY, "-x", "-icanon", "-echo", "-iexten", nullptr);
     el_set(m_editor.get(), EL_CLIENTDATA, this);
     el_wset(
         m_editor.get(), EL_PROMPT, +[](EditLine* editor) { return Of(editor).m_shownPrompt.data(); });
@@ -172,13 +177,14 @@ void LineEditor::BindKeys()
         editor, EL_ADDFN, L"onlinehost-delete-or-leave", L"Delete the next character, or leave on an empty line",
         +[](EditLine* self, wint_t) { return Of(self).DeleteOrLeave(); });
 
-    // The library has others on these keys than shells usually have, or none.
+    // The library has other functions on these keys than shells usually have, or none. Ctrl-D arrives as "^@" when the person
+    // types it before the editor owns the terminal; the library's function there would swallow the next key.
     constexpr const char* kBindings[][2] = {
-        {"^I", "onlinehost-complete"},     {"^D", "onlinehost-delete-or-leave"}, {"^R", "em-inc-search-prev"},
-        {"^U", "vi-kill-line-prev"},       {"^W", "ed-delete-prev-word"},        {"\\e[1~", "ed-move-to-beg"},
-        {"\\e[4~", "ed-move-to-end"},      {"\\e[7~", "ed-move-to-beg"},         {"\\e[8~", "ed-move-to-end"},
-        {"\\e[3~", "ed-delete-next-char"}, {"\\e[1;3C", "em-next-word"},         {"\\e[1;3D", "ed-prev-word"},
-        {"\\e[1;5C", "em-next-word"},      {"\\e[1;5D", "ed-prev-word"},
+        {"^I", "onlinehost-complete"}, {"^D", "onlinehost-delete-or-leave"}, {"^R", "em-inc-search-prev"},
+        {"^@", "em-set-mark"},         {"^U", "vi-kill-line-prev"},          {"^W", "ed-delete-prev-word"},
+        {"\\e[1~", "ed-move-to-beg"},  {"\\e[4~", "ed-move-to-end"},         {"\\e[7~", "ed-move-to-beg"},
+        {"\\e[8~", "ed-move-to-end"},  {"\\e[3~", "ed-delete-next-char"},    {"\\e[1;3C", "em-next-word"},
+        {"\\e[1;3D", "ed-prev-word"},  {"\\e[1;5C", "em-next-word"},         {"\\e[1;5D", "ed-prev-word"},
     };
     for (const auto& [key, function] : kBindings)
     {
@@ -225,11 +231,14 @@ int LineEditor::NextKey(wchar_t* key)
         pollfd input{STDIN_FILENO, POLLIN, 0};
         try
         {
-            // Before each key, so that a signal takes effect on the keys typed after it.
+            // `wait` handles signals. It runs between the check for a key and the read, so that a signal takes effect before
+            // the keys that the person typed after it.
+            bool isReadable = false;
             do
             {
+                isReadable = poll(&input, 1, 0) != 0;
                 m_options.wait();
-            } while (m_ending == Ending::None && poll(&input, 1, 0) == 0);
+            } while (m_ending == Ending::None && !isReadable);
         }
         catch (...)
         {
@@ -302,12 +311,8 @@ void LineEditor::FollowSize()
 
 void LineEditor::Suspend(const std::function<void()>& pause)
 {
-    if (!m_isOpen)
-    {
-        pause();
-        return;
-    }
     el_set(m_editor.get(), EL_PREP_TERM, 0);
+    tcsetattr(STDIN_FILENO, TCSADRAIN, &m_lentModes);
     pause();
     el_set(m_editor.get(), EL_PREP_TERM, 1);
     el_resize(m_editor.get());

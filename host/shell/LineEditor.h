@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <termios.h>
 #include <vector>
 
 namespace host
@@ -59,7 +60,7 @@ public:
 
     void FollowSize();
 
-    /// Gives the terminal to others and takes it back around `pause`.
+    /// Gives the terminal its former modes, calls `pause`, and takes the terminal back. The line that is being typed stays.
     void Suspend(const std::function<void()>& pause);
 
 private:
@@ -88,6 +89,7 @@ private:
     void Remember(const std::string& line);
 
     Options m_options;
+    termios m_lentModes{}; ///< the terminal's modes before the editor, which other programs get during `Suspend`
     std::string m_historyProblem;
     std::unique_ptr<History, decltype(&history_end)> m_history;
     std::unique_ptr<EditLine, decltype(&el_end)> m_editor;

@@ -330,7 +330,11 @@ void Shell::ThrowIfSignalled()
 {
     while (const int signal = m_signals.Take())
     {
-        if (signal == SIGTSTP)
+        if (signal == SIGTSTP && m_terminal != nullptr)
+        {
+            m_terminal->Suspend(&ShellSignals::Stop);
+        }
+        else if (signal == SIGTSTP)
         {
             ShellSignals::Stop();
         }

@@ -23,6 +23,12 @@ protected:
         return arguments;
     }
 
+    /// The editor has read Enter: the cursor is below the line.
+    static bool IsLineTaken(const Screen& screen)
+    {
+        return screen.CursorColumn() == 0;
+    }
+
     /// The line of the screen that holds the text; beyond the last when there is none.
     static size_t LineOf(const Screen& screen, const std::string& text)
     {
@@ -299,9 +305,32 @@ TEST_F(LineEditor, CtrlCEndsACommandAndNotTheShell)
     shell.Type("echo now\rsleep 1000s\r");
     ASSERT_TRUE(shell.See("\nnow\n"));
     ASSERT_TRUE(shell.SeeLastLine("onlinehost> sleep 1000s"));
+    ASSERT_TRUE(shell.See(IsLineTaken)) << "until then Ctrl-C throws Enter away";
     shell.Type(kCtrlC);
     ASSERT_TRUE(shell.See("interrupted"));
     EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
+}
+
+TEST_F(LineEditor, KeysTypedWhileACommandRunsAreShownOnceAndEdited)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("sleep 1s\r");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> sleep 1s"));
+    ASSERT_TRUE(shell.See(IsLineTaken));
+    shell.Type("echo ahead" + std::string(kCtrlA) + kCtrlD);
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost> cho ahead")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, CtrlDTypedWhileACommandRunsLeavesAfterIt)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("sleep 1s\r");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> sleep 1s"));
+    ASSERT_TRUE(shell.See(IsLineTaken));
+    shell.Type(kCtrlD);
+    EXPECT_EQ(shell.WaitForEnd(), 0);
 }
 
 TEST_F(LineEditor, AFailingCommandIsToldAndTheShellGoesOn)
@@ -352,13 +381,12 @@ TEST_F(LineEditor, TheLineOutlivesAChangeOfTheTerminalsSize)
 TEST_F(LineEditor, TheTerminalIsAsBeforeWhenASignalEndsIt)
 {
     TerminalProgram shell(Arguments());
-    const termios before = shell.Modes();
     ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
     ASSERT_TRUE(shell.See([&shell](const Screen&) { return (shell.Modes().c_lflag & ICANON) == 0; }));
     shell.Type("half");
     ASSERT_TRUE(shell.SeeLastLine("onlinehost> half"));
     shell.Signal(SIGTERM);
-    EXPECT_TRUE(shell.See([&](const Screen&) { return shell.Modes().c_lflag == before.c_lflag; }));
+    EXPECT_TRUE(shell.See([&](const Screen&) { return shell.Modes().c_lflag == shell.FormerModes().c_lflag; }));
     EXPECT_EQ(shell.WaitForEnd(), 128 + SIGTERM);
 }
 
@@ -374,6 +402,22 @@ TEST_F(LineEditor, ItStopsAndGoesOnAsAJob)
     shell.Signal(SIGCONT);
     shell.Type(" a line\r");
     EXPECT_TRUE(shell.See("\nhalf a line\n")) << shell.Now().Text();
+}
+
+TEST_F(LineEditor, ItStopsAndGoesOnInTheMiddleOfACommand)
+{
+    TerminalProgram shell(Arguments());
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+    shell.Type("sleep 1000s\r");
+    ASSERT_TRUE(shell.SeeLastLine("onlinehost> sleep 1000s"));
+    ASSERT_TRUE(shell.See(IsLineTaken));
+    shell.Type(kCtrlZ);
+    ASSERT_TRUE(shell.WaitForStop());
+    EXPECT_EQ(shell.Modes().c_lflag, shell.FormerModes().c_lflag) << "the terminal is lent to others";
+    shell.Signal(SIGCONT);
+    shell.Type(kCtrlC);
+    ASSERT_TRUE(shell.See("interrupted"));
+    EXPECT_TRUE(shell.SeeLastLine("onlinehost>"));
 }
 
 TEST_F(LineEditor, AQuitWordEndsItWhateverFailedBefore)

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
-#include <thread>
 
 namespace
 {
@@ -102,11 +101,6 @@ TEST(ShellPage, ItsTranscriptIsTrue)
         ASSERT_TRUE(shell.See(isThere)) << "before \"" << typed << "\":\n" << shell.Now().Text();
         if (!isEnd)
         {
-            // The prompt appears a moment before the editor takes over the keys; until then the terminal echoes them.
-            while ((shell.Modes().c_lflag & ICANON) != 0)
-            {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            }
             shell.Type(typed + kEnter);
         }
     }
