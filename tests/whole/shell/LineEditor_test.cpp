@@ -140,7 +140,7 @@ TEST_F(LineEditor, TabOffersInvitationsOfTheTerminalThatTheCommandIsFor)
     shell.Type(kCtrlC);
     shell.Type("login 8\r");
     ASSERT_TRUE(shell.SeeLastLine("8@pc>"));
-    shell.Type("as 7 invite 8\r");
+    shell.Type("as 7 invite 8 meeting=42\r");
     ASSERT_TRUE(shell.See("8@pc is invited by user 7"));
     shell.Type("as 7 accept \t.");
     ASSERT_TRUE(shell.SeeLastLine("8@pc> as 7 accept .")) << "the other terminal has none: " << shell.Now().Text();
