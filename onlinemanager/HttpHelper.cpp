@@ -16,8 +16,8 @@ constexpr size_t kMessagesPerArray = 10;
 constexpr int kQueueCapacity = 5;
 constexpr unsigned kWaitStep = 500; // milliseconds
 
-// Processor time of the process, not wall time, on purpose: a client that was suspended must not give up a request that
-// nobody could serve meanwhile. A platform that needs a limit in wall time ends the request with HttpClose.
+// Processor time of the process, not wall time, on purpose: a suspended client must not give up a request that no
+// thread could serve during the suspension. A platform that needs a limit in wall time ends the request with HttpClose.
 constexpr int64_t kTimeout = 10'000'000; // clock() ticks
 
 /// Holds a WRWLock for the length of a scope.

@@ -15,9 +15,9 @@ namespace onlinemanager
 /// The listeners of one service, in the order of their first registration. A host reaches the list by the service's
 /// `AddNotify`, `RemoveNotify` and `RemoveAllNotify`.
 ///
-/// A delivery calls the listeners outside the mutex, and walks the list as it stands at each step: it calls a listener
-/// that was added meanwhile and skips one that was removed meanwhile. Every operation, another delivery included, may
-/// be called from inside a notification and from any thread.
+/// A delivery calls the listeners outside the mutex and walks the present list at each step: it calls a listener that
+/// was added during the delivery, and skips one that was removed during it. Every operation, another delivery included,
+/// may be called from inside a notification and from any thread.
 ///
 /// Links change under the mutex; a walk follows them without it. Therefore an entry that leaves the list during a walk
 /// is not freed but retired: it keeps its link to the entries behind it until the last walk has ended.

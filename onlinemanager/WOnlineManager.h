@@ -2,7 +2,7 @@
 
 #include "common/frameworksdk/frameworkcomponent.h"
 
-/// The module's entry functions; common/frameworksdk/frameworkcomponent.h tells what they do.
+/// The module's entry functions; common/frameworksdk/frameworkcomponent.h describes them.
 
 FRAMEWORK_EXPORT HRESULT FMDll(FMDllTable* table);
 FRAMEWORK_EXPORT HRESULT WDllGetInfo(uint32_t* info1, uint32_t* info2, uint32_t* info3);

@@ -79,7 +79,8 @@ void Interruption::Run()
                 action();
             }
         }
-        // A second signal is for a command that does not end: this thread lets it through to what the system does with it.
+        // A second signal must end a command that hangs. This thread unblocks the signals, so the system's default action
+        // ends the process.
         waiting[1].fd = -1;
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
     }

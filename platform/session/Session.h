@@ -47,8 +47,9 @@ struct LoginRequest
 /// The state behind one connection object: its login, its view of the company, its invitations and its group.
 ///
 /// An operation of the host checks its arguments, stores what the host may read at once, and posts the rest. Everything
-/// else runs on the platform thread, and no lock is held during an event. Each login has a number, which tells tasks of
-/// an earlier login apart; each client of the backplane has a number, which tells its events apart.
+/// else runs on the platform thread, and no lock is held during an event. Each login has a number, by which it
+/// recognises tasks of an earlier login. Each client of the backplane has a number, by which the session recognises its
+/// events.
 class Session : public std::enable_shared_from_this<Session>
 {
 public:

@@ -309,7 +309,7 @@ std::optional<Session::Conflict> Session::FindConflict() const
 }
 
 /// The own record, or for a gateway login the own member record, has come back: the login is established. False when
-/// the host has logged out meanwhile.
+/// the host has logged out in the meantime.
 bool Session::EnterLoggedIn()
 {
     {
@@ -429,7 +429,7 @@ void Session::StartReconnect()
     m_phase = Phase::Waiting;
     m_reconnecting = true;
     m_force = false;
-    // A join under way ends with the connection. The loss tells the host so.
+    // A join under way ends with the connection, without an event of its own: the host gets the event of the loss.
     const bool isJoining = m_group != nullptr && !m_request.gateway && m_groupResultDue;
     if (isJoining)
     {

@@ -19,10 +19,10 @@ namespace
 {
 
 /// The text that a story writes to a file.
-class TellingTest : public testing::Test
+class StoryTest : public testing::Test
 {
 protected:
-    ~TellingTest() override
+    ~StoryTest() override
     {
         std::fclose(m_file);
     }
@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-TEST_F(TellingTest, AStoryWritesItsStepsAndCountsThem)
+TEST_F(StoryTest, AStoryWritesItsStepsAndCountsThem)
 {
     m_story.Scene("A scene",
                   [&]
@@ -62,7 +62,7 @@ TEST_F(TellingTest, AStoryWritesItsStepsAndCountsThem)
     EXPECT_EQ(m_story.GetTally().failed, 0u);
 }
 
-TEST_F(TellingTest, AStepThatFailsEndsItsSceneAndNotTheStory)
+TEST_F(StoryTest, AStepThatFailsEndsItsSceneAndNotTheStory)
 {
     bool isReached = false;
     m_story.Scene("First",
@@ -83,14 +83,14 @@ TEST_F(TellingTest, AStepThatFailsEndsItsSceneAndNotTheStory)
     EXPECT_EQ(m_story.GetTally().failed, 1u);
 }
 
-TEST_F(TellingTest, AnErrorOfTheHostIsAStepThatFailed)
+TEST_F(StoryTest, AnErrorOfTheHostIsAStepThatFailed)
 {
     m_story.Scene("A scene", [] { throw onlinehost::Error("no connection"); });
     EXPECT_NE(Told().find("FAILED  the host        expected: no error\n"), std::string::npos);
     EXPECT_EQ(m_story.GetTally().failed, 1u);
 }
 
-TEST_F(TellingTest, ASignalEndsTheStoryAtTheNextStepAndIsNoFailure)
+TEST_F(StoryTest, ASignalEndsTheStoryAtTheNextStepAndIsNoFailure)
 {
     host::Interruption interruption;
     Story story(m_narrator, &interruption);
@@ -114,7 +114,7 @@ TEST_F(TellingTest, ASignalEndsTheStoryAtTheNextStepAndIsNoFailure)
     EXPECT_EQ(story.GetTally().failed, 0u);
 }
 
-TEST_F(TellingTest, AStoryForProgramsIsOneJsonObjectALine)
+TEST_F(StoryTest, AStoryForProgramsIsOneJsonObjectALine)
 {
     const host::JsonNarrator narrator(m_out);
     Story story(narrator);
@@ -137,7 +137,7 @@ TEST_F(TellingTest, AStoryForProgramsIsOneJsonObjectALine)
 )");
 }
 
-TEST_F(TellingTest, ProgressIsAFewLinesInAFile)
+TEST_F(StoryTest, ProgressIsAFewLinesInAFile)
 {
     {
         ProgressBar bar(m_out, "working");
@@ -152,7 +152,7 @@ TEST_F(TellingTest, ProgressIsAFewLinesInAFile)
                       "  working: 100 %, 100 000 of 100 000\n");
 }
 
-TEST_F(TellingTest, SmallWorkShowsNoProgress)
+TEST_F(StoryTest, SmallWorkShowsNoProgress)
 {
     ProgressBar bar(m_out, "working");
     bar.Show(0, 0);
