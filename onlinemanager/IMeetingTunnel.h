@@ -51,6 +51,10 @@ protected:
 /// carries one meeting at a time.
 ///
 /// The end of a login is not reported to the listeners of the PaaS tunnel; see `IPaasOnlineNotify::OnOffline`.
+///
+/// When a connection is lost, the component reports a pending join by `ERR_JOIN_ABORTED_BY_RECONNECT`. It reports
+/// nothing else to the tunnel's listeners, leaves no meeting and joins none again. The platform decides whether the
+/// user is in the meeting after the reconnection; docs/writing-a-host.md says what the in-process platform does.
 class IMeetingTunnel
 {
 public:

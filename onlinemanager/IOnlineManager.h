@@ -20,6 +20,9 @@ inline constexpr IID IID_OnlineManager{0x36E271A8, 0x9587, 0x4184, {0xA3, 0x6E, 
 /// The module implements it. The host creates it with `CLSID_OnlineManager` and `IID_OnlineManager` through the entry
 /// functions of common/frameworksdk/frameworkcomponent.h. It is reference-counted and lives until its last `Release`.
 ///
+/// A component carries one user at a time: a second `IPaasOnline::Login` replaces the first. Create one component for
+/// each user.
+///
 /// The life of a component, all on the control thread:
 ///
 ///     factory->AddRef();                       // the component takes this reference over
@@ -81,9 +84,9 @@ public:
     /// of `TriggerNotify` and notifications from inside a call of another host thread may still be running. `Destroy`
     /// may be called from inside a notification; the module must not be unloaded from there.
     ///
-    /// It frees the storage of the services without running their destructors, on purpose: the component has always
-    /// been torn down so. What the services own is not freed: listener lists, copies of parameters, the HTTP object's
-    /// reference.
+    /// It frees the storage of the services without running their destructors, on purpose: a destructor would release
+    /// the HTTP object, which the host frees itself (see `Initialize`). What the services own is not freed: listener
+    /// lists, copies of parameters, the HTTP object's reference.
     virtual HRESULT Destroy() = 0;
 
 protected:

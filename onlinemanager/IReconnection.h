@@ -18,19 +18,21 @@ public:
     /// [platform] The platform reconnects. May come several times.
     virtual void OnReconnectStart(TunnelType /*type*/) {}
 
-    /// [platform] The connection is restored; on type 1 the session is logged in again. (The spelling of the name is
-    /// part of the interface.)
+    /// [platform] The connection is restored; on type 1 the session is logged in again. The platform decides whether
+    /// the user is still in the meeting (see `IMeetingTunnel`). (The spelling of the name is part of the interface.)
     virtual void OnReconnectSucess(TunnelType /*type*/) {}
 
     /// [platform] The reconnection failed, with the platform's code, or was given up, with `ERR_RECONNECT_STOPPED`.
-    /// Neither is followed by `IPaasOnlineNotify::OnOffline` of itself.
+    /// The component sends no `IPaasOnlineNotify::OnOffline` after it, unless the platform also reports a logout.
     ///
     /// Given up: the session is logged out, property 0 stays "true", and the presence service still takes the user for
     /// logged in. Call `Relogin` or `Login`. `Logout` returns true, asks nothing of the platform and causes no
     /// notification.
     ///
-    /// Failed: property 0 is "false" and the session counts as logging in. Call `Login`, or `Logout` and wait for
-    /// `OnOffline`; `Relogin` returns false. On type 2 the tunnel keeps its state.
+    /// Failed: property 0 is "false". The session counts as logging in, and `Relogin` returns false, until the platform
+    /// reports the logout by `OnOffline`. The in-process platform reports it at once, with the same code, 36 as
+    /// `ERR_LOGIN_CONFLICT`. Wait for `OnOffline` and then call `Relogin` or `Login`, or call `Login` without waiting,
+    /// also from inside this notification. On type 2 the tunnel keeps its state.
     virtual void OnReconnectFail(TunnelType /*type*/, ErrCode /*code*/) {}
 
 protected:

@@ -77,6 +77,9 @@ protected:
 /// the result. The component forgets the known users at a logout and when a reconnection is given up. It keeps
 /// invitations and the custom text.
 ///
+/// The component treats the local user like the others: when the platform lists his terminals, as the in-process
+/// platform does, his id is in the lists of `OnUserStatusChanged`, and `QueryUserStatus` finds him.
+///
 /// Operations that need a login return false when no user is logged in, when an output argument is null, or when the
 /// platform refuses. The service counts a user as logged in from the end of `OnLoginSuccess` until `OnOffline`: not yet
 /// inside `OnLoginSuccess` of a first login, and still after `ERR_RECONNECT_STOPPED`.

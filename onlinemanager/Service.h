@@ -78,8 +78,8 @@ template <typename Interface, typename Listener>
 class OwnedService : public NotifyingService<Interface, Listener>
 {
 public:
-    /// Gives the storage back without running the destructor: the component has always torn its services down so. A
-    /// service that ends in another way has a `Free` of its own, which hides this one.
+    /// Gives the storage back without running the destructor, on purpose (see `IOnlineManager::Destroy`). A service that
+    /// ends in another way has a `Free` of its own, which hides this one.
     void Free()
     {
         ::operator delete(static_cast<void*>(this));

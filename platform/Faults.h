@@ -41,7 +41,8 @@ public:
     Faults& operator=(const Faults&) = delete;
 
     /// Logins of `userId`, or of all users when it is empty, end with `code` until `AcceptLogins`; gateway logins as
-    /// well. A login that this order refuses with 36 names no other device.
+    /// well. A login that this order refuses with 36 names no other device. The order does not concern reconnections:
+    /// for these use `RefuseToken`.
     void RefuseLogins(avcore::ZolPortErrCode code, const std::string& userId = {});
     /// Takes back the order for the same `userId`.
     void AcceptLogins(const std::string& userId = {});
@@ -52,8 +53,9 @@ public:
     void AcceptToken(const std::string& token);
 
     /// Cuts the connections of a user as a network failure does: without a logout, the last will is sent, and every
-    /// attempt to reconnect fails until the outage ends. An empty `deviceId` means all devices of the user; a gateway
-    /// connection has the device id "gateway". Returns the number of connections that it cut.
+    /// attempt to reconnect fails until the outage ends. The outage concerns the lost logins only: a logout and a new
+    /// login of the same user and device succeed while it lasts. An empty `deviceId` means all devices of the user; a
+    /// gateway connection has the device id "gateway". Returns the number of connections that it cut.
     size_t DropConnections(const std::string& userId, const std::string& deviceId = {},
                            Outage outage = Outage::For(std::chrono::milliseconds(0)));
     /// Does the same for one client of the backplane, by the id in `SessionInfo::clientId`. False for an unknown id.

@@ -4,7 +4,7 @@
 
 /// The host's factory of components. The module creates the platform's connections through it.
 ///
-/// Implemented by the host, which passes it to `WDllCreateComponent`. `QueryInterface` must also answer
+/// Implemented by the host, which passes it to `FMDllTable::m_lpfnCreateComponent`. `QueryInterface` must also answer
 /// `IID_ILogCenter`, or the module logs nothing. It may answer `IID_IWLogAllocator`, the older log allocator. The
 /// component takes over one reference and releases it when the component is destroyed. The host must add that reference
 /// before the creation; frameworkcomponent.h says what happens to it when a creation fails.

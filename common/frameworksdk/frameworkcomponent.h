@@ -39,21 +39,23 @@ struct ComponentObject
 };
 static_assert(sizeof(ComponentObject) == 32);
 
-/// [host] Writes the version words of the module: 0x01000001, 1 and 0. Returns 0. The first two pointers may be null,
-/// `info3` must not be.
+/// [host] Exported as `WDllGetInfo`. Writes the version words of the module: 0x01000001, 1 and 0. Returns 0. The first
+/// two pointers may be null, `info3` must not be.
 using LPFNDllGetInfo = HRESULT (*)(uint32_t* info1, uint32_t* info2, uint32_t* info3);
 
-/// [host] Writes the address of the template table and the number of its rows. Returns 0. Each pointer may be null.
+/// [host] Exported as `WDllGetComponentObject`. Writes the address of the template table and the number of its rows.
+/// Returns 0. Each pointer may be null.
 using LPFNDllGetComponentObject = HRESULT (*)(ComponentObject** templates, uint32_t* count);
 
-/// [host] Control thread. 0 when the module has no object and may be unloaded, 1 when it has one. Every call detaches
-/// the module from its logger, also a call that returns 1; the next creation attaches it again. Before it unloads the
-/// module, the host must also wait until no notification is running (see `IPaasOnline::TriggerNotify`).
+/// [host] Control thread. Exported as `WDllCanUnloadNow`. 0 when the module has no object and may be unloaded, 1 when
+/// it has one. Every call detaches the module from its logger, also a call that returns 1; the next creation attaches
+/// it again. Before it unloads the module, the host must also wait until no notification is running (see
+/// `IPaasOnline::TriggerNotify`).
 using LPFNDllCanUnloadNow = HRESULT (*)();
 
-/// [host] Control thread. Attaches the module to its logger, creates the component `clsid` and writes its interface
-/// `iid` to `*out`. The caller holds the only reference. Results and the reference of `factory` as for
-/// `CPDllCreateComponent2`.
+/// [host] Control thread. Exported as `WDllCreateComponent`. Attaches the module to its logger, creates the component
+/// `clsid` and writes its interface `iid` to `*out`. The caller holds the only reference. Results and the reference of
+/// `factory` as for `CPDllCreateComponent2`.
 using LPFNDllCreateComponent = HRESULT (*)(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                            IComponentFactory* factory, void** out);
 
@@ -99,13 +101,14 @@ FRAMEWORK_EXPORT HRESULT CPDllCreateComponent(const CLSID& clsid, const IID& iid
 /// `outer` is the controlling object of an aggregate, or null. With an `outer`, ask for `IID_IUnknown`: that is the new
 /// object's own, non-delegating interface, and the caller must hold it as long as the aggregate lives. Any other
 /// interface of the component is one whose references are counted by `outer`. Nothing then holds the new object: it is
-/// destroyed before the call returns, the reference of `factory` with it. The result is 0 all the same, `*out` points
-/// to the destroyed object and must not be used, and one reference has been added to `outer`.
+/// destroyed before the call returns, the reference of `factory` with it. The result is 0, and one
+/// reference has been added to `outer`, but `*out` points to the destroyed object and must not be used.
 FRAMEWORK_EXPORT HRESULT CPDllCreateComponent2(const CLSID& clsid, const IID& iid, IUnknown* outer,
                                                IComponentFactory* factory, void** out, ComponentObject* table,
                                                int count);
 
-/// [host] 0 when the module has no object, else 1. Unlike `WDllCanUnloadNow` it does not detach the logger.
+/// [host] 0 when the module has no object, else 1. Unlike `FMDllTable::m_lpfnCanUnloadNow` it does not detach the
+/// logger.
 FRAMEWORK_EXPORT HRESULT CPDllCanUnloadNow();
 
 /// [any] Writes the interface `itf` to `*out`, adds a reference to it (slot 1) and returns 0. `E_POINTER` for a null
