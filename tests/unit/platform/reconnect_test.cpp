@@ -134,6 +134,27 @@ TEST_F(ReconnectTest, ATokenThatIsRefusedNowEndsIt)
     EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectFail 32", "A Logouted 32"}));
 }
 
+TEST_F(ReconnectTest, AnOrderToRefuseLoginsDoesNotStopAReconnection)
+{
+    Device device(platform, journal, "A");
+    LogIn(device, "1");
+    platform.GetFaults().RefuseLogins(avcore::ZOL_PORT_REFUSED, "1");
+    platform.GetFaults().DropConnections("1");
+    EXPECT_TRUE(journal.WaitFor("A ReconnectSucess"));
+    EXPECT_EQ(Settled(), (Lines{"A ReconnectStart", "A ReconnectSucess"}));
+}
+
+TEST_F(ReconnectTest, ANewLoginSucceedsDuringTheOutageOfTheLostOne)
+{
+    Device device(platform, journal, "A");
+    LogIn(device, "1");
+    platform.GetFaults().DropConnections("1", {}, Outage::Forever());
+    EXPECT_EQ(Settled(), (Lines{"A ReconnectStart"}));
+    LogIn(device, "1");
+    ASSERT_EQ(platform.Sessions().size(), 1U);
+    EXPECT_EQ(platform.Sessions()[0].state, SessionInfo::State::LoggedIn);
+}
+
 TEST_F(ReconnectTest, ATerminalThatTookTheTagDuringTheLossKeepsIt)
 {
     Device first(platform, journal, "A");
