@@ -14,7 +14,8 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# expect_failure(TEXT COMMAND...): runs the command in WORK. It must fail and write TEXT.
+# expect_failure(TEXT COMMAND...): runs the command in WORK. It must fail and write TEXT. `written` then holds all that the
+# command wrote.
 function(expect_failure text)
     execute_process(COMMAND ${ARGN}
         WORKING_DIRECTORY "${WORK}"
@@ -30,6 +31,7 @@ function(expect_failure text)
     if(code EQUAL 0 OR position EQUAL -1)
         message(FATAL_ERROR "expected a failure with the text: ${text}")
     endif()
+    set(written "${written}" PARENT_SCOPE)
 endfunction()
 
 # find_pkg_config(PREFIX): lets `pkg_config` find the packages that are installed there.
