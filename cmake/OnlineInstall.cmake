@@ -1,6 +1,6 @@
 # What cmake --install lays down: the module, the headers for hosts and platforms, the base library that their containers
-# need, the in-process platform, the program, a CMake package, a pkg-config file, and suppressions for leak checkers. The
-# installed files find each other by relative paths, so the folder can be moved.
+# need, the in-process platform, the program, a CMake package, a pkg-config file, suppressions for leak checkers, and the pages
+# of documentation, which the headers name. The installed files find each other by relative paths, so the folder can be moved.
 
 include(CMakePackageConfigHelpers)
 
@@ -13,6 +13,9 @@ set(online_data_dir "${CMAKE_INSTALL_DATADIR}/onlinemanager")
 install(TARGETS OnlineManager LIBRARY DESTINATION "${online_module_dir}")
 install(TARGETS wbaselib ARCHIVE DESTINATION "${online_module_dir}")
 install(FILES cmake/lsan.supp cmake/valgrind.supp DESTINATION "${online_data_dir}")
+
+install(FILES README.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}")
 
 install(DIRECTORY avcore common DESTINATION "${online_include_dir}" FILES_MATCHING PATTERN "*.h")
 set(public_headers
