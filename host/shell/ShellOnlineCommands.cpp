@@ -236,7 +236,7 @@ public:
         }
         if (inviteId == 0)
         {
-            m_shell.Say("invites nobody but this user, so nothing is sent");
+            m_shell.Say("invites only this user, so the module sends nothing");
             return;
         }
         device.sent[inviteId] = {ids};

@@ -94,7 +94,7 @@ public:
     {
         if (!arguments.Has("COMMAND"))
         {
-            m_shell.Say(m_shell.Table().Overview(LineWidth(stdout)) + "\"help COMMAND\" tells more about one.\n");
+            m_shell.Say(m_shell.Table().Overview(LineWidth(stdout)) + "\"help COMMAND\" describes one.\n");
             return;
         }
         try

@@ -51,7 +51,7 @@ Actor::Actor(Story& story, std::string name, std::unique_ptr<Component> session,
 
 void Actor::StartsLogin(bool force)
 {
-    Does("logs in as user " + std::to_string(m_login.userid) + (force ? " and insists" : ""));
+    Does("logs in as user " + std::to_string(m_login.userid) + (force ? " with force" : ""));
     if (!m_session->Login(m_login, force))
     {
         m_story.Missed(m_name, "the module starts the login", "it refuses at once");
