@@ -423,7 +423,8 @@ private:
         data.guid = kMeeting;
         data.user_id = actor.UserId();
         actor.Does(std::string("joins the meeting") + (tunnel == TUNNEL_TYPE_GW ? " through the gateway" : ""));
-        actor.Has(actor.Online().Tunnel(tunnel).JoinMeeting(data), "is on its way in", "the module refuses");
+        actor.Has(actor.Online().Tunnel(tunnel).JoinMeeting(data), "the module accepted the join",
+                  "the module refuses");
         actor.Gets("joined the meeting: success", {EventKind::JoinMeetingResult},
                    [tunnel](const Event& event) { return event.tunnel == tunnel && event.code == ERR_SUCCESS; });
     }
@@ -431,7 +432,7 @@ private:
     void Leave(Actor& actor, TunnelType tunnel)
     {
         actor.Does("leaves the meeting");
-        actor.Has(actor.Online().Tunnel(tunnel).LeaveMeeting(), "is on its way out", "the module refuses");
+        actor.Has(actor.Online().Tunnel(tunnel).LeaveMeeting(), "the module accepted the leave", "the module refuses");
         actor.Gets("left the meeting: success", {EventKind::LeaveMeetingResult},
                    [tunnel](const Event& event) { return event.tunnel == tunnel && event.code == ERR_SUCCESS; });
     }
@@ -580,11 +581,11 @@ private:
                                      lines.Push(std::string(text));
                                  }
                              });
-        m_story.Tell("ben-laptop", "sends user 1 a message, past the module");
+        m_story.Tell("ben-laptop", "sends user 1 a message, directly on the platform connection");
         m_world.platform.SendUserMessage(kAppId, std::to_string(kCompanyId), std::to_string(kBen),
                                          std::to_string(kAnna), "Is this seat taken?");
         HasLogged(lines, "PaasTMsgImp::OnUserMsgIncome srcUserId:2 ", " msg:Is this seat taken?.");
-        m_story.Tell("ben-laptop", "sends the meeting a message, past the module");
+        m_story.Tell("ben-laptop", "sends the meeting a message, directly on the platform connection");
         m_world.platform.SendGroupMessage(platform::Platform::MeetingGroupId(kMeeting), std::to_string(kBen),
                                           "Five minutes break");
         HasLogged(lines, "PaasTMsgImp::OnGroupMsgIncome srcUserId:2 ", " msg:Five minutes break.");
