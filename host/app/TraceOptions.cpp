@@ -36,14 +36,17 @@ DiagramChoice ChoiceOf(const TraceOptions& options)
 
 void AddTraceOptions(CLI::App& command, TraceOptions& options)
 {
-    CLI::Option* const trace = command.add_option(
-        "--trace", options.trace,
-        "File for a trace of everything that crosses the module's boundary, to open in Perfetto or about:tracing");
+    CLI::Option* const trace = command
+                                   .add_option("--trace", options.trace,
+                                               "File for a trace of everything that crosses the module's boundary, to "
+                                               "open in Perfetto or about:tracing")
+                                   ->type_name("FILE");
     command
         .add_flag("--trace-log", options.log, "Show the lines of the module's log in the trace; tokens are among them")
         ->needs(trace);
     CLI::Option* const diagram =
-        command.add_option("--diagram", options.diagram, "File for the same as a Mermaid sequence diagram");
+        command.add_option("--diagram", options.diagram, "File for the same as a Mermaid sequence diagram")
+            ->type_name("FILE");
     const auto addChoice = [&](const char* name, std::vector<std::string>& values, const char* placeholder)
     {
         return command.add_option(name, values)

@@ -189,10 +189,13 @@ void AddDemoCommand(CLI::App& program, int& exitCode)
         ->check(CLI::Range(MeetingOptions::kFewestUsers, kMostUsers))
         ->capture_default_str();
     command->add_option("--timeout", options->timeout, "Seconds that each step may take")
+        ->type_name("SECONDS")
         ->check(CLI::Range(1u, 86400u))
         ->capture_default_str();
-    command->add_option("--module", options->module, "The module's file; by default the one beside the program");
-    command->add_option("--log", options->log, "File for the module's log; by default none is written");
+    command->add_option("--module", options->module, "The module's file; by default the one beside the program")
+        ->type_name("FILE");
+    command->add_option("--log", options->log, "File for the module's log; by default none is written")
+        ->type_name("FILE");
     command->add_flag("--json", options->json, "Write one JSON object a line instead of text");
     AddTraceOptions(*command, options->trace);
     command->footer(kExitCodeHelp);

@@ -150,13 +150,17 @@ private:
         Tell("logs in at " + Printable(param.server) + " as user " + std::to_string(param.userid));
         if (!session.FetchAddress(param))
         {
-            TellFailure("did not get the address behind " + Printable(param.server));
+            TellFailure("got no connection point from " + Printable(param.server));
             return EXIT_FAILED;
         }
         if (!session.Login(param, m_options.force))
         {
             TellFailure("was refused by the module at once");
             return EXIT_REFUSED;
+        }
+        if (param.userid > INT32_MAX)
+        {
+            Warn(kUnreadableUserId);
         }
         std::optional<Event> result = WaitForAnyOf(session, EventKind::LoginSuccess, EventKind::Offline, "the login");
         if (result && result->kind == EventKind::LoginSuccess)
@@ -263,18 +267,19 @@ private:
     {
         const auto device = session.Property(onlinemanager::CONNECT_PROPERTY_CONFLICT_DEVICE_ID);
         const auto custom = session.Property(onlinemanager::CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE);
-        if (!device)
+        if (!device || device->empty())
         {
             return;
         }
-        const std::string text = "learns of the other device \"" + Printable(*device) + "\", state \"" +
-                                 Printable(custom.value_or("")) + "\"";
+        const std::string state = custom.value_or("");
+        const std::string text = "learns of the other device \"" + Printable(*device) + "\"" +
+                                 (state.empty() ? "" : ", state \"" + Printable(state) + "\"");
         if (m_options.json)
         {
             Line(JsonLine("conflict")
                      .Text("source", m_options.login.device)
                      .Text("device", *device)
-                     .Text("custom", custom.value_or(""))
+                     .Text("custom", state)
                      .Text("text", text)
                      .Take());
             return;

@@ -194,7 +194,8 @@ void AddShellCommand(CLI::App& program, int& exitCode)
         program.add_subcommand("shell", "Work on the in-process platform at a prompt, or by a script");
     const auto options = std::make_shared<Options>();
 
-    command->add_option("SCRIPT", options->script, "File with commands; without it they come from the standard input");
+    command->add_option("SCRIPT", options->script, "File with commands; without it they come from the standard input")
+        ->type_name("FILE");
     command->add_option("--user", options->user, "Log this terminal in first: USER or USER@DEVICE")
         ->type_name("TERMINAL")
         ->check(OptionCheck(ParseTerminal));
@@ -202,9 +203,11 @@ void AddShellCommand(CLI::App& program, int& exitCode)
         ->type_name("NUMBER")
         ->check(NumberCheck("number of users"));
     AddLoginOptions(*command, options->login);
-    command->add_option("--history", options->history,
-                        "File that keeps what is typed at the prompt, or '' for none; by default "
-                        "onlinehost/history in the user's folder for state");
+    command
+        ->add_option("--history", options->history,
+                     "File that keeps what is typed at the prompt, or '' for none; by default "
+                     "onlinehost/history in the user's folder for state")
+        ->type_name("FILE");
     command->add_flag("--json", options->json,
                       "Write every event and every command's answer as one JSON object a line, and no prompt");
     AddTraceOptions(*command, options->trace);

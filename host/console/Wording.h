@@ -10,6 +10,10 @@
 namespace host
 {
 
+/// A warning about the login of a user id above 2147483647.
+inline constexpr char kUnreadableUserId[] =
+    "the module cannot read user ids above 2147483647 back: events name user 0 instead, or do not come";
+
 /// Reads the whole text as a decimal number from 0 to 4294967295. Throws `Error`, with the reason and `what`, for any
 /// other text.
 uint32_t ParseNumber(std::string_view text, std::string_view what);
