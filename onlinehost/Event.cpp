@@ -80,6 +80,18 @@ std::string DescribeOffline(const Event& event)
                                                     : "could not log in: " + CodeMeaning(event.code);
 }
 
+std::string DescribeChange(const Event& event)
+{
+    if (event.userIds.empty())
+    {
+        return "learns that no user has changed";
+    }
+    // The module lists ids in the order of their texts.
+    std::vector<unsigned> users = event.userIds;
+    std::sort(users.begin(), users.end());
+    return "sees " + CountText(users.size(), "user") + " change: " + ListIds(users);
+}
+
 std::string DescribeRejection(const Event& event)
 {
     switch (event.reason)
@@ -97,7 +109,7 @@ std::string DescribeRejection(const Event& event)
 std::string DescribeEndOfInvitation(const Event& event)
 {
     using onlinemanager::INVITE_ABANDONED_REJECTED;
-    const std::string invitation = Invitation(event) + " of " + User(event);
+    const std::string invitation = Invitation(event) + " from " + User(event);
     if (event.reason >= INVITE_ABANDONED_REJECTED)
     {
         const uint32_t reason = event.reason - INVITE_ABANDONED_REJECTED;
@@ -202,9 +214,7 @@ std::string Describe(const Event& event)
     case EventKind::UserLeaved:
         return "sees " + User(event) + " leave the meeting" + Over(event.tunnel);
     case EventKind::UserStatusChanged:
-        return event.userIds.empty()
-                   ? "learns that no user has changed"
-                   : "sees " + CountText(event.userIds.size(), "user") + " change: " + ListIds(event.userIds);
+        return DescribeChange(event);
     case EventKind::UserStatusRefreshed:
         return "has finished refresh " + std::to_string(event.requestId) + ": " + CodeMeaning(event.code);
     case EventKind::InviteIncome:

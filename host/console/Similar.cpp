@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr size_t kLongestName = 64; ///< longer texts are not misspelt names, and comparing them would take long
-constexpr size_t kMostChanges = 2;
+constexpr size_t kMostChanges = 2;  ///< half of the letters for shorter names
 
 /// The number of letters to insert, remove or replace to turn `a` into `b`.
 size_t Distance(std::string_view a, std::string_view b)
@@ -35,11 +35,12 @@ size_t Distance(std::string_view a, std::string_view b)
 
 std::string SimilarNames(std::string_view name, const std::vector<std::string>& known)
 {
+    const size_t mostChanges = std::min(kMostChanges, name.size() / 2);
     std::string similar;
     for (const std::string& candidate : known)
     {
-        const bool isSimilar = name.size() <= kLongestName && (Distance(name, candidate) <= kMostChanges ||
-                                                               (name.size() > 1 && candidate.starts_with(name)));
+        const bool isSimilar = name.size() <= kLongestName && (Distance(name, candidate) <= mostChanges ||
+                                                               (!name.empty() && candidate.starts_with(name)));
         similar += isSimilar ? (similar.empty() ? "" : ", ") + candidate : "";
     }
     return similar;

@@ -77,9 +77,23 @@ ShellTerminal& Shell::Device()
 {
     if (m_device == nullptr)
     {
-        throw ShellFailure(EXIT_REFUSED, "there is no terminal yet; \"login USER\" or \"as USER\" makes one");
+        throw ShellFailure(EXIT_REFUSED, NoTerminalText());
     }
     return *m_device;
+}
+
+std::string Shell::NoTerminalText() const
+{
+    if (m_world.Devices().empty())
+    {
+        return "there is no terminal yet; \"login USER\" or \"as USER\" makes one";
+    }
+    std::string names;
+    for (const auto& device : m_world.Devices())
+    {
+        names += (names.empty() ? "" : ", ") + device->Name();
+    }
+    return "no terminal is chosen: \"as " + m_world.Devices().front()->Name() + "\" chooses one; there are " + names;
 }
 
 void Shell::SetDevice(ShellTerminal* device)
@@ -177,8 +191,18 @@ void Shell::ShowUpTo(size_t end)
         {
             Note(entry);
             SayEvent(entry.event, entry.event.text);
+            ExplainAcceptance(entry.event);
         }
         ++index;
+    }
+}
+
+void Shell::ExplainAcceptance(const ShellEvent& event)
+{
+    if (m_terminal != nullptr && !m_isAcceptanceExplained && event.name == EventName(EventKind::InviteAccepted))
+    {
+        m_isAcceptanceExplained = true;
+        Say("  accepting is not joining: colleagues join by themselves only after \"company COUNT joins=MEETING\"");
     }
 }
 

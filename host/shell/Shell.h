@@ -76,11 +76,11 @@ public:
         return m_options.json ? m_errors : m_out;
     }
 
-    /// The present terminal, for which commands run; `ShellFailure` when there is none yet.
+    /// The current terminal, for which commands run; `ShellFailure` when none is chosen.
     ShellTerminal& Device();
     void SetDevice(ShellTerminal* device);
 
-    /// The present terminal; null when there is none yet.
+    /// The current terminal; null when none is chosen.
     const ShellTerminal* CurrentDevice() const
     {
         return m_device;
@@ -152,6 +152,10 @@ private:
     size_t ShowBurst(size_t begin, size_t end);
     void ShowWatched(ShellTerminal& device, const std::vector<UserChange>& changes);
     void SayEvent(const ShellEvent& event, const std::string& text);
+    /// At a terminal, says once behind the first acceptance that it brings no user into a meeting.
+    void ExplainAcceptance(const ShellEvent& event);
+    /// Why no command can run for the current terminal, and how to choose one.
+    std::string NoTerminalText() const;
     /// Shows the events that have come. Holds back changes of users for a moment after it has shown others, to gather
     /// them. Returns the number of milliseconds for which it holds changes back, or -1.
     int ShowNews();
@@ -173,7 +177,7 @@ private:
     std::string Prompt() const;
     std::vector<std::string> Complete(std::string_view lineStart) const;
     std::vector<std::string> LookUp(ShellKind kind, std::string_view start, const std::string& terminal) const;
-    /// The terminal that a word names; the present one for an empty word. Null when there is no such terminal.
+    /// The terminal that a word names; the current one for an empty word. Null when there is no such terminal.
     const ShellTerminal* TerminalFor(const std::string& terminal) const;
 
     const Options m_options;
@@ -190,6 +194,7 @@ private:
     std::vector<std::string> m_answer;                   ///< the lines of the running command, with `json`
     std::string m_said;
     std::string m_saidBefore;
+    bool m_isAcceptanceExplained = false;
     size_t m_depth = 0; ///< commands that run, one inside the other
     bool m_isOver = false;
     int m_endingSignal = 0; ///< the signal that asks the program to end; 0 for none

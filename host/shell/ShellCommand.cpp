@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <set>
+#include <unordered_set>
 
 namespace host
 {
@@ -96,6 +97,7 @@ const Kind& KindOf(const ShellParameter& parameter)
         {ShellKind::Sent, "INVITATION", &CheckInvitation},
         {ShellKind::Meeting, "MEETING", &CheckBy<&ParseMeeting>},
         {ShellKind::Duration, "DURATION", &CheckBy<&ParseDuration>},
+        {ShellKind::File, "FILE", &CheckChoice},
     };
     static constexpr Kind kOther{ShellKind::Word, "TEXT", &CheckChoice};
     const auto* const found = std::find_if(std::begin(kKinds), std::end(kKinds),
@@ -225,10 +227,16 @@ uint32_t ShellArguments::Number(const std::string& name, uint32_t fallback) cons
 std::vector<uint32_t> ShellArguments::Users(const std::string& name) const
 {
     std::vector<uint32_t> users;
+    std::unordered_set<uint32_t> seen;
     for (const std::string& word : Words(name))
     {
-        const std::vector<uint32_t> more = ParseUsers(word);
-        users.insert(users.end(), more.begin(), more.end());
+        for (const uint32_t user : ParseUsers(word))
+        {
+            if (seen.insert(user).second)
+            {
+                users.push_back(user);
+            }
+        }
     }
     return users;
 }
@@ -279,7 +287,7 @@ ShellArguments BindShellWords(const ShellCommand& command, std::span<const std::
     }
     if (const ShellParameter* const missing = walk.Missing())
     {
-        throw Error(Placeholder(*missing) + " is missing");
+        throw Error(missing->name + " is missing");
     }
     return arguments;
 }

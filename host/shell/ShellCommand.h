@@ -35,6 +35,7 @@ enum class ShellKind
     Sent,     ///< the id of an invitation that was sent
     Meeting,  ///< a number or a GUID
     Duration, ///< "2s", "500ms", "1m"; seconds without a unit
+    File,     ///< the name of a file
     Command,  ///< the name of a command
     Text,     ///< the rest of the line
     Line,     ///< the rest of the line, which is itself a command
@@ -73,6 +74,7 @@ public:
     /// All words of the parameter with a space between each two.
     std::string Text(const std::string& name, const std::string& fallback = {}) const;
     uint32_t Number(const std::string& name, uint32_t fallback = 0) const;
+    /// Each user once, in the order of the line.
     std::vector<uint32_t> Users(const std::string& name) const;
     GUID Meeting(const std::string& name) const;
     std::chrono::milliseconds Duration(const std::string& name, std::chrono::milliseconds fallback) const;

@@ -147,7 +147,7 @@ private:
     const ShellTable& m_table;
     const ShellLookup& m_lookup;
     const std::string_view m_last;
-    std::string m_terminal; ///< the terminal for which the innermost command runs; empty: the present one
+    std::string m_terminal; ///< the terminal for which the innermost command runs; empty: the current one
     std::vector<std::string> m_candidates;
 };
 

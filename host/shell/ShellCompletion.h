@@ -11,7 +11,7 @@ namespace host
 {
 
 /// The values of a kind that are known at the moment and begin with `start`. `terminal` is the terminal for which the
-/// command on the line would run, as it stands in the line; empty: the present one.
+/// command on the line would run, as it stands in the line; empty: the current one.
 using ShellLookup =
     std::function<std::vector<std::string>(ShellKind kind, std::string_view start, const std::string& terminal)>;
 

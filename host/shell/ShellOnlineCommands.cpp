@@ -8,7 +8,10 @@
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <iterator>
+#include <optional>
 #include <set>
 #include <utility>
 
@@ -30,12 +33,37 @@ std::string Because(const std::string& reason)
     return reason.empty() ? "" : " (" + reason + ")";
 }
 
-/// Throws the failure of a command whose operation the module refused at once.
-[[noreturn]] void Refuse(Shell& shell, ShellTerminal& device)
+/// Throws the failure of a command whose operation the module refused at once. `cause` is what the shell knows of it.
+[[noreturn]] void RefuseFor(Shell& shell, const std::string& cause)
 {
-    const std::string reason = shell.World().TakeFailure();
-    const std::string text = !device.isLoggedIn ? device.Name() + " is not logged in" : "the module refused it";
-    throw ShellFailure(EXIT_REFUSED, text + Because(reason));
+    throw ShellFailure(EXIT_REFUSED, cause + Because(shell.World().TakeFailure()));
+}
+
+/// The same for an operation that needs a login. `cause` holds when the terminal is logged in.
+[[noreturn]] void Refuse(Shell& shell, const ShellTerminal& device, const std::string& cause = "the module refused it")
+{
+    RefuseFor(shell, device.isLoggedIn ? cause : device.Name() + " is not logged in");
+}
+
+struct NamedProperty
+{
+    const char* name;
+    ConnectProperty key;
+};
+constexpr NamedProperty kProperties[] = {
+    {"online", CONNECT_PROPERTY_ONLINE},
+    {"conflict-state", CONNECT_PROPERTY_CONFLICT_CUSTOM_STATE},
+    {"conflict-device", CONNECT_PROPERTY_CONFLICT_DEVICE_ID},
+};
+
+std::vector<std::string> PropertyNames()
+{
+    std::vector<std::string> names;
+    for (const NamedProperty& property : kProperties)
+    {
+        names.emplace_back(property.name);
+    }
+    return names;
 }
 
 class OnlineCommands
@@ -63,22 +91,61 @@ public:
         if (!device.Online().FetchAddress(login))
         {
             m_shell.ShowAll();
-            throw ShellFailure(EXIT_FAILED, "did not get the address behind " + Printable(login.server));
+            throw ShellFailure(EXIT_FAILED, "got no connection point from " + Printable(login.server));
         }
+        device.BeginLogin();
         if (!device.Online().Login(login, arguments.Has("force")))
         {
-            const std::string reason = m_shell.World().TakeFailure();
-            throw ShellFailure(EXIT_REFUSED, "the module refused the login at once" + Because(reason));
+            RefuseFor(m_shell, std::string("the module refused the login at once") +
+                                   (login.server.empty() ? ": the server is empty; name one with server=" : ""));
         }
-        const Event result = Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
-        if (result.kind == EventKind::Offline)
+        if (login.userid > INT32_MAX)
         {
-            throw ShellFailure(EXIT_REFUSED,
-                               "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
+            m_shell.Say(kUnreadableUserId);
         }
-        // The module's presence service learns of the login after all listeners. Until then it refuses every operation.
-        // Then it starts a refresh, whose result shows that it has learned of the login.
-        Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        AwaitLogin(device, mark);
+    }
+
+    void Relogin(const ShellArguments& arguments)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const bool wasLoggedIn = device.isLoggedIn;
+        const uint64_t mark = m_shell.Mark();
+        m_shell.World().TakeFailure();
+        if (!wasLoggedIn)
+        {
+            device.BeginLogin();
+        }
+        if (!device.Online().Online().Relogin(arguments.Has("force")))
+        {
+            RefuseFor(m_shell, device.Name() + " has not logged in before, or is logging in");
+        }
+        if (wasLoggedIn)
+        {
+            m_shell.Say(device.Name() + " is logged in already, so nothing happens");
+            return;
+        }
+        AwaitLogin(device, mark);
+    }
+
+    void Notify(const ShellArguments&)
+    {
+        ShellTerminal& device = m_shell.Device();
+        const uint64_t mark = m_shell.Mark();
+        if (!device.Online().Online().TriggerNotify())
+        {
+            RefuseFor(m_shell, "the module could not start a thread");
+        }
+        Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
+    }
+
+    void Property(const ShellArguments& arguments)
+    {
+        const std::string name = arguments.Text("NAME");
+        const auto* const property = std::find_if(std::begin(kProperties), std::end(kProperties),
+                                                  [&](const NamedProperty& known) { return known.name == name; });
+        const std::optional<std::string> text = m_shell.Device().Online().Property(property->key);
+        m_shell.Say(name + (text ? ": \"" + Printable(*text) + "\"" : " has no text"));
     }
 
     void Logout(const ShellArguments&)
@@ -250,7 +317,7 @@ public:
         for (const auto& [id, invitation] : device.received)
         {
             accepted += invitation.isAccepted ? 1 : 0;
-            m_shell.Say("received: " + std::to_string(id) + " of user " + std::to_string(invitation.inviter) +
+            m_shell.Say("received: " + std::to_string(id) + " from user " + std::to_string(invitation.inviter) +
                         (invitation.isAccepted ? ", accepted" : ", open"));
         }
         for (const auto& [id, invitation] : device.sent)
@@ -268,8 +335,9 @@ public:
         const auto found = device.received.find(id);
         if (found == device.received.end() && !arguments.Has("from"))
         {
-            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is not open" + Open(device) +
-                                                 "; with from=USER it is answered all the same");
+            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is not open here; " + Open(device) +
+                                                 ". \"" + (isAccept ? "accept " : "decline ") + std::to_string(id) +
+                                                 " from=USER\" sends an answer anyway");
         }
         if (found != device.received.end() && found->second.isAccepted && isAccept)
         {
@@ -280,7 +348,9 @@ public:
         m_shell.World().TakeFailure();
         if (!device.Online().Users().AcceptInvite(inviter, id, isAccept))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, device,
+                   "user " + std::to_string(inviter) + " has not sent " + device.Name() + " an invitation " +
+                       std::to_string(id));
         }
         if (!isAccept)
         {
@@ -295,14 +365,14 @@ public:
     void DeclineAll(const ShellArguments& arguments)
     {
         ShellTerminal& device = m_shell.Device();
-        std::vector<unsigned> spared;
-        for (const std::string& word : arguments.Words("SPARED"))
+        std::vector<unsigned> kept;
+        for (const std::string& word : arguments.Words("EXCEPT"))
         {
-            spared.push_back(ParseNumber(word, "invitation id"));
+            kept.push_back(ParseNumber(word, "invitation id"));
         }
         const auto reason = static_cast<RejectInvitationReason>(arguments.Number("reason", REJECT_INVITATION_DECLINED));
         m_shell.World().TakeFailure();
-        if (!device.Online().Users().RejectAllInvite(reason, spared))
+        if (!device.Online().Users().RejectAllInvite(reason, kept))
         {
             Refuse(m_shell, device);
         }
@@ -326,7 +396,7 @@ public:
         m_shell.World().TakeFailure();
         if (!device.Online().Users().AbandonInvite(id, ids))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, device, device.Name() + " has not sent an invitation " + std::to_string(id));
         }
         if (found != device.sent.end())
         {
@@ -350,7 +420,12 @@ public:
         m_shell.World().TakeFailure();
         if (!device.Online().Tunnel(tunnel).JoinMeeting(data))
         {
-            Refuse(m_shell, device);
+            const auto current = device.meetings.find(tunnel);
+            RefuseMeeting(device, tunnel,
+                          current == device.meetings.end()
+                              ? "the module refused it"
+                              : device.Name() + " is in meeting " + current->second.name + " already; \"leave" +
+                                    (tunnel == TUNNEL_TYPE_GW ? " gateway" : "") + "\" first");
         }
         Check("the join", Result(device, mark, {EventKind::JoinMeetingResult}, tunnel));
         ShellTerminal::Meeting& meeting = device.meetings[tunnel];
@@ -367,7 +442,10 @@ public:
         m_shell.World().TakeFailure();
         if (!device.Online().Tunnel(tunnel).LeaveMeeting())
         {
-            Refuse(m_shell, device);
+            const std::string over = tunnel == TUNNEL_TYPE_GW ? " over the gateway" : "";
+            RefuseMeeting(device, tunnel,
+                          device.meetings.contains(tunnel) ? "the module refused it"
+                                                           : device.Name() + " is not in a meeting" + over);
         }
         Check("the leave", Result(device, mark, {EventKind::LeaveMeetingResult}, tunnel));
     }
@@ -427,8 +505,12 @@ public:
         }
         if (!isStart)
         {
-            m_shell.World().StopTrace();
-            m_shell.Say("the recording is complete");
+            std::string files;
+            for (const std::filesystem::path& file : m_shell.World().StopTrace())
+            {
+                files += (files.empty() ? "" : ", ") + Printable(file.string());
+            }
+            m_shell.Say("the recording is complete: " + files);
             return;
         }
         m_shell.World().StartTrace({arguments.Text("FILE"), arguments.Text("diagram")});
@@ -488,6 +570,20 @@ public:
 private:
     static constexpr size_t kLongestCustom = 4096;
 
+    /// Waits for the end of a login that has started.
+    void AwaitLogin(ShellTerminal& device, uint64_t mark)
+    {
+        const Event result = Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        if (result.kind == EventKind::Offline)
+        {
+            throw ShellFailure(EXIT_REFUSED,
+                               "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
+        }
+        // The module's presence service learns of the login after all listeners. Until then it refuses every operation.
+        // Then it starts a refresh, whose result shows that it has learned of the login.
+        Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
+    }
+
     Event Result(const ShellTerminal& device, uint64_t mark, std::initializer_list<EventKind> kinds, TunnelType tunnel)
     {
         const auto isResult = [&](const ShellEvent& event)
@@ -520,6 +616,16 @@ private:
         return isConflict ? "; the other device is \"" + Printable(*other) + "\", \"login force\" takes over" : "";
     }
 
+    /// The gateway tunnel needs no login.
+    [[noreturn]] void RefuseMeeting(const ShellTerminal& device, TunnelType tunnel, const std::string& cause)
+    {
+        if (tunnel == TUNNEL_TYPE_GW)
+        {
+            RefuseFor(m_shell, cause);
+        }
+        Refuse(m_shell, device, cause);
+    }
+
     static std::string Open(const ShellTerminal& device)
     {
         std::vector<uint32_t> ids;
@@ -530,7 +636,7 @@ private:
                 ids.push_back(id);
             }
         }
-        return ids.empty() ? "; no invitation is open" : "; open are " + ListIds(ids);
+        return ids.empty() ? "no invitation is open" : "open: " + ListIds(ids);
     }
 
     /// The number of the meeting to which `invite` invites.
@@ -648,20 +754,28 @@ void AddOnlineCommands(Shell& shell)
          {"mutex", Form::Option},
          {"company", Form::Option, Kind::Number},
          {"type", Form::Option, Kind::Number}},
-        "Log a terminal in, and make it the present one",
-        "TERMINAL is USER or USER@DEVICE; without it the present one logs in. The options stay for its later "
+        "Log a terminal in, and make it the current one",
+        "TERMINAL is USER or USER@DEVICE; without it the current one logs in. The options stay for its later "
         "logins.\n"
-        "Two terminals of a user whose mutex texts are the same shut each other out, and force decides for the new "
-        "one;\n"
-        "at first the text is the device, so that terminals with different devices stand side by side.\n",
+        "Of two terminals of a user with the same mutex text only one can be logged in; force logs the other one out.\n"
+        "At first the text is the device, so that terminals with different devices can be logged in together.\n",
         call(&OnlineCommands::Login));
-    add("logout", {}, "Log the present terminal out", "", call(&OnlineCommands::Logout));
+    add("relogin", {{"force", Form::Flag}}, "Log the current terminal in again with the parameters of its last login",
+        "A terminal that is logged in stays so, and nothing happens.\n", call(&OnlineCommands::Relogin));
+    add("logout", {}, "Log the current terminal out", "", call(&OnlineCommands::Logout));
+    add("notify", {}, "Have the module report again whether the current terminal is logged in",
+        "It reports \"not logged in\" also while it logs in or reconnects.\n", call(&OnlineCommands::Notify));
+    add("property", {{"NAME", Form::One, Kind::Word, PropertyNames()}}, "Show a property of the connection",
+        "online is \"true\" after a login; conflict-device and conflict-state are the id and the custom text of the "
+        "other device\n"
+        "after a login that was refused with 36. A property has no text until the module has written it.\n",
+        call(&OnlineCommands::Property));
     add("as", {{"TERMINAL", Form::Optional, Kind::Terminal}, {"COMMAND", Form::Any, Kind::Line}},
-        "Make another terminal the present one, or run one command as that one",
+        "Make another terminal the current one, or run one command for it",
         "Without arguments it lists the terminals. A terminal that does not exist yet is made; it is offline.\n",
         call(&OnlineCommands::As));
     add("forget", {{"TERMINAL", Form::Optional, Kind::Terminal}}, "Destroy a terminal with its component",
-        "Without TERMINAL it is the present one. A login that stands ends.\n", call(&OnlineCommands::ForgetTerminal));
+        "Without TERMINAL it is the current one. The terminal's login ends.\n", call(&OnlineCommands::ForgetTerminal));
     add("who", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"online", Form::Flag}},
         "Show what the module knows of users",
         "Without USER it shows all that it knows, the first " + std::to_string(kMostUsers) +
@@ -673,8 +787,8 @@ void AddOnlineCommands(Shell& shell)
     add("watch", {{"USER", Form::Any, Kind::Users}, {"all", Form::Flag}, {"off", Form::Flag}},
         "Show the whole status of users when they change", "all means all users; off ends it.\n",
         call(&OnlineCommands::Watch));
-    add("custom", {{"TEXT", Form::Optional, Kind::Text}}, "Publish a text with the terminal, or show the present one",
-        "", call(&OnlineCommands::Custom));
+    add("custom", {{"TEXT", Form::Optional, Kind::Text}}, "Publish a custom text with the terminal, or show it", "",
+        call(&OnlineCommands::Custom));
     add("invite",
         {{"USER", Form::Some, Kind::Users},
          {"meeting", Form::Option, Kind::Meeting},
@@ -692,11 +806,12 @@ void AddOnlineCommands(Shell& shell)
         "Accept an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, true); });
     add("decline", {{"INVITATION", Form::One, Kind::Received}, {"from", Form::Option, Kind::User}},
         "Decline an invitation", "", [](OnlineCommands& self, const ShellArguments& a) { self.Answer(a, false); });
-    add("decline-all", {{"SPARED", Form::Any, Kind::Received}, {"reason", Form::Option, Kind::Number}},
-        "Decline all open invitations but the spared ones",
-        "The module forgets the spared ones: they can be accepted, but the module does not report any more that they "
-        "are\n"
-        "withdrawn.\n",
+    add("decline-all", {{"EXCEPT", Form::Any, Kind::Received}, {"reason", Form::Option, Kind::Number}},
+        "Decline all open invitations except some",
+        "EXCEPT are the invitations to keep. The module forgets them: they can be accepted, but the module does not "
+        "report "
+        "any\n"
+        "more that they are withdrawn.\n",
         call(&OnlineCommands::DeclineAll));
     add("abandon", {{"INVITATION", Form::One, Kind::Sent}, {"USER", Form::Any, Kind::Users}},
         "Withdraw an invitation that went out", "Without USER it is withdrawn from all invitees.\n",
@@ -722,7 +837,7 @@ void AddOnlineCommands(Shell& shell)
         "Decide whether a lost connection is restored",
         "Terminals begin with yes. With undecided it is restored too, but nothing reports that the attempt starts.\n",
         call(&OnlineCommands::Reconnect));
-    add("trace", {{"FILE", Form::Optional}, {"diagram", Form::Option}, {"off", Form::Flag}},
+    add("trace", {{"FILE", Form::Optional, Kind::File}, {"diagram", Form::Option, Kind::File}, {"off", Form::Flag}},
         "Start or stop recording what crosses the module's boundary",
         "FILE gets a trace, diagram a sequence diagram; both are complete at \"trace off\" or at the end of the shell. "
         "Only\n"

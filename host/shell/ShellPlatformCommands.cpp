@@ -7,6 +7,8 @@
 #include "onlinehost/Text.h"
 
 #include <algorithm>
+#include <charconv>
+#include <set>
 #include <utility>
 
 namespace host
@@ -35,6 +37,14 @@ std::string StateText(platform::SessionInfo::State state)
     return state == State::LoggedIn ? "logged in" : state == State::LoggingIn ? "logging in" : "reconnecting";
 }
 
+/// A meeting as `join` takes it.
+std::string MeetingText(const std::string& groupId)
+{
+    GUID meeting{};
+    std::from_chars(groupId.data(), groupId.data() + std::min<size_t>(groupId.size(), 8), meeting.Data1, 16);
+    return platform::Platform::MeetingGroupId(meeting) == groupId ? std::to_string(meeting.Data1) : Printable(groupId);
+}
+
 platform::ReportKind ToReportKind(const std::string& word)
 {
     return word == "overview" ? platform::ReportKind::Overview
@@ -58,6 +68,7 @@ public:
         options.deviceId = arguments.Text("device", options.deviceId);
         options.ext = "{\"tt\":" + std::to_string(arguments.Number("type", 1)) + "}";
         options.custom = arguments.Text("custom");
+        CheckIsFree(options);
         Advance("colleagues go offline",
                 [&](const platform::Crowd::Progress& progress) { m_shell.World().SetCompany(options, progress); });
 
@@ -172,21 +183,55 @@ public:
         m_shell.World().Platform().GetFaults().AcceptLogins(arguments.Text("USER"));
     }
 
+    void RefuseToken(const ShellArguments& arguments)
+    {
+        platform::Faults& faults = m_shell.World().Platform().GetFaults();
+        if (arguments.Has("off"))
+        {
+            faults.AcceptToken(arguments.Text("TOKEN"));
+        }
+        else
+        {
+            faults.RefuseToken(arguments.Text("TOKEN"));
+        }
+    }
+
     void Sessions(const ShellArguments&)
     {
         const std::vector<platform::SessionInfo> sessions = m_shell.World().Platform().Sessions();
         for (const platform::SessionInfo& session : sessions)
         {
             m_shell.Say(Printable(session.userId + "@" + session.deviceId) + " " + StateText(session.state) +
-                        (session.groupId.empty() ? "" : ", in " + Printable(session.groupId)) +
-                        (session.custom.empty() ? "" : ", \"" + Printable(session.custom) + "\""));
+                        (session.groupId.empty() ? "" : "; meeting " + MeetingText(session.groupId)) +
+                        (session.custom.empty() ? "" : "; \"" + Printable(session.custom) + "\""));
         }
         m_shell.Say(CountText(sessions.size(), "login"));
     }
 
 private:
-    /// Shows the progress of a change of the whole company, and lets a signal end the change. The part that is done
-    /// stays.
+    /// The platform ends the login of a terminal when a colleague with the same user and device comes online.
+    void CheckIsFree(const platform::CrowdOptions& options)
+    {
+        std::set<uint32_t> taken;
+        for (const auto& device : m_shell.World().Devices())
+        {
+            const uint32_t user = device->login.userid;
+            if (device->isLoggedIn && device->login.deviceid == options.deviceId && user >= options.firstUserId &&
+                user - options.firstUserId < options.count)
+            {
+                taken.insert(user);
+            }
+        }
+        if (!taken.empty())
+        {
+            const bool isOne = taken.size() == 1;
+            Refuse((isOne ? "user " : "users ") + ListIds(taken) + (isOne ? " is" : " are") + " logged in here on " +
+                   Printable(options.deviceId) + "; choose another first= or device=");
+        }
+    }
+
+    /// Shows the progress of a change of the whole company, and lets a signal end the change. Colleagues that are
+    /// online already stay online.
     void Advance(const char* what, const std::function<void(const platform::Crowd::Progress&)>& change)
     {
         ProgressBar bar(m_shell.ProgressOut(), what);
@@ -350,7 +395,7 @@ void AddPlatformCommands(Shell& shell)
             " or from first. answer is what they do with an invitation (accept unless it is given),\n"
             "after is how long they wait before they answer, and those that accept join the meeting that joins names. "
             "A later\n"
-            "company takes the place of the present one; company 0 takes all of them offline.\n",
+            "company replaces the current one; company 0 takes all of them offline.\n",
         &PlatformCommands::Company);
     add("colleague",
         {{"USER", Form::One, Kind::Users},
@@ -368,9 +413,9 @@ void AddPlatformCommands(Shell& shell)
     add("message",
         {{"USER", Form::One, Kind::User}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
         "Send a message to all terminals of a user",
-        "The sender is the present user unless from= names another. The module only logs messages in this version; the "
-        "shell\n"
-        "shows what arrives at the connection that it shares with the module.\n",
+        "The sender is the current terminal's user unless from= names another. The module only logs messages in this "
+        "version;\n"
+        "the shell shows the messages that arrive on the module's platform connection.\n",
         &PlatformCommands::Message);
     add("announce",
         {{"MEETING", Form::One, Kind::Meeting}, {"from", Form::Option, Kind::User}, {"TEXT", Form::One, Kind::Text}},
@@ -387,7 +432,11 @@ void AddPlatformCommands(Shell& shell)
     add("drop",
         {{"TERMINAL", Form::Optional, Kind::Terminal}, {"for", Form::Option, Kind::Duration}, {"forever", Form::Flag}},
         "Cut a terminal's connection",
-        "Without for or forever the connection can be restored at once. USER alone means all of the user's terminals; "
+        "The terminal cannot reconnect until the outage ends. for is how long the outage lasts, and forever means "
+        "until "
+        "restore;\n"
+        "without both it ends at once. A logout and a new login succeed during an outage. USER alone means all of the "
+        "user's terminals; "
         "the\n"
         "connection to the gateway is the device \"gateway\".\n",
         &PlatformCommands::Drop);
@@ -404,6 +453,12 @@ void AddPlatformCommands(Shell& shell)
         &PlatformCommands::RefuseLogins);
     add("allow", {{"USER", Form::Optional, Kind::User}}, "Accept logins again after refuse, with the same USER", "",
         &PlatformCommands::AllowLogins);
+    add("refuse-token", {{"TOKEN", Form::One, Kind::Word}, {"off", Form::Flag}},
+        "Have the service refuse a login token with 32",
+        "It refuses logins with the token, and the reconnection of a terminal that logged in with it. off accepts the "
+        "token\n"
+        "again.\n",
+        &PlatformCommands::RefuseToken);
     add("sessions", {}, "List the logins that the platform knows", "", &PlatformCommands::Sessions);
 }
 

@@ -138,6 +138,8 @@ std::string DescribeGroup(const std::vector<UserChange>& group)
     std::vector<uint32_t> users;
     std::transform(group.begin(), group.end(), std::back_inserter(users),
                    [](const UserChange& change) { return change.userId; });
+    // The module lists ids in the order of their texts.
+    std::sort(users.begin(), users.end());
     const UserChange& first = group.front();
     if (first.kind == Kind::IsForgotten)
     {

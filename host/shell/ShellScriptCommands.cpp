@@ -79,7 +79,7 @@ public:
             {
                 throw;
             }
-            m_shell.Say(std::string("fails as it should: ") + failure.what());
+            m_shell.Say(std::string("failed as expected: ") + failure.what());
             return;
         }
         throw ShellFailure(EXIT_REFUSED, "the command succeeded, though it was expected to fail");
@@ -138,7 +138,7 @@ void AddScriptCommands(Shell& shell)
         {{"EVENT", Form::One, Kind::Word, ShellEventNames()},
          {"USER", Form::Optional, Kind::User},
          {"for", Form::Option, Kind::Duration}},
-        "Wait for an event of the present terminal",
+        "Wait for an event of the current terminal",
         "The wait takes the oldest event since the last settle or sleep that no earlier wait has taken, also one that "
         "has "
         "come already. With USER it takes only an event about that user. report and notice belong to no terminal.\n",

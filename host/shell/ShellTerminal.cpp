@@ -61,7 +61,7 @@ public:
 
     void OnGroupMsgIncome(const char* srcUserId, unsigned int msgId, const char* msg) override
     {
-        Tell(srcUserId, msgId, msg, " to the meeting");
+        Tell(srcUserId, msgId, msg, ", sent to the meeting");
     }
 
 private:
@@ -69,7 +69,7 @@ private:
     {
         ShellEvent event{.source = m_terminal,
                          .name = kMessageEvent,
-                         .text = "gets message " + std::to_string(id) + " of user " + Printable(from) + where + ": " +
+                         .text = "gets message " + std::to_string(id) + " from user " + Printable(from) + where + ": " +
                                  Printable(text),
                          .content = text};
         std::from_chars(from, from + std::strlen(from), event.event.userId);
@@ -107,7 +107,7 @@ ShellEvent ShellTerminal::Understand(Event event)
     {
         changes = m_presence.Learn(Query(event.userIds));
     }
-    else if (event.kind == EventKind::LoginSuccess || event.kind == EventKind::Offline)
+    else if (event.kind == EventKind::LoginSuccess && m_isLoginBegun.exchange(false))
     {
         m_presence.Forget();
     }
@@ -133,6 +133,9 @@ void ShellTerminal::Note(const Event& event)
         known.clear();
         received.clear();
         meetings.erase(TUNNEL_TYPE_PAAS);
+        break;
+    case EventKind::ReconnectSucess:
+        isLoggedIn = isLoggedIn || event.tunnel == TUNNEL_TYPE_PAAS;
         break;
     case EventKind::ReconnectFail:
         meetings.erase(event.tunnel);
@@ -216,6 +219,10 @@ void ShellTerminal::NoteAnswer(const Event& event)
 std::vector<UserOnlineInfo> ShellTerminal::Query(const std::vector<unsigned>& ids)
 {
     std::vector<UserOnlineInfo> users;
+    if (ids.empty())
+    {
+        return users;
+    }
     users.reserve(ids.size());
     m_session->Users().QueryUserStatus(ids, [&users](const UserOnlineInfo& user) { users.push_back(user); });
     return users;

@@ -4,6 +4,7 @@
 #include "onlinehost/Component.h"
 #include "onlinehost/Event.h"
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -73,7 +74,14 @@ public:
     /// [any] What the module knows of users now, in the order of `ids`.
     std::vector<onlinemanager::UserOnlineInfo> Query(const std::vector<unsigned>& ids);
 
-    onlinemanager::LoginParam login; ///< parameters of the present or the next login
+    /// Call it before a login: the next `OnLoginSuccess` then begins a new list of users. `TriggerNotify` sends that
+    /// notification again without a login.
+    void BeginLogin()
+    {
+        m_isLoginBegun = true;
+    }
+
+    onlinemanager::LoginParam login; ///< parameters of the current or the next login
     bool isLoggedIn = false;
     bool isMeasured = false; ///< the monitoring service wants quality reports
     bool watchesAll = false;
@@ -98,6 +106,7 @@ private:
 
     const std::string m_name;
     ShellPresence m_presence;
+    std::atomic<bool> m_isLoginBegun{false}; ///< the next `OnLoginSuccess` reports a new login
     std::unique_ptr<onlinehost::Component> m_session;
     std::unique_ptr<Messages> m_messages;
 };

@@ -74,22 +74,28 @@ void ShellWorld::StartTrace(const Trace::Options& options)
 {
     if (m_trace != nullptr)
     {
-        throw ShellFailure(EXIT_REFUSED, "a trace is running already");
+        throw ShellFailure(EXIT_REFUSED,
+                           std::string("a recording is running already; ") +
+                               (IsOwnTraceRunning() ? "\"trace off\" ends it"
+                                                    : "--trace or --diagram started it, and it ends with the shell"));
     }
     m_trace = m_ownTraces.emplace_back(std::make_unique<Trace>(options)).get();
+    m_traceFiles = {options.file, options.diagram};
+    std::erase(m_traceFiles, std::filesystem::path());
 }
 
-void ShellWorld::StopTrace()
+std::vector<std::filesystem::path> ShellWorld::StopTrace()
 {
     if (m_trace == nullptr)
     {
-        throw ShellFailure(EXIT_REFUSED, "no trace is running");
+        throw ShellFailure(EXIT_REFUSED, "no recording is running");
     }
     if (!IsOwnTraceRunning())
     {
-        throw ShellFailure(EXIT_REFUSED, "the trace was started on the command line, and ends with the shell");
+        throw ShellFailure(EXIT_REFUSED, "--trace or --diagram started the recording, and it ends with the shell");
     }
     std::exchange(m_trace, nullptr)->Close();
+    return m_traceFiles;
 }
 
 bool ShellWorld::IsOwnTraceRunning() const
@@ -102,7 +108,7 @@ void ShellWorld::SetCompany(const platform::CrowdOptions& options, const platfor
     if (options.count > 0 && options.count - 1 > UINT32_MAX - options.firstUserId)
     {
         throw ShellFailure(EXIT_USAGE,
-                           "the user ids end before the company does: the largest is " + std::to_string(UINT32_MAX));
+                           "the company needs user ids above the largest one, " + std::to_string(UINT32_MAX));
     }
     if (m_company != nullptr)
     {
@@ -126,8 +132,8 @@ platform::MonitoringService& ShellWorld::Monitoring()
             {
                 ShellEvent event{.source = "monitoring",
                                  .name = kReportEvent,
-                                 .text = "gets a report of " + Printable(report.userId + "@" + report.deviceId) + ": " +
-                                         Printable(report.json),
+                                 .text = "gets a report from " + Printable(report.userId + "@" + report.deviceId) +
+                                         ": " + Printable(report.json),
                                  .content = report.json};
                 std::from_chars(report.userId.data(), report.userId.data() + report.userId.size(), event.event.userId);
                 inbox.Push(std::move(event));

@@ -12,6 +12,7 @@
 #include "platform/Platform.h"
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -72,15 +73,15 @@ public:
     /// when a file cannot be written.
     void StartTrace(const Trace::Options& options);
 
-    /// Completes the files of `StartTrace`; nothing is recorded any more. `ShellFailure` when `StartTrace` records
-    /// nothing, `Error` when the files could not be written.
-    void StopTrace();
+    /// Completes the files of `StartTrace` and returns them; nothing is recorded any more. `ShellFailure` when
+    /// `StartTrace` records nothing, `Error` when the files could not be written.
+    std::vector<std::filesystem::path> StopTrace();
 
     /// Whether a recording of `StartTrace` is under way.
     bool IsOwnTraceRunning() const;
 
-    /// Takes the present company offline and replaces it by a new one, which is still offline. A count of 0 leaves no
-    /// company. `ShellFailure` when the user ids exceed the largest one. If `progress` throws, the present company
+    /// Takes the current company offline and replaces it by a new one, which is still offline. A count of 0 leaves no
+    /// company. `ShellFailure` when the user ids exceed the largest one. If `progress` throws, the current company
     /// stays, and some of its members are offline.
     void SetCompany(const platform::CrowdOptions& options, const platform::Crowd::Progress& progress);
 
@@ -116,6 +117,7 @@ private:
     std::unique_ptr<platform::MonitoringService> m_monitoring;
     platform::CrowdOptions m_companySettings;
     std::unique_ptr<platform::Crowd> m_company;
+    std::vector<std::filesystem::path> m_traceFiles; ///< of the last `StartTrace`
     std::vector<std::unique_ptr<Trace>> m_ownTraces; ///< each stays as long as the terminals that it recorded
     std::vector<std::unique_ptr<ShellTerminal>> m_devices;
 };

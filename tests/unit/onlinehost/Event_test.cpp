@@ -38,11 +38,11 @@ TEST(Event, AClosedInvitationNamesTheSideThatClosedIt)
 {
     EXPECT_EQ(Closed(avcore::ZOL_INVITE_CANCEL_BY_INVITER), "learns that user 7 withdrew invitation 3");
     EXPECT_EQ(Closed(avcore::ZOL_INVITE_CANCEL_ANSWERED_ELSEWHERE),
-              "learns that another terminal answered invitation 3 of user 7");
+              "learns that another terminal answered invitation 3 from user 7");
     EXPECT_EQ(Closed(uint32_t{onlinemanager::INVITE_ABANDONED_REJECTED} + onlinemanager::REJECT_INVITATION_DECLINED),
-              "declined invitation 3 of user 7");
-    EXPECT_EQ(Closed(onlinemanager::INVITE_ABANDONED_REJECTED + 3), "declined invitation 3 of user 7, reason 3");
-    EXPECT_EQ(Closed(0), "learns that invitation 3 of user 7 is closed, reason 0 (unknown reason)");
+              "declined invitation 3 from user 7");
+    EXPECT_EQ(Closed(onlinemanager::INVITE_ABANDONED_REJECTED + 3), "declined invitation 3 from user 7, reason 3");
+    EXPECT_EQ(Closed(0), "learns that invitation 3 from user 7 is closed, reason 0 (unknown reason)");
 }
 
 TEST(Event, AFailedLoginDoesNotGoOffline)
@@ -58,6 +58,8 @@ TEST(Event, AFailedLoginDoesNotGoOffline)
 TEST(Event, AChangeNamesTheUsersAndNoUserIsNotAChange)
 {
     EXPECT_EQ(Describe({.kind = EventKind::UserStatusChanged, .userIds = {7, 8}}), "sees 2 users change: 7, 8");
+    EXPECT_EQ(Describe({.kind = EventKind::UserStatusChanged, .userIds = {10, 11, 5}}),
+              "sees 3 users change: 5, 10, 11");
     EXPECT_EQ(Describe({.kind = EventKind::UserStatusChanged}), "learns that no user has changed");
 }
 

@@ -49,6 +49,8 @@ TEST(ShellCommand, WordsFindTheirParametersInAnyOrderOfOptions)
     EXPECT_EQ(arguments.Number("code"), 12u);
     EXPECT_TRUE(arguments.Has("force"));
 
+    EXPECT_EQ(Bind("invite", {"8", "8", "7..9"}).Users("USER"), (std::vector<uint32_t>{8, 7, 9})) << "each user once";
+
     const ShellArguments bare = Bind("invite", {"7"});
     EXPECT_FALSE(bare.Has("force"));
     EXPECT_EQ(bare.Number("code", 5), 5u);
@@ -72,7 +74,7 @@ TEST(ShellCommand, WordsThatDoNotFitAreNamed)
     EXPECT_EQ(Refusal("invite", {}), "USER is missing");
     EXPECT_EQ(Refusal("invite", {"force"}), "USER is missing");
     EXPECT_EQ(Refusal("message", {"7"}), "TEXT is missing");
-    EXPECT_EQ(Refusal("monitor", {"7"}), "overview|detail is missing");
+    EXPECT_EQ(Refusal("monitor", {"7"}), "REPORT is missing");
     EXPECT_EQ(Refusal("logout", {"now"}), "unexpected argument \"now\"");
     EXPECT_EQ(Refusal("login", {"7", "8"}), "unexpected argument \"8\"");
     EXPECT_EQ(Refusal("login", {"force", "force"}), "force is given twice");
@@ -106,6 +108,8 @@ TEST(ShellCommand, AnUnknownCommandNamesSimilarOnes)
     };
     EXPECT_EQ(refusal("logn"), R"(there is no command "logn"; similar are: login)");
     EXPECT_EQ(refusal("logo"), R"(there is no command "logo"; similar are: login, logout)");
+    EXPECT_EQ(refusal("h"), R"(there is no command "h"; similar are: help)");
+    EXPECT_EQ(refusal("x"), R"(there is no command "x"; "help" lists them)");
     EXPECT_EQ(refusal("zzzzzz"), R"(there is no command "zzzzzz"; "help" lists them)");
     EXPECT_EQ(refusal("\x1b[2Jzzzz"), R"(there is no command "\x1B[2Jzzzz"; "help" lists them)");
     EXPECT_LT(refusal(std::string(1'000'000, 'x')).size(), 200u);
@@ -140,12 +144,12 @@ TEST(ShellCommand, HelpIsWrapped)
     const host::ShellCommand command{"One",
                                      "wait",
                                      {{"EVENT", host::ShellForm::One, host::ShellKind::Word, {"login", "offline"}}},
-                                     "Wait for an event of the present terminal",
+                                     "Wait for an event of the current terminal",
                                      "A text that is broken\nin the source.\n\nAnother paragraph.\n",
                                      [](const ShellArguments&) {}};
     EXPECT_EQ(host::ShellTable::Help(command, 30), "usage: wait login|offline\n"
                                                    "Wait for an event of the\n"
-                                                   "present terminal.\n"
+                                                   "current terminal.\n"
                                                    "A text that is broken in the\n"
                                                    "source.\n"
                                                    "Another paragraph.\n");
@@ -153,5 +157,5 @@ TEST(ShellCommand, HelpIsWrapped)
     table.Add(command);
     EXPECT_EQ(table.Overview(36), "One\n"
                                   "  wait  Wait for an event of the\n"
-                                  "        present terminal\n");
+                                  "        current terminal\n");
 }

@@ -350,7 +350,7 @@ TEST_F(LineEditor, TextsOfOthersDoNotReachTheTerminalAsControls)
     TerminalProgram shell(Arguments({"--user", "7"}));
     ASSERT_TRUE(shell.SeeLastLine("7@pc>"));
     shell.Type("echo before\rmessage 7 from=8 \"\\x1b[2Jgone\\xff\\n\"\r");
-    ASSERT_TRUE(shell.See("of user 8: \\x1B[2Jgone\\xFF\\x0A"));
+    ASSERT_TRUE(shell.See("from user 8: \\x1B[2Jgone\\xFF\\x0A"));
     EXPECT_TRUE(shell.See("\nbefore\n"));
 }
 

@@ -195,8 +195,12 @@ TEST(Shell, TraceRecordsTheTerminalsThatAreMadeAfterIt)
                                              "login 8\nsettle\ntrace off\nlogin 9\nas 8 logout\nfails trace off\n");
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_NE(result.out.find("and not the 1 terminal made before"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("fails as it should: a trace is running already"), std::string::npos) << result.out;
-    EXPECT_NE(result.out.find("fails as it should: no trace is running"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("failed as expected: a recording is running already; \"trace off\" ends it"),
+              std::string::npos)
+        << result.out;
+    EXPECT_NE(result.out.find("failed as expected: no recording is running"), std::string::npos) << result.out;
+    EXPECT_NE(result.out.find("the recording is complete: " + trace + ", " + diagram + "\n"), std::string::npos)
+        << result.out;
     const std::string recorded = ReadFile(trace);
     EXPECT_NE(recorded.find("OnLoginSuccess"), std::string::npos);
     EXPECT_NE(recorded.find("8@pc"), std::string::npos);
@@ -217,5 +221,22 @@ TEST(Shell, ATraceThatIsStillRunningIsCompleteAtTheEnd)
     EXPECT_EQ(full.exitCode, 3) << full.err;
     const ProgramResult option =
         RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--trace", trace}, "fails trace off\n");
-    EXPECT_NE(option.out.find("was started on the command line"), std::string::npos) << option.out;
+    EXPECT_NE(option.out.find("--trace or --diagram started the recording"), std::string::npos) << option.out;
+    const ProgramResult second =
+        RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--diagram", folder / "diagram.mmd"},
+                "fails trace " + trace + "\n");
+    EXPECT_NE(second.out.find("a recording is running already; --trace or --diagram started it"), std::string::npos)
+        << second.out;
+}
+
+TEST(Shell, DoesNotAskTheModuleForTheStatusOfNoUser)
+{
+    const TemporaryFolder folder;
+    const std::string diagram = folder / "diagram.mmd";
+    const ProgramResult result = RunHost({"shell", "--module", ONLINEMANAGER_MODULE, "--diagram", diagram},
+                                         "login 7\nlogin 8\nsettle\nas 7 logout\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const std::string recorded = ReadFile(diagram);
+    EXPECT_NE(recorded.find("QueryUserStatus(user 7)"), std::string::npos);
+    EXPECT_EQ(recorded.find("QueryUserStatus(0 users)"), std::string::npos);
 }
