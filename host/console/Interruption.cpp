@@ -1,5 +1,6 @@
 #include "host/console/Interruption.h"
 
+#include "host/console/IgnoredSignal.h"
 #include "onlinehost/Error.h"
 
 #include <array>
@@ -15,19 +16,6 @@ namespace host
 {
 
 using namespace onlinehost;
-
-namespace
-{
-
-bool IsIgnored(int signal)
-{
-    struct sigaction present
-    {
-    };
-    return sigaction(signal, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
-}
-
-} // namespace
 
 Interruption::Interruption()
 {

@@ -1,5 +1,6 @@
 #include "host/shell/ShellSignals.h"
 
+#include "host/console/IgnoredSignal.h"
 #include "onlinehost/Error.h"
 
 #include <cerrno>
@@ -19,7 +20,10 @@ ShellSignals::ShellSignals()
     sigemptyset(&held);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGTSTP, SIGWINCH})
     {
-        sigaddset(&held, signal);
+        if (!IsIgnored(signal))
+        {
+            sigaddset(&held, signal);
+        }
     }
     m_descriptor = signalfd(-1, &held, SFD_CLOEXEC | SFD_NONBLOCK);
     if (m_descriptor < 0)

@@ -20,10 +20,11 @@ bool Redirect(int target, const std::string& path, int flags)
     return file >= 0 && dup2(file, target) == target;
 }
 
-/// A shell starts background programs with SIGINT ignored, and their children inherit that.
+} // namespace
+
 void ResetSignals()
 {
-    for (const int each : {SIGINT, SIGTERM, SIGHUP})
+    for (const int each : {SIGINT, SIGTERM, SIGHUP, SIGTSTP})
     {
         signal(each, SIG_DFL);
     }
@@ -31,8 +32,6 @@ void ResetSignals()
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
 }
-
-} // namespace
 
 RunningHost::RunningHost(const std::vector<std::string>& arguments, const std::string& input, const std::string& out,
                          const std::map<std::string, std::string>& environment)

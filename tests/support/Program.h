@@ -15,6 +15,10 @@ struct ProgramResult
     std::string err;
 };
 
+/// Has the calling process ignore and block no signal. A shell starts background programs with SIGINT ignored, and
+/// their children inherit that.
+void ResetSignals();
+
 /// `onlinehost` while it runs.
 class RunningHost
 {

@@ -1,5 +1,7 @@
 #include "tests/support/TerminalProgram.h"
 
+#include "tests/support/Program.h"
+
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -51,6 +53,7 @@ TerminalProgram::TerminalProgram(const std::vector<std::string>& arguments, size
     {
         close(m_terminal);
         login_tty(programSide);
+        ResetSignals();
         setenv("TERM", "xterm", 1);
         setenv("LC_ALL", "C.UTF-8", 1);
         setenv("EDITRC", "/dev/null", 1);
