@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <fstream>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -34,14 +35,23 @@ bool MakeHistoryFile(const std::filesystem::path& path, std::string& problem)
     {
         std::filesystem::create_directories(path.parent_path(), error);
     }
-    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
     if (file < 0)
     {
         problem = "the history " + Printable(path.string()) + " cannot be used: " + std::strerror(errno);
         return false;
     }
+    struct stat status
+    {
+    };
+    // A device such as /dev/zero has no end, and would be read until the memory is full.
+    const bool isRegular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     close(file);
-    return true;
+    if (!isRegular)
+    {
+        problem = "the history " + Printable(path.string()) + " cannot be used: it is not a regular file";
+    }
+    return isRegular;
 }
 
 std::vector<std::string> ReadLines(const std::filesystem::path& path)

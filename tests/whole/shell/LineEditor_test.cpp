@@ -286,6 +286,21 @@ TEST_F(LineEditor, AHistoryThatCannotBeKeptIsSaidAndNothingElse)
     EXPECT_EQ(shell.WaitForEnd(), 0);
 }
 
+TEST_F(LineEditor, AHistoryThatIsADeviceOrAPipeIsNotRead)
+{
+    const TemporaryFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string& file : {std::string("/dev/zero"), pipe})
+    {
+        TerminalProgram shell({"shell", "--module", ONLINEMANAGER_MODULE, "--history", file}, 24, 200);
+        EXPECT_TRUE(shell.See("the history " + file + " cannot be used: it is not a regular file"));
+        ASSERT_TRUE(shell.SeeLastLine("onlinehost>"));
+        shell.Type("quit\r");
+        EXPECT_EQ(shell.WaitForEnd(), 0);
+    }
+}
+
 TEST_F(LineEditor, CtrlCThrowsTheLineAway)
 {
     TerminalProgram shell(Arguments());
