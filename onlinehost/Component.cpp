@@ -250,6 +250,11 @@ bool Component::Login(const LoginParam& param, bool force)
     return Online().Login(param, force);
 }
 
+void Component::CancelRequests()
+{
+    m_http->CancelRequests();
+}
+
 void Component::CancelWaits()
 {
     m_http->Close();

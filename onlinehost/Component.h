@@ -62,6 +62,10 @@ public:
     /// `force` logs out another device of the user with the same mutex text.
     bool Login(const onlinemanager::LoginParam& param, bool force);
 
+    /// Ends the HTTP requests under way without an answer, so that `FetchAddress` returns. Returns at once, and a request
+    /// that begins later is not affected.
+    void CancelRequests();
+
     /// Ends every wait, before the end of the host: all HTTP requests, also later ones, complete without an answer, so
     /// that `FetchAddress` returns, and `Events` does not wait any more.
     void CancelWaits();

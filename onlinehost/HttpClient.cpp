@@ -39,6 +39,7 @@ bool IsHttps(const std::string& url)
 struct Transfer
 {
     uint32_t id = 0;
+    uint64_t earlierCancellations = 0; ///< calls of `CancelRequests` before the request
     uint32_t method = 0;
     std::string url;
     std::string body;
@@ -173,6 +174,7 @@ struct HttpClient::State
         }
         const uint32_t id = lastId;
         transfer->id = id;
+        transfer->earlierCancellations = cancellations;
         if (transfer->notify != nullptr)
         {
             added.push_back(std::move(transfer));
@@ -195,6 +197,13 @@ struct HttpClient::State
         {
             finished.wait(lock, [this] { return unfinished == 0; });
         }
+    }
+
+    void CancelRequests()
+    {
+        const std::lock_guard lock(mutex);
+        ++cancellations;
+        curl_multi_wakeup(multi.get());
     }
 
     void Stop()
@@ -223,29 +232,35 @@ struct HttpClient::State
         }
     }
 
-    /// Starts the added requests; once the client is closed, completes all requests. False if the thread must end.
+    /// Starts the added requests, and completes those that are cancelled; once the client is closed, completes all
+    /// requests. False if the thread must end.
     bool TakeAdded()
     {
         std::vector<std::unique_ptr<Transfer>> fresh;
-        bool refuse = false;
+        uint64_t valid = 0;
         {
             const std::lock_guard lock(mutex);
             fresh.swap(added);
-            refuse = closed;
+            valid = closed ? UINT64_MAX : cancellations;
         }
+        const auto isCancelled = [&valid](const Transfer& transfer) { return transfer.earlierCancellations < valid; };
         for (std::unique_ptr<Transfer>& transfer : fresh)
         {
             Transfer& started = *transfer;
             active.emplace(started.id, std::move(transfer));
-            const CURLcode result = refuse ? CURLE_ABORTED_BY_CALLBACK : Start(started);
+            const CURLcode result = isCancelled(started) ? CURLE_ABORTED_BY_CALLBACK : Start(started);
             if (result != CURLE_OK)
             {
                 Finish(started, result);
             }
         }
-        while (refuse && !active.empty())
+        for (auto next = active.begin(); next != active.end();)
         {
-            Finish(*active.begin()->second, CURLE_ABORTED_BY_CALLBACK);
+            Transfer& transfer = *(next++)->second; // first, because Finish takes the transfer out of the map
+            if (isCancelled(transfer))
+            {
+                Finish(transfer, CURLE_ABORTED_BY_CALLBACK);
+            }
         }
         const std::lock_guard lock(mutex);
         return !stopping || unfinished != 0;
@@ -344,6 +359,7 @@ struct HttpClient::State
     size_t unfinished = 0;
     uint32_t lastId = 0;
     bool closed = false;
+    uint64_t cancellations = 0; ///< calls of `CancelRequests`
     bool stopping = false;
 
     const MultiHandle multi;                              ///< used by the thread only, except to wake it
@@ -361,6 +377,11 @@ HttpClient::~HttpClient()
 void HttpClient::Close()
 {
     m_state->Close();
+}
+
+void HttpClient::CancelRequests()
+{
+    m_state->CancelRequests();
 }
 
 uint32_t HttpClient::Request(const HttpRequest* request, IHttpResponseNotify* notify, WBASELIB::TStringBase<char>*)

@@ -43,6 +43,10 @@ public:
     /// is left; from inside an event it returns at once.
     void Close();
 
+    /// [any] Has the client's thread complete the requests under way with code 0, and returns without waiting for that.
+    /// Later requests are sent as usual.
+    void CancelRequests();
+
     void Reserved3() override {}
     void Reserved4() override {}
     void Reserved5() override {}

@@ -8,6 +8,15 @@ namespace host
 
 using namespace onlinehost;
 
+namespace
+{
+
+/// The platform waits this much longer than the HTTP object and the command, so that their messages name the reason of
+/// a time-out.
+constexpr std::chrono::seconds kPlatformGrace{1};
+
+} // namespace
+
 void AddLoginOptions(CLI::App& command, LoginOptions& options)
 {
     const auto text = [&command](const char* name, std::string& value, const char* type, const char* help)
@@ -46,6 +55,14 @@ onlinemanager::LoginParam ToLoginParam(const LoginOptions& options)
     param.token = options.token;
     param.server = options.server;
     return param;
+}
+
+platform::PlatformOptions ToPlatformOptions(const LoginOptions& options)
+{
+    platform::PlatformOptions limits;
+    limits.httpTimeLimit = options.TimeLimit() + kPlatformGrace;
+    limits.loginTimeLimit = limits.httpTimeLimit;
+    return limits;
 }
 
 LogCenter::Options ToLogOptions(const LoginOptions& options)

@@ -2,6 +2,7 @@
 
 #include "onlinehost/LogCenter.h"
 #include "onlinemanager/IPaasOnline.h"
+#include "platform/PlatformOptions.h"
 
 #include <chrono>
 #include <cstdint>
@@ -42,6 +43,9 @@ void AddLoginOptions(CLI::App& command, LoginOptions& options);
 
 /// The parameters of a login of user 0. The mutual-exclusion tag is empty without `--mutex`.
 onlinemanager::LoginParam ToLoginParam(const LoginOptions& options);
+
+/// The time limits of the platform that follow from `--timeout`.
+platform::PlatformOptions ToPlatformOptions(const LoginOptions& options);
 
 onlinehost::LogCenter::Options ToLogOptions(const LoginOptions& options);
 

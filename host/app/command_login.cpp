@@ -34,10 +34,6 @@ namespace
 
 constexpr char kLogName[] = "onlinehost";
 
-/// The platform waits this much longer than the HTTP object and the command, so that their messages name the reason of
-/// a time-out.
-constexpr std::chrono::seconds kPlatformGrace{1};
-
 struct Options
 {
     LoginOptions login;
@@ -69,14 +65,6 @@ LogCenter::Options ToLogOptions(const Options& options)
     return log;
 }
 
-platform::PlatformOptions ToPlatformOptions(const Options& options)
-{
-    platform::PlatformOptions limits;
-    limits.httpTimeLimit = options.login.TimeLimit() + kPlatformGrace;
-    limits.loginTimeLimit = limits.httpTimeLimit;
-    return limits;
-}
-
 /// Reads a code with which the platform can refuse a login. Throws `Error` for another text.
 uint32_t ParseRefusal(const std::string& text)
 {
@@ -105,7 +93,7 @@ public:
         : m_options(options),
           m_log(ToLogOptions(options)),
           m_trace(options.trace, m_log),
-          m_platform(ToPlatformOptions(options)),
+          m_platform(ToPlatformOptions(options.login)),
           m_factory(std::bind_front(&platform::Platform::CreateComponent, &m_platform), m_log),
           m_module(std::make_shared<Module>(FindModule(options.login.module)))
     {

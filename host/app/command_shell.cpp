@@ -69,6 +69,7 @@ Shell::Options ToShellOptions(const Options& options)
     shell.world.module = options.login.module;
     shell.world.caFile = options.login.caFile;
     shell.world.timeLimit = options.login.TimeLimit();
+    shell.world.platform = ToPlatformOptions(options.login);
     shell.world.login = ToLoginParam(options.login);
     if (!options.users.empty())
     {

@@ -15,6 +15,7 @@
 #include "onlinehost/Text.h"
 
 #include <algorithm>
+#include <future>
 #include <poll.h>
 #include <set>
 #include <sstream>
@@ -31,6 +32,8 @@ namespace
 constexpr size_t kMostEntries = 1000;
 constexpr size_t kMostChanges = 20; ///< watched users that are shown one by one
 constexpr std::chrono::milliseconds kBurst{200};
+constexpr std::chrono::milliseconds kBetweenSignals{100};
+constexpr std::chrono::milliseconds kBetweenCancels{20};
 
 int PollLimit(std::chrono::steady_clock::time_point deadline)
 {
@@ -408,11 +411,32 @@ void Shell::ExecuteLine(const std::string& line)
 
 void Shell::Settle()
 {
-    constexpr std::chrono::milliseconds kBetweenSignals{100};
     while (!m_world.Platform().SettleFor(kBetweenSignals))
     {
         ThrowIfSignalled();
     }
+}
+
+bool Shell::RunBlocking(const std::function<bool()>& operation, const std::function<void()>& cancel)
+{
+    std::future<bool> result = std::async(std::launch::async, operation);
+    try
+    {
+        while (result.wait_for(kBetweenSignals) != std::future_status::ready)
+        {
+            ThrowIfSignalled();
+        }
+    }
+    catch (const ShellFailure&)
+    {
+        // Again and again, because the operation may begin its request only after a cancellation.
+        do
+        {
+            cancel();
+        } while (result.wait_for(kBetweenCancels) != std::future_status::ready);
+        throw;
+    }
+    return result.get();
 }
 
 void Shell::Execute(std::span<const std::string> words)

@@ -125,6 +125,10 @@ public:
     /// Waits until the platform has completed all requests. Throws like `ThrowIfSignalled`.
     void Settle();
 
+    /// Runs an operation that blocks on a thread of its own, and returns its result. When a signal asks the command to
+    /// end, it calls `cancel` until the operation has returned, and throws like `ThrowIfSignalled`.
+    bool RunBlocking(const std::function<bool()>& operation, const std::function<void()>& cancel);
+
     /// For commands that take long: throws `ShellFailure` when a signal asks the command to end.
     void ThrowIfSignalled();
 

@@ -88,7 +88,8 @@ public:
 
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
-        if (!device.Online().FetchAddress(login))
+        if (!m_shell.RunBlocking([&] { return device.Online().FetchAddress(login); },
+                                 [&] { device.Online().CancelRequests(); }))
         {
             m_shell.ShowAll();
             throw ShellFailure(EXIT_FAILED, "got no connection point from " + Printable(login.server));

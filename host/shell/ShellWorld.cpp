@@ -30,6 +30,7 @@ ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log
       m_inbox(inbox),
       m_log(log),
       m_trace(trace),
+      m_platform(options.platform),
       m_module(std::make_shared<Module>(FindModule(options.module))),
       m_logWatch(m_log, kModuleLogger, [this](std::string_view line) { m_reason.Note(line); })
 {

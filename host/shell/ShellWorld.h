@@ -34,6 +34,7 @@ public:
             login; ///< initial values of terminals; an empty mutual-exclusion tag becomes the device
         std::string caFile;
         std::chrono::milliseconds timeLimit{10'000};
+        platform::PlatformOptions platform{};
     };
 
     /// The arguments must outlive the world. `trace` records all terminals from the beginning; it may be null. `Error`

@@ -455,6 +455,32 @@ TEST(HttpClient, ClosingEndsRequestsUnderWayAndLaterOnes)
     client.Close();
 }
 
+TEST(HttpClient, CancellingEndsRequestsUnderWayAndNoLaterOnes)
+{
+    const HttpServer server(
+        [](const HttpExchange& exchange)
+        {
+            if (exchange.Path() == "/silent")
+            {
+                exchange.Stall();
+            }
+            exchange.Answer("200 OK", exchange.Path());
+        });
+    HttpClient client({});
+    Listener listener;
+    client.CancelRequests();
+    Get(client, server.Url("/first"), listener);
+    EXPECT_EQ(listener.Wait(1).body, "/first");
+
+    Get(client, server.Url("/silent"), listener);
+    Get(client, server.Url("/silent"), listener);
+    client.CancelRequests();
+    Get(client, server.Url("/later"), listener);
+    ExpectFailed(listener.Wait(2));
+    ExpectFailed(listener.Wait(3));
+    EXPECT_EQ(listener.Wait(4).body, "/later");
+}
+
 TEST(HttpClient, ClosingFromInsideAnEventDoesNotWait)
 {
     class Closing : public Listener

@@ -1,10 +1,15 @@
+#include "tests/support/HttpServer.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TerminalProgram.h"
 
+#include <atomic>
+#include <chrono>
 #include <csignal>
+#include <future>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace
 {
@@ -95,6 +100,66 @@ TEST(ShellStreams, AnInterruptedCompanyLeavesThePromptAndCanGoOffline)
     EXPECT_TRUE(shell.See("all simulated users are offline")) << shell.Now().Text();
     shell.Type("company 3\r");
     EXPECT_TRUE(shell.See("users 1001 to 1003 are online on pc")) << shell.Now().Text();
+}
+
+TEST(ShellStreams, ASignalEndsALoginToASilentHttpServer)
+{
+    for (const int signal : {SIGINT, SIGTERM})
+    {
+        std::promise<void> asked;
+        const HttpServer server(
+            [&](const HttpExchange& exchange)
+            {
+                asked.set_value();
+                exchange.Stall();
+            });
+        RunningHost shell(Arguments({"--server", server.Url(), "--timeout", "86400"}), "login 7\n");
+        asked.get_future().wait();
+        shell.Signal(signal);
+        const ProgramResult result = shell.WaitForEnd();
+        EXPECT_EQ(result.exitCode, 128 + signal);
+        const std::string reason = signal == SIGINT ? "interrupted" : "ended by a signal";
+        EXPECT_EQ(result.err, "standard input:1: login 7: " + reason + "\n");
+    }
+}
+
+TEST(ShellStreams, CtrlCEndsALoginToASilentHttpServerAndTheNextLoginSucceeds)
+{
+    std::atomic<bool> isFirst{true};
+    std::promise<void> asked;
+    const HttpServer server(
+        [&](const HttpExchange& exchange)
+        {
+            if (isFirst.exchange(false))
+            {
+                asked.set_value();
+                exchange.Stall();
+                return;
+            }
+            exchange.Answer("200 OK", R"({"code": 0, "address": "tcp:in-process"})");
+        });
+    TerminalProgram shell(Arguments({"--history", "", "--server", server.Url(), "--timeout", "86400"}), 24, 200);
+    ASSERT_TRUE(shell.SeeLastLine(kPrompt));
+    shell.Type("login 7\r");
+    asked.get_future().wait();
+    shell.Type(kCtrlC);
+    ASSERT_TRUE(shell.See("\ninterrupted\n")) << shell.Now().Text();
+    ASSERT_TRUE(shell.SeeLastLine("7@pc (offline)>")) << shell.Now().Text();
+    shell.Type("login 7\r");
+    EXPECT_TRUE(shell.SeeLastLine("7@pc>")) << shell.Now().Text();
+}
+
+TEST(ShellStreams, ATimeoutAboveTenSecondsHoldsForAnHttpServerToo)
+{
+    const HttpServer server(
+        [](const HttpExchange& exchange)
+        {
+            // Longer than the platform waits by default.
+            std::this_thread::sleep_for(std::chrono::milliseconds(10'500));
+            exchange.Answer("200 OK", R"({"code": 0, "address": "tcp:in-process"})");
+        });
+    const ProgramResult result = RunHost(Arguments({"--server", server.Url(), "--timeout", "86400"}), "login 7\n");
+    EXPECT_EQ(result.exitCode, 0) << result.err;
 }
 
 TEST(ShellStreams, ExitLeaves)
