@@ -7,6 +7,7 @@
 #include "host/console/ExitCode.h"
 #include "host/console/ModulePath.h"
 #include "host/shell/Shell.h"
+#include "host/shell/ShellFailure.h"
 #include "host/shell/ShellScript.h"
 #include "host/shell/ShellSignals.h"
 #include "host/shell/ShellValues.h"
@@ -19,9 +20,12 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace host
 {
@@ -63,6 +67,41 @@ LogCenter::Options ToLogOptions(const Options& options)
     return log;
 }
 
+std::filesystem::path History(const Options& options)
+{
+    return options.history ? std::filesystem::path(*options.history) : DefaultHistory();
+}
+
+/// The files of the command line and the standard input.
+std::vector<CommandFile> Files(const Options& options)
+{
+    // Without a terminal nothing is written to the history, so that a history can be run as a script.
+    const bool keepsHistory = options.script.empty() && isatty(STDIN_FILENO) == 1;
+    return {{"--log", options.login.log},
+            {"--trace", options.trace.trace},
+            {"--diagram", options.trace.diagram},
+            {"--history", History(options), keepsHistory},
+            {"the script", options.script, false},
+            {"the standard input", "/dev/stdin", false},
+            {"--ca-file", options.login.caFile, false},
+            {"the module", FindModule(options.login.module), false}};
+}
+
+/// Throws `ShellFailure` when the command "trace" would overwrite one of the program's files.
+void CheckTrace(std::vector<CommandFile> files, const Trace::Options& trace)
+{
+    files.push_back({"the trace", trace.file});
+    files.push_back({"the diagram", trace.diagram});
+    try
+    {
+        RequireDistinctFiles(std::move(files));
+    }
+    catch (const CLI::ValidationError& error)
+    {
+        throw ShellFailure(EXIT_USAGE, error.what());
+    }
+}
+
 Shell::Options ToShellOptions(const Options& options)
 {
     Shell::Options shell;
@@ -70,6 +109,7 @@ Shell::Options ToShellOptions(const Options& options)
     shell.world.caFile = options.login.caFile;
     shell.world.timeLimit = options.login.TimeLimit();
     shell.world.platform = ToPlatformOptions(options.login);
+    shell.world.checkTrace = std::bind_front(CheckTrace, Files(options));
     shell.world.login = ToLoginParam(options.login);
     if (!options.users.empty())
     {
@@ -80,7 +120,7 @@ Shell::Options ToShellOptions(const Options& options)
         shell.first.push_back("login " + options.user);
     }
     shell.json = options.json;
-    shell.history = options.history ? std::filesystem::path(*options.history) : DefaultHistory();
+    shell.history = History(options);
     return shell;
 }
 
@@ -176,17 +216,6 @@ int Run(const Options& options)
     return exitCode;
 }
 
-void CheckFiles(const Options& options)
-{
-    RequireDistinctFiles({{"--log", options.login.log},
-                          {"--trace", options.trace.trace},
-                          {"--diagram", options.trace.diagram},
-                          {"--history", options.history ? std::filesystem::path(*options.history) : DefaultHistory()},
-                          {"the script", options.script, false},
-                          {"--ca-file", options.login.caFile, false},
-                          {"the module", FindModule(options.login.module), false}});
-}
-
 } // namespace
 
 void AddShellCommand(CLI::App& program, int& exitCode)
@@ -219,7 +248,7 @@ void AddShellCommand(CLI::App& program, int& exitCode)
     command->callback(
         [options, &exitCode]
         {
-            CheckFiles(*options);
+            RequireDistinctFiles(Files(*options));
             exitCode = Run(*options);
         });
 }

@@ -80,6 +80,10 @@ void ShellWorld::StartTrace(const Trace::Options& options)
                                (IsOwnTraceRunning() ? "\"trace off\" ends it"
                                                     : "--trace or --diagram started it, and it ends with the shell"));
     }
+    if (m_options.checkTrace)
+    {
+        m_options.checkTrace(options);
+    }
     m_trace = m_ownTraces.emplace_back(std::make_unique<Trace>(options)).get();
     m_traceFiles = {options.file, options.diagram};
     std::erase(m_traceFiles, std::filesystem::path());

@@ -35,6 +35,8 @@ public:
         std::string caFile;
         std::chrono::milliseconds timeLimit{10'000};
         platform::PlatformOptions platform{};
+        /// Throws `Error` when a recording would overwrite a file that the program uses; empty for no check.
+        std::function<void(const Trace::Options&)> checkTrace{};
     };
 
     /// The arguments must outlive the world. `trace` records all terminals from the beginning; it may be null. `Error`
@@ -71,7 +73,7 @@ public:
     void Forget(const ShellTerminal& device);
 
     /// Records the terminals that are made from now on. `ShellFailure` when a recording is under way already, `Error`
-    /// when a file cannot be written.
+    /// when a file cannot be written or `Options::checkTrace` refuses the files.
     void StartTrace(const Trace::Options& options);
 
     /// Completes the files of `StartTrace` and returns them; nothing is recorded any more. `ShellFailure` when

@@ -240,3 +240,43 @@ TEST(Shell, DoesNotAskTheModuleForTheStatusOfNoUser)
     EXPECT_NE(recorded.find("QueryUserStatus(user 7)"), std::string::npos);
     EXPECT_EQ(recorded.find("QueryUserStatus(0 users)"), std::string::npos);
 }
+
+TEST(Shell, TraceDoesNotOverwriteAFileOfTheProgram)
+{
+    const TemporaryFolder folder;
+    const std::string module = folder / "module.so";
+    const std::string log = folder / "log";
+    const std::string history = folder.Write("history", "echo kept\n");
+    const std::string script = folder / "script";
+    const std::string out = folder / "out";
+    std::filesystem::copy_file(ONLINEMANAGER_MODULE, module);
+    const std::vector<std::pair<std::string, std::string>> files{
+        {"the module", module},       {"--log", log},
+        {"--history", history},       {"the script", script},
+        {"the standard output", out}, {"the standard input", "/dev/stdin"}};
+    std::string commands;
+    for (const auto& [name, file] : files)
+    {
+        commands += "fails trace " + file + "\nfails trace diagram=" + file + "\n";
+    }
+    const std::string both = folder / "both";
+    commands += "fails trace " + both + " diagram=" + both + "\nlogin 7\n";
+    folder.Write("script", commands);
+    const ProgramResult result =
+        RunHost({"shell", "--module", module, "--log", log, "--history", history, script}, "echo input\n", out);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const std::string said = ReadFile(out);
+    for (const auto& [name, file] : files)
+    {
+        const bool isOutput = file == out;
+        for (const std::string recording : {"the trace", "the diagram"})
+        {
+            const std::string names = isOutput ? recording + " and " + name : name + " and " + recording;
+            EXPECT_NE(said.find("fails as it should: " + names + " are the same file: "), std::string::npos)
+                << names << "\n"
+                << said;
+        }
+    }
+    EXPECT_NE(said.find("the trace and the diagram are the same file: " + both), std::string::npos) << said;
+    EXPECT_EQ(ReadFile(history), "echo kept\n");
+}
