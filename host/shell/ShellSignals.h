@@ -6,7 +6,8 @@ namespace host
 {
 
 /// Turns the signals that a terminal sends into a descriptor that the shell's thread waits for among others, so that no
-/// code runs inside a signal handler. Signals that the process was started to ignore stay ignored. Create it before any thread: threads inherit which signals are blocked.
+/// code runs inside a signal handler. Signals that the process was started to ignore stay ignored. Create it before any
+/// thread: threads inherit which signals are blocked.
 class ShellSignals
 {
 public:
