@@ -76,32 +76,32 @@ Shell::Shell(const Options& options, ShellSignals& signals, LogCenter& log, Trac
 
 Shell::~Shell() = default;
 
-ShellTerminal& Shell::Device()
+ShellTerminal& Shell::Terminal()
 {
-    if (m_device == nullptr)
+    if (m_terminal == nullptr)
     {
         throw ShellFailure(EXIT_REFUSED, NoTerminalText());
     }
-    return *m_device;
+    return *m_terminal;
 }
 
 std::string Shell::NoTerminalText() const
 {
-    if (m_world.Devices().empty())
+    if (m_world.Terminals().empty())
     {
         return "there is no terminal yet; \"login USER\" or \"as USER\" makes one";
     }
     std::string names;
-    for (const auto& device : m_world.Devices())
+    for (const auto& device : m_world.Terminals())
     {
         names += (names.empty() ? "" : ", ") + device->Name();
     }
-    return "no terminal is chosen: \"as " + m_world.Devices().front()->Name() + "\" chooses one; there are " + names;
+    return "no terminal is chosen: \"as " + m_world.Terminals().front()->Name() + "\" chooses one; there are " + names;
 }
 
-void Shell::SetDevice(ShellTerminal* device)
+void Shell::SetTerminal(ShellTerminal* terminal)
 {
-    m_device = device;
+    m_terminal = terminal;
 }
 
 void Shell::Say(std::string_view text)
@@ -124,9 +124,9 @@ void Shell::Say(std::string_view text)
             m_answer.push_back(line);
         }
     }
-    else if (m_terminal != nullptr)
+    else if (m_editor != nullptr)
     {
-        m_terminal->PrintAbove(lines);
+        m_editor->PrintAbove(lines);
     }
     else
     {
@@ -142,25 +142,25 @@ void Shell::Collect()
     }
 }
 
-ShellTerminal* Shell::FindDevice(const std::string& name) const
+ShellTerminal* Shell::FindTerminal(const std::string& name) const
 {
-    const auto& devices = m_world.Devices();
+    const auto& terminals = m_world.Terminals();
     const auto found =
-        std::find_if(devices.begin(), devices.end(), [&name](const auto& known) { return known->Name() == name; });
-    return found == devices.end() ? nullptr : found->get();
+        std::find_if(terminals.begin(), terminals.end(), [&name](const auto& known) { return known->Name() == name; });
+    return found == terminals.end() ? nullptr : found->get();
 }
 
 void Shell::Note(Entry& entry)
 {
     entry.isShown = true;
-    ShellTerminal* const device = FindDevice(entry.event.source);
+    ShellTerminal* const device = FindTerminal(entry.event.source);
     if (device != nullptr && entry.event.name != kMessageEvent)
     {
         device->Note(entry.event.event);
     }
-    if (m_terminal != nullptr)
+    if (m_editor != nullptr)
     {
-        m_terminal->SetPrompt(Prompt());
+        m_editor->SetPrompt(Prompt());
     }
     if (m_options.json)
     {
@@ -175,7 +175,7 @@ void Shell::SayEvent(const ShellEvent& event, const std::string& text)
         m_said += event.source + " " + text + "\n";
         return;
     }
-    const std::string time = m_terminal == nullptr ? "" : m_out.Paint(Tone::Quiet, ClockText(event.event.time)) + " ";
+    const std::string time = m_editor == nullptr ? "" : m_out.Paint(Tone::Quiet, ClockText(event.event.time)) + " ";
     Say(time + m_out.Paint(Tone::Strong, event.source) + " " + text);
 }
 
@@ -202,7 +202,7 @@ void Shell::ShowUpTo(size_t end)
 
 void Shell::ExplainAcceptance(const ShellEvent& event)
 {
-    if (m_terminal != nullptr && !m_isAcceptanceExplained && event.name == EventName(EventKind::InviteAccepted))
+    if (m_editor != nullptr && !m_isAcceptanceExplained && event.name == EventName(EventKind::InviteAccepted))
     {
         m_isAcceptanceExplained = true;
         Say("  accepting is not joining: colleagues join by themselves only after \"company COUNT joins=MEETING\"");
@@ -236,7 +236,7 @@ size_t Shell::ShowBurst(size_t begin, size_t end)
         {
             SayEvent(burst.first, sentence);
         }
-        if (ShellTerminal* const device = FindDevice(burst.first.source))
+        if (ShellTerminal* const device = FindTerminal(burst.first.source))
         {
             ShowWatched(*device, burst.changes);
         }
@@ -335,7 +335,7 @@ Shell::Entry* Shell::AwaitEntry(const std::function<bool(const Entry&)>& isWante
         {
             return found;
         }
-        if (m_terminal != nullptr)
+        if (m_editor != nullptr)
         {
             held = ShowNews();
         }
@@ -357,9 +357,9 @@ void Shell::ThrowIfSignalled()
 {
     while (const int signal = m_signals.Take())
     {
-        if (signal == SIGTSTP && m_terminal != nullptr)
+        if (signal == SIGTSTP && m_editor != nullptr)
         {
-            m_terminal->Suspend(&ShellSignals::Stop);
+            m_editor->Suspend(&ShellSignals::Stop);
         }
         else if (signal == SIGTSTP)
         {
@@ -592,17 +592,17 @@ int Shell::RunTerminal()
     options.history = m_options.history;
     options.complete = [this](std::string_view lineStart) { return Complete(lineStart); };
     options.wait = [this] { AwaitKey(); };
-    m_terminal = std::make_unique<LineEditor>(std::move(options));
-    if (!m_terminal->HistoryProblem().empty())
+    m_editor = std::make_unique<LineEditor>(std::move(options));
+    if (!m_editor->HistoryProblem().empty())
     {
-        Say(m_out.Paint(Tone::Doubtful, m_terminal->HistoryProblem()));
+        Say(m_out.Paint(Tone::Doubtful, m_editor->HistoryProblem()));
     }
     Say("\"help\" lists the commands; Tab completes; Ctrl-D leaves.");
     RunFirstLines();
 
     while (!m_isOver && m_endingSignal == 0)
     {
-        const std::optional<std::string> line = m_terminal->ReadLine(Prompt());
+        const std::optional<std::string> line = m_editor->ReadLine(Prompt());
         if (!line)
         {
             m_out.Line("");
@@ -617,7 +617,7 @@ int Shell::RunTerminal()
             Say(m_out.Paint(Tone::Bad, error.what()));
         }
     }
-    m_terminal.reset();
+    m_editor.reset();
     if (m_endingSignal != 0)
     {
         m_signals.Release();
@@ -641,17 +641,17 @@ void Shell::HandleTerminalSignals()
         switch (signal)
         {
         case SIGINT:
-            m_terminal->Interrupt();
+            m_editor->Interrupt();
             break;
         case SIGWINCH:
-            m_terminal->FollowSize();
+            m_editor->FollowSize();
             break;
         case SIGTSTP:
-            m_terminal->Suspend(&ShellSignals::Stop);
+            m_editor->Suspend(&ShellSignals::Stop);
             break;
         default:
             m_endingSignal = signal;
-            m_terminal->Leave();
+            m_editor->Leave();
             break;
         }
     }
@@ -659,11 +659,11 @@ void Shell::HandleTerminalSignals()
 
 std::string Shell::Prompt() const
 {
-    if (m_device == nullptr)
+    if (m_terminal == nullptr)
     {
         return "onlinehost> ";
     }
-    return m_device->Name() + (m_device->isLoggedIn ? "> " : " (offline)> ");
+    return m_terminal->Name() + (m_terminal->isLoggedIn ? "> " : " (offline)> ");
 }
 
 std::vector<std::string> Shell::Complete(std::string_view lineStart) const
@@ -677,12 +677,12 @@ const ShellTerminal* Shell::TerminalFor(const std::string& terminal) const
 {
     if (terminal.empty())
     {
-        return m_device;
+        return m_terminal;
     }
     try
     {
         const auto [user, device] = ParseTerminal(terminal);
-        return m_world.FindDevice(user, device);
+        return m_world.FindTerminal(user, device);
     }
     catch (const Error&)
     {
@@ -704,7 +704,7 @@ std::vector<std::string> Shell::LookUp(ShellKind kind, std::string_view start, c
     const ShellTerminal* const device = TerminalFor(terminal);
     if (kind == ShellKind::Terminal || kind == ShellKind::User || kind == ShellKind::Users)
     {
-        for (const auto& known : m_world.Devices())
+        for (const auto& known : m_world.Terminals())
         {
             offerId(known->login.userid);
             if (kind == ShellKind::Terminal)

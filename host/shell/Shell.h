@@ -77,13 +77,13 @@ public:
     }
 
     /// The current terminal, for which commands run; `ShellFailure` when none is chosen.
-    ShellTerminal& Device();
-    void SetDevice(ShellTerminal* device);
+    ShellTerminal& Terminal();
+    void SetTerminal(ShellTerminal* terminal);
 
     /// The current terminal; null when none is chosen.
-    const ShellTerminal* CurrentDevice() const
+    const ShellTerminal* CurrentTerminal() const
     {
-        return m_device;
+        return m_terminal;
     }
 
     /// Shows a text of one or more lines. Inside a command it throws like `ThrowIfSignalled`.
@@ -149,7 +149,7 @@ private:
     };
 
     void Collect();
-    ShellTerminal* FindDevice(const std::string& name) const;
+    ShellTerminal* FindTerminal(const std::string& name) const;
     void Note(Entry& entry);
     void ShowUpTo(size_t end);
     /// Shows consecutive changes of users in as few lines as possible. Returns the end of these changes.
@@ -191,8 +191,8 @@ private:
     ShellInbox m_inbox;
     ShellWorld m_world;
     ShellTable m_table;
-    std::unique_ptr<LineEditor> m_terminal; ///< null in a script
-    ShellTerminal* m_device = nullptr;
+    std::unique_ptr<LineEditor> m_editor; ///< null in a script
+    ShellTerminal* m_terminal = nullptr;
     std::deque<Entry> m_entries;
     std::chrono::steady_clock::time_point m_nextBurst{}; ///< when it shows the changes of users that it holds back
     std::vector<std::string> m_answer;                   ///< the lines of the running command, with `json`

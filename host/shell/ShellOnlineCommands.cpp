@@ -40,9 +40,10 @@ std::string Because(const std::string& reason)
 }
 
 /// The same for an operation that needs a login. `cause` holds when the terminal is logged in.
-[[noreturn]] void Refuse(Shell& shell, const ShellTerminal& device, const std::string& cause = "the module refused it")
+[[noreturn]] void Refuse(Shell& shell, const ShellTerminal& terminal,
+                         const std::string& cause = "the module refused it")
 {
-    RefuseFor(shell, device.isLoggedIn ? cause : device.Name() + " is not logged in");
+    RefuseFor(shell, terminal.isLoggedIn ? cause : terminal.Name() + " is not logged in");
 }
 
 struct NamedProperty
@@ -75,10 +76,10 @@ public:
     {
         const std::string name = arguments.Text("TERMINAL");
         const auto [user, deviceName] = name.empty() ? std::pair(uint32_t{0}, std::string()) : ParseTerminal(name);
-        ShellTerminal& device = name.empty() ? m_shell.Device() : m_shell.World().Device(user, deviceName);
-        m_shell.SetDevice(&device);
+        ShellTerminal& terminal = name.empty() ? m_shell.Terminal() : m_shell.World().Terminal(user, deviceName);
+        m_shell.SetTerminal(&terminal);
 
-        LoginParam& login = device.login;
+        LoginParam& login = terminal.login;
         login.server = arguments.Text("server", login.server);
         login.token = arguments.Text("token", login.token);
         login.mutex = arguments.Text("mutex", login.mutex);
@@ -88,14 +89,14 @@ public:
 
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
-        if (!m_shell.RunBlocking([&] { return device.Online().FetchAddress(login); },
-                                 [&] { device.Online().CancelRequests(); }))
+        if (!m_shell.RunBlocking([&] { return terminal.Online().FetchAddress(login); },
+                                 [&] { terminal.Online().CancelRequests(); }))
         {
             m_shell.ShowAll();
             throw ShellFailure(EXIT_FAILED, "got no connection point from " + Printable(login.server));
         }
-        device.BeginLogin();
-        if (!device.Online().Login(login, arguments.Has("force")))
+        terminal.BeginLogin();
+        if (!terminal.Online().Login(login, arguments.Has("force")))
         {
             RefuseFor(m_shell, std::string("the module refused the login at once") +
                                    (login.server.empty() ? ": the server is empty; name one with server=" : ""));
@@ -104,40 +105,40 @@ public:
         {
             m_shell.Say(kUnreadableUserId);
         }
-        AwaitLogin(device, mark);
+        AwaitLogin(terminal, mark);
     }
 
     void Relogin(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
-        const bool wasLoggedIn = device.isLoggedIn;
+        ShellTerminal& terminal = m_shell.Terminal();
+        const bool wasLoggedIn = terminal.isLoggedIn;
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
         if (!wasLoggedIn)
         {
-            device.BeginLogin();
+            terminal.BeginLogin();
         }
-        if (!device.Online().Online().Relogin(arguments.Has("force")))
+        if (!terminal.Online().Online().Relogin(arguments.Has("force")))
         {
-            RefuseFor(m_shell, device.Name() + " has not logged in before, or is logging in");
+            RefuseFor(m_shell, terminal.Name() + " has not logged in before, or is logging in");
         }
         if (wasLoggedIn)
         {
-            m_shell.Say(device.Name() + " is logged in already, so nothing happens");
+            m_shell.Say(terminal.Name() + " is logged in already, so nothing happens");
             return;
         }
-        AwaitLogin(device, mark);
+        AwaitLogin(terminal, mark);
     }
 
     void Notify(const ShellArguments&)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const uint64_t mark = m_shell.Mark();
-        if (!device.Online().Online().TriggerNotify())
+        if (!terminal.Online().Online().TriggerNotify())
         {
             RefuseFor(m_shell, "the module could not start a thread");
         }
-        Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        Result(terminal, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
     void Property(const ShellArguments& arguments)
@@ -145,20 +146,20 @@ public:
         const std::string name = arguments.Text("NAME");
         const auto* const property = std::find_if(std::begin(kProperties), std::end(kProperties),
                                                   [&](const NamedProperty& known) { return known.name == name; });
-        const std::optional<std::string> text = m_shell.Device().Online().Property(property->key);
+        const std::optional<std::string> text = m_shell.Terminal().Online().Property(property->key);
         m_shell.Say(name + (text ? ": \"" + Printable(*text) + "\"" : " has no text"));
     }
 
     void Logout(const ShellArguments&)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
-        if (!device.isLoggedIn || !device.Online().Online().Logout())
+        if (!terminal.isLoggedIn || !terminal.Online().Online().Logout())
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
-        Result(device, mark, {EventKind::Offline}, TUNNEL_TYPE_NONE);
+        Result(terminal, mark, {EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
     void As(const ShellArguments& arguments)
@@ -169,14 +170,14 @@ public:
             return;
         }
         const auto [user, deviceName] = ParseTerminal(arguments.Text("TERMINAL"));
-        ShellTerminal& device = m_shell.World().Device(user, deviceName);
+        ShellTerminal& terminal = m_shell.World().Terminal(user, deviceName);
         if (!arguments.Has("COMMAND"))
         {
-            m_shell.SetDevice(&device);
+            m_shell.SetTerminal(&terminal);
             return;
         }
-        const ShellTerminal* const before = m_shell.CurrentDevice();
-        m_shell.SetDevice(&device);
+        const ShellTerminal* const before = m_shell.CurrentTerminal();
+        m_shell.SetTerminal(&terminal);
         try
         {
             m_shell.Execute(arguments.Words("COMMAND"));
@@ -191,17 +192,17 @@ public:
 
     void Who(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         std::vector<unsigned> ids = arguments.Users("USER");
         const bool isAsked = !ids.empty();
         if (!isAsked)
         {
-            ids.assign(device.known.begin(), device.known.end());
+            ids.assign(terminal.known.begin(), terminal.known.end());
         }
-        std::vector<UserOnlineInfo> users = device.Query(ids);
+        std::vector<UserOnlineInfo> users = terminal.Query(ids);
         if (!isAsked)
         {
-            Forget(device, users);
+            Forget(terminal, users);
         }
         const auto isOnline = [](const UserOnlineInfo& user) { return user.online_status == 1; };
         const auto online = std::count_if(users.begin(), users.end(), isOnline);
@@ -227,47 +228,47 @@ public:
 
     void Refresh(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
         unsigned requestId = 0;
         if (arguments.Has("USER"))
         {
-            if (!device.Online().Users().RefreshUserStatus(arguments.Users("USER"), &requestId))
+            if (!terminal.Online().Users().RefreshUserStatus(arguments.Users("USER"), &requestId))
             {
-                Refuse(m_shell, device);
+                Refuse(m_shell, terminal);
             }
-            Result(device, mark, {EventKind::UserStatusChanged}, TUNNEL_TYPE_NONE);
+            Result(terminal, mark, {EventKind::UserStatusChanged}, TUNNEL_TYPE_NONE);
             return;
         }
-        if (!device.Online().Users().RefreshCompanyUserStatus(&requestId))
+        if (!terminal.Online().Users().RefreshCompanyUserStatus(&requestId))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
-        const Event result = Result(device, mark, {EventKind::UserStatusRefreshed}, TUNNEL_TYPE_NONE);
+        const Event result = Result(terminal, mark, {EventKind::UserStatusRefreshed}, TUNNEL_TYPE_NONE);
         Check("the refresh", result);
     }
 
     void Watch(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const std::vector<uint32_t> users = arguments.Users("USER");
-        device.watched.insert(users.begin(), users.end());
-        device.watchesAll = device.watchesAll || arguments.Has("all");
+        terminal.watched.insert(users.begin(), users.end());
+        terminal.watchesAll = terminal.watchesAll || arguments.Has("all");
         if (arguments.Has("off"))
         {
-            device.watchesAll = false;
-            device.watched.clear();
+            terminal.watchesAll = false;
+            terminal.watched.clear();
         }
-        m_shell.Say(device.watchesAll        ? std::string("watches all users")
-                    : device.watched.empty() ? std::string("watches no users")
-                                             : "watches " + ListIds(device.watched));
+        m_shell.Say(terminal.watchesAll        ? std::string("watches all users")
+                    : terminal.watched.empty() ? std::string("watches no users")
+                                               : "watches " + ListIds(terminal.watched));
     }
 
     void Custom(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
-        IUserOnline& users = device.Online().Users();
+        ShellTerminal& terminal = m_shell.Terminal();
+        IUserOnline& users = terminal.Online().Users();
         if (!arguments.Has("TEXT"))
         {
             std::string text(kLongestCustom, '\0');
@@ -279,85 +280,85 @@ public:
         m_shell.World().TakeFailure();
         if (!users.SetSelfCustomInfo(arguments.Text("TEXT")))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
     }
 
     void Invite(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const std::vector<unsigned> ids = arguments.Users("USER");
         InviteData data;
         data.inviteCode = arguments.Number("code");
-        data.roomCompanyId = device.login.companyid;
+        data.roomCompanyId = terminal.login.companyid;
         data.isForce = arguments.Has("force");
-        data.meetingId = MeetingToInviteTo(device, arguments);
-        data.userId = device.login.userid;
+        data.meetingId = MeetingToInviteTo(terminal, arguments);
+        data.userId = terminal.login.userid;
         data.userName = arguments.Text("name", "user " + std::to_string(data.userId));
-        data.terminal = device.login.deviceid;
+        data.terminal = terminal.login.deviceid;
 
         m_shell.World().TakeFailure();
         unsigned inviteId = 0;
-        if (!device.Online().Users().InviteUsers(ids, data, &inviteId))
+        if (!terminal.Online().Users().InviteUsers(ids, data, &inviteId))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
         if (inviteId == 0)
         {
             m_shell.Say("invites only this user, so the module sends nothing");
             return;
         }
-        device.sent[inviteId] = {ids};
+        terminal.sent[inviteId] = {ids};
         m_shell.Say("sends invitation " + std::to_string(inviteId) + " to " + CountText(ids.size(), "user"));
     }
 
     void Invitations(const ShellArguments&)
     {
-        const ShellTerminal& device = m_shell.Device();
+        const ShellTerminal& terminal = m_shell.Terminal();
         size_t accepted = 0;
-        for (const auto& [id, invitation] : device.received)
+        for (const auto& [id, invitation] : terminal.received)
         {
             accepted += invitation.isAccepted ? 1 : 0;
             m_shell.Say("received: " + std::to_string(id) + " from user " + std::to_string(invitation.inviter) +
                         (invitation.isAccepted ? ", accepted" : ", open"));
         }
-        for (const auto& [id, invitation] : device.sent)
+        for (const auto& [id, invitation] : terminal.sent)
         {
             m_shell.Say("sent: " + std::to_string(id) + " to " + ListIds(invitation.users) + Answers(invitation));
         }
-        m_shell.Say(std::to_string(device.received.size() - accepted) + " received and open, " +
-                    std::to_string(accepted) + " accepted, " + std::to_string(device.sent.size()) + " sent");
+        m_shell.Say(std::to_string(terminal.received.size() - accepted) + " received and open, " +
+                    std::to_string(accepted) + " accepted, " + std::to_string(terminal.sent.size()) + " sent");
     }
 
     void Answer(const ShellArguments& arguments, bool isAccept)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const uint32_t id = arguments.Number("INVITATION");
-        const auto found = device.received.find(id);
-        if (found == device.received.end() && !arguments.Has("from"))
+        const auto found = terminal.received.find(id);
+        if (found == terminal.received.end() && !arguments.Has("from"))
         {
-            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is not open here; " + Open(device) +
-                                                 ". \"" + (isAccept ? "accept " : "decline ") + std::to_string(id) +
-                                                 " from=USER\" sends an answer anyway");
+            throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is not open here; " +
+                                                 Open(terminal) + ". \"" + (isAccept ? "accept " : "decline ") +
+                                                 std::to_string(id) + " from=USER\" sends an answer anyway");
         }
-        if (found != device.received.end() && found->second.isAccepted && isAccept)
+        if (found != terminal.received.end() && found->second.isAccepted && isAccept)
         {
             throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) + " is accepted already; \"decline " +
                                                  std::to_string(id) + "\" takes that back");
         }
-        const uint32_t inviter = arguments.Number("from", found == device.received.end() ? 0 : found->second.inviter);
+        const uint32_t inviter = arguments.Number("from", found == terminal.received.end() ? 0 : found->second.inviter);
         m_shell.World().TakeFailure();
-        if (!device.Online().Users().AcceptInvite(inviter, id, isAccept))
+        if (!terminal.Online().Users().AcceptInvite(inviter, id, isAccept))
         {
-            Refuse(m_shell, device,
-                   "user " + std::to_string(inviter) + " has not sent " + device.Name() + " an invitation " +
+            Refuse(m_shell, terminal,
+                   "user " + std::to_string(inviter) + " has not sent " + terminal.Name() + " an invitation " +
                        std::to_string(id));
         }
         if (!isAccept)
         {
-            device.received.erase(id);
+            terminal.received.erase(id);
         }
-        else if (found != device.received.end())
+        else if (found != terminal.received.end())
         {
             found->second.isAccepted = true;
         }
@@ -365,7 +366,7 @@ public:
 
     void DeclineAll(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         std::vector<unsigned> kept;
         for (const std::string& word : arguments.Words("EXCEPT"))
         {
@@ -373,19 +374,19 @@ public:
         }
         const auto reason = static_cast<RejectInvitationReason>(arguments.Number("reason", REJECT_INVITATION_DECLINED));
         m_shell.World().TakeFailure();
-        if (!device.Online().Users().RejectAllInvite(reason, kept))
+        if (!terminal.Online().Users().RejectAllInvite(reason, kept))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
     }
 
     void Abandon(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const uint32_t id = arguments.Number("INVITATION");
-        const auto found = device.sent.find(id);
+        const auto found = terminal.sent.find(id);
         std::vector<unsigned> ids = arguments.Users("USER");
-        if (ids.empty() && found == device.sent.end())
+        if (ids.empty() && found == terminal.sent.end())
         {
             throw ShellFailure(EXIT_REFUSED, "invitation " + std::to_string(id) +
                                                  " was not sent from here; name the users to withdraw it from");
@@ -395,41 +396,41 @@ public:
             ids = found->second.users;
         }
         m_shell.World().TakeFailure();
-        if (!device.Online().Users().AbandonInvite(id, ids))
+        if (!terminal.Online().Users().AbandonInvite(id, ids))
         {
-            Refuse(m_shell, device, device.Name() + " has not sent an invitation " + std::to_string(id));
+            Refuse(m_shell, terminal, terminal.Name() + " has not sent an invitation " + std::to_string(id));
         }
-        if (found != device.sent.end())
+        if (found != terminal.sent.end())
         {
             const std::set<uint32_t> withdrawn(ids.begin(), ids.end());
             std::erase_if(found->second.users, [&withdrawn](uint32_t user) { return withdrawn.contains(user); });
             if (found->second.users.empty())
             {
-                device.sent.erase(found);
+                terminal.sent.erase(found);
             }
         }
     }
 
     void Join(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const TunnelType tunnel = arguments.Has("gateway") ? TUNNEL_TYPE_GW : TUNNEL_TYPE_PAAS;
         JoinData data{};
         data.guid = arguments.Meeting("MEETING");
-        data.user_id = device.login.userid;
+        data.user_id = terminal.login.userid;
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
-        if (!device.Online().Tunnel(tunnel).JoinMeeting(data))
+        if (!terminal.Online().Tunnel(tunnel).JoinMeeting(data))
         {
-            const auto current = device.meetings.find(tunnel);
-            RefuseMeeting(device, tunnel,
-                          current == device.meetings.end()
+            const auto current = terminal.meetings.find(tunnel);
+            RefuseMeeting(terminal, tunnel,
+                          current == terminal.meetings.end()
                               ? "the module refused it"
-                              : device.Name() + " is in meeting " + current->second.name + " already; \"leave" +
+                              : terminal.Name() + " is in meeting " + current->second.name + " already; \"leave" +
                                     (tunnel == TUNNEL_TYPE_GW ? " gateway" : "") + "\" first");
         }
-        Check("the join", Result(device, mark, {EventKind::JoinMeetingResult}, tunnel));
-        ShellTerminal::Meeting& meeting = device.meetings[tunnel];
+        Check("the join", Result(terminal, mark, {EventKind::JoinMeetingResult}, tunnel));
+        ShellTerminal::Meeting& meeting = terminal.meetings[tunnel];
         meeting.name = Printable(arguments.Text("MEETING"));
         meeting.roomId = data.guid.Data1;
         meeting.groupId = platform::Platform::MeetingGroupId(data.guid);
@@ -437,32 +438,32 @@ public:
 
     void Leave(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const TunnelType tunnel = arguments.Has("gateway") ? TUNNEL_TYPE_GW : TUNNEL_TYPE_PAAS;
         const uint64_t mark = m_shell.Mark();
         m_shell.World().TakeFailure();
-        if (!device.Online().Tunnel(tunnel).LeaveMeeting())
+        if (!terminal.Online().Tunnel(tunnel).LeaveMeeting())
         {
             const std::string over = tunnel == TUNNEL_TYPE_GW ? " over the gateway" : "";
-            RefuseMeeting(device, tunnel,
-                          device.meetings.contains(tunnel) ? "the module refused it"
-                                                           : device.Name() + " is not in a meeting" + over);
+            RefuseMeeting(terminal, tunnel,
+                          terminal.meetings.contains(tunnel) ? "the module refused it"
+                                                             : terminal.Name() + " is not in a meeting" + over);
         }
-        Check("the leave", Result(device, mark, {EventKind::LeaveMeetingResult}, tunnel));
+        Check("the leave", Result(terminal, mark, {EventKind::LeaveMeetingResult}, tunnel));
     }
 
     void Members(const ShellArguments& arguments)
     {
-        const ShellTerminal& device = m_shell.Device();
-        if (device.meetings.empty())
+        const ShellTerminal& terminal = m_shell.Terminal();
+        if (terminal.meetings.empty())
         {
-            throw ShellFailure(EXIT_REFUSED, device.Name() + " is not in a meeting; \"join MEETING\" joins one");
+            throw ShellFailure(EXIT_REFUSED, terminal.Name() + " is not in a meeting; \"join MEETING\" joins one");
         }
-        for (const auto& [tunnel, meeting] : device.meetings)
+        for (const auto& [tunnel, meeting] : terminal.meetings)
         {
             const size_t count = meeting.others.size();
             const size_t shown = arguments.Has("all") ? count : std::min(count, kMostUsers);
-            m_shell.Say("user " + std::to_string(device.login.userid) + ", this terminal");
+            m_shell.Say("user " + std::to_string(terminal.login.userid) + ", this terminal");
             std::for_each(meeting.others.begin(), std::next(meeting.others.begin(), static_cast<std::ptrdiff_t>(shown)),
                           [this](uint32_t user) { m_shell.Say("user " + std::to_string(user)); });
             if (shown < count)
@@ -477,23 +478,23 @@ public:
     void ForgetTerminal(const ShellArguments& arguments)
     {
         const std::string name = arguments.Text("TERMINAL");
-        ShellTerminal* device = name.empty() ? &m_shell.Device() : nullptr;
-        if (device == nullptr)
+        ShellTerminal* terminal = name.empty() ? &m_shell.Terminal() : nullptr;
+        if (terminal == nullptr)
         {
             const auto [user, deviceName] = ParseTerminal(name);
-            device = m_shell.World().FindDevice(user, deviceName);
+            terminal = m_shell.World().FindTerminal(user, deviceName);
         }
-        if (device == nullptr)
+        if (terminal == nullptr)
         {
             throw ShellFailure(EXIT_REFUSED,
                                "there is no terminal " + Printable(name) + "; \"as\" lists the terminals");
         }
-        const std::string said = "forgets " + device->Name() + (device->isLoggedIn ? " and ends its login" : "");
-        if (device == m_shell.CurrentDevice())
+        const std::string said = "forgets " + terminal->Name() + (terminal->isLoggedIn ? " and ends its login" : "");
+        if (terminal == m_shell.CurrentTerminal())
         {
-            m_shell.SetDevice(nullptr);
+            m_shell.SetTerminal(nullptr);
         }
-        m_shell.World().Forget(*device);
+        m_shell.World().Forget(*terminal);
         m_shell.Say(said);
     }
 
@@ -515,7 +516,7 @@ public:
             return;
         }
         m_shell.World().StartTrace({arguments.Text("FILE"), arguments.Text("diagram")});
-        const size_t count = m_shell.World().Devices().size();
+        const size_t count = m_shell.World().Terminals().size();
         m_shell.Say("records every terminal that is made from now on" +
                     (count == 0 ? ""
                                 : ", and not the " + CountText(count, "terminal") +
@@ -524,32 +525,32 @@ public:
 
     void Quality(const ShellArguments& arguments)
     {
-        ShellTerminal& device = m_shell.Device();
+        ShellTerminal& terminal = m_shell.Terminal();
         const auto info = std::make_shared<AVQualityInfo>();
         info->avQualityLevel = static_cast<int32_t>(arguments.Number("LEVEL"));
-        info->userId = device.login.userid;
-        if (const ShellTerminal::Meeting* const meeting = device.Joined())
+        info->userId = terminal.login.userid;
+        if (const ShellTerminal::Meeting* const meeting = terminal.Joined())
         {
             info->roomId = meeting->roomId;
             info->groupId = meeting->groupId;
         }
-        info->appId = device.login.appid;
-        AddStreams(*info, device.login.userid, arguments);
+        info->appId = terminal.login.appid;
+        AddStreams(*info, terminal.login.userid, arguments);
         m_shell.World().TakeFailure();
-        if (!device.Online().Mds().SendAVQualityInfo(info))
+        if (!terminal.Online().Mds().SendAVQualityInfo(info))
         {
-            Refuse(m_shell, device);
+            Refuse(m_shell, terminal);
         }
-        m_shell.Say(device.isMeasured ? "sends the reports that the monitoring service has asked for"
-                                      : "the monitoring service has not asked for reports, so none is sent");
+        m_shell.Say(terminal.isMeasured ? "sends the reports that the monitoring service has asked for"
+                                        : "the monitoring service has not asked for reports, so none is sent");
     }
 
     void Reconnect(const ShellArguments& arguments)
     {
         const std::string word = arguments.Text("DECISION");
-        m_shell.Device().Online().SetReconnection(word == "yes"  ? avcore::ZOL_RECONNECT_GO_ON
-                                                  : word == "no" ? avcore::ZOL_RECONNECT_STOP
-                                                                 : avcore::ZOL_RECONNECT_UNDECIDED);
+        m_shell.Terminal().Online().SetReconnection(word == "yes"  ? avcore::ZOL_RECONNECT_GO_ON
+                                                    : word == "no" ? avcore::ZOL_RECONNECT_STOP
+                                                                   : avcore::ZOL_RECONNECT_UNDECIDED);
     }
 
     void LogLevel(const ShellArguments& arguments)
@@ -572,25 +573,26 @@ private:
     static constexpr size_t kLongestCustom = 4096;
 
     /// Waits for the end of a login that has started.
-    void AwaitLogin(ShellTerminal& device, uint64_t mark)
+    void AwaitLogin(ShellTerminal& terminal, uint64_t mark)
     {
-        const Event result = Result(device, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        const Event result = Result(terminal, mark, {EventKind::LoginSuccess, EventKind::Offline}, TUNNEL_TYPE_NONE);
         if (result.kind == EventKind::Offline)
         {
             throw ShellFailure(EXIT_REFUSED,
-                               "the login failed: " + CodeMeaning(result.code) + Conflict(device, result));
+                               "the login failed: " + CodeMeaning(result.code) + Conflict(terminal, result));
         }
         // The module's presence service learns of the login after all listeners. Until then it refuses every operation.
         // Then it starts a refresh, whose result shows that it has learned of the login.
-        Result(device, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
+        Result(terminal, mark, {EventKind::UserStatusChanged, EventKind::Offline}, TUNNEL_TYPE_NONE);
     }
 
-    Event Result(const ShellTerminal& device, uint64_t mark, std::initializer_list<EventKind> kinds, TunnelType tunnel)
+    Event Result(const ShellTerminal& terminal, uint64_t mark, std::initializer_list<EventKind> kinds,
+                 TunnelType tunnel)
     {
         const auto isResult = [&](const ShellEvent& event)
         {
             const bool isKind = std::find(kinds.begin(), kinds.end(), event.event.kind) != kinds.end();
-            return event.source == device.Name() && event.name == EventName(event.event.kind) && isKind &&
+            return event.source == terminal.Name() && event.name == EventName(event.event.kind) && isKind &&
                    event.event.tunnel == tunnel;
         };
         const std::chrono::milliseconds limit = m_shell.World().Settings().timeLimit;
@@ -610,27 +612,27 @@ private:
         }
     }
 
-    static std::string Conflict(ShellTerminal& device, const Event& result)
+    static std::string Conflict(ShellTerminal& terminal, const Event& result)
     {
-        const auto other = device.Online().Property(CONNECT_PROPERTY_CONFLICT_DEVICE_ID);
+        const auto other = terminal.Online().Property(CONNECT_PROPERTY_CONFLICT_DEVICE_ID);
         const bool isConflict = result.code == avcore::ZOL_PORT_LOGIN_CONFLICT && other && !other->empty();
         return isConflict ? "; the other device is \"" + Printable(*other) + "\", \"login force\" takes over" : "";
     }
 
     /// The gateway tunnel needs no login.
-    [[noreturn]] void RefuseMeeting(const ShellTerminal& device, TunnelType tunnel, const std::string& cause)
+    [[noreturn]] void RefuseMeeting(const ShellTerminal& terminal, TunnelType tunnel, const std::string& cause)
     {
         if (tunnel == TUNNEL_TYPE_GW)
         {
             RefuseFor(m_shell, cause);
         }
-        Refuse(m_shell, device, cause);
+        Refuse(m_shell, terminal, cause);
     }
 
-    static std::string Open(const ShellTerminal& device)
+    static std::string Open(const ShellTerminal& terminal)
     {
         std::vector<uint32_t> ids;
-        for (const auto& [id, invitation] : device.received)
+        for (const auto& [id, invitation] : terminal.received)
         {
             if (!invitation.isAccepted)
             {
@@ -641,16 +643,16 @@ private:
     }
 
     /// The number of the meeting to which `invite` invites.
-    static uint32_t MeetingToInviteTo(const ShellTerminal& device, const ShellArguments& arguments)
+    static uint32_t MeetingToInviteTo(const ShellTerminal& terminal, const ShellArguments& arguments)
     {
         if (arguments.Has("meeting"))
         {
             return arguments.Meeting("meeting").Data1;
         }
-        const ShellTerminal::Meeting* const meeting = device.Joined();
-        if (device.isLoggedIn && meeting == nullptr)
+        const ShellTerminal::Meeting* const meeting = terminal.Joined();
+        if (terminal.isLoggedIn && meeting == nullptr)
         {
-            throw ShellFailure(EXIT_REFUSED, device.Name() +
+            throw ShellFailure(EXIT_REFUSED, terminal.Name() +
                                                  " is not in a meeting to invite to; \"join MEETING\" first, "
                                                  "or name one with meeting=MEETING");
         }
@@ -677,33 +679,33 @@ private:
         return text;
     }
 
-    void GoBack(const ShellTerminal* device)
+    void GoBack(const ShellTerminal* terminal)
     {
-        const auto& devices = m_shell.World().Devices();
-        const auto found =
-            std::find_if(devices.begin(), devices.end(), [device](const auto& known) { return known.get() == device; });
-        m_shell.SetDevice(found == devices.end() ? nullptr : found->get());
+        const auto& terminals = m_shell.World().Terminals();
+        const auto found = std::find_if(terminals.begin(), terminals.end(),
+                                        [terminal](const auto& known) { return known.get() == terminal; });
+        m_shell.SetTerminal(found == terminals.end() ? nullptr : found->get());
     }
 
     void ListTerminals()
     {
-        for (const auto& device : m_shell.World().Devices())
+        for (const auto& terminal : m_shell.World().Terminals())
         {
-            m_shell.Say((device.get() == m_shell.CurrentDevice() ? "* " : "  ") + device->Name() +
-                        (device->isLoggedIn ? "" : " (offline)"));
+            m_shell.Say((terminal.get() == m_shell.CurrentTerminal() ? "* " : "  ") + terminal->Name() +
+                        (terminal->isLoggedIn ? "" : " (offline)"));
         }
     }
 
     /// Removes the users that the module does not know any more, after a refresh of other users for example.
-    static void Forget(ShellTerminal& device, std::vector<UserOnlineInfo>& users)
+    static void Forget(ShellTerminal& terminal, std::vector<UserOnlineInfo>& users)
     {
         std::erase_if(users,
-                      [&device](const UserOnlineInfo& user)
+                      [&terminal](const UserOnlineInfo& user)
                       {
                           const bool isUnknown = user.terminals.empty();
                           if (isUnknown)
                           {
-                              device.known.erase(user.user_id);
+                              terminal.known.erase(user.user_id);
                           }
                           return isUnknown;
                       });

@@ -152,14 +152,14 @@ public:
     {
         using platform::Outage;
         const std::string name = arguments.Text("TERMINAL");
-        const auto [user, device] = name.empty()
-                                        ? std::pair(m_shell.Device().login.userid, m_shell.Device().login.deviceid)
-                                        : ParseTerminal(name);
+        const auto [user, terminal] =
+            name.empty() ? std::pair(m_shell.Terminal().login.userid, m_shell.Terminal().login.deviceid)
+                         : ParseTerminal(name);
         const Outage outage = arguments.Has("forever")
                                   ? Outage::Forever()
                                   : Outage::For(arguments.Duration("for", std::chrono::milliseconds(0)));
         const size_t count =
-            m_shell.World().Platform().GetFaults().DropConnections(std::to_string(user), device, outage);
+            m_shell.World().Platform().GetFaults().DropConnections(std::to_string(user), terminal, outage);
         if (count == 0)
         {
             Refuse("that terminal has no connection");
@@ -213,10 +213,10 @@ private:
     void CheckIsFree(const platform::CrowdOptions& options)
     {
         std::set<uint32_t> taken;
-        for (const auto& device : m_shell.World().Devices())
+        for (const auto& terminal : m_shell.World().Terminals())
         {
-            const uint32_t user = device->login.userid;
-            if (device->isLoggedIn && device->login.deviceid == options.deviceId && user >= options.firstUserId &&
+            const uint32_t user = terminal->login.userid;
+            if (terminal->isLoggedIn && terminal->login.deviceid == options.deviceId && user >= options.firstUserId &&
                 user - options.firstUserId < options.count)
             {
                 taken.insert(user);
@@ -347,10 +347,10 @@ private:
         }
     }
 
-    static void ChangeTerminal(platform::Crowd& company, uint32_t user, const std::string& device, bool isNew)
+    static void ChangeTerminal(platform::Crowd& company, uint32_t user, const std::string& terminal, bool isNew)
     {
         const bool isDone =
-            isNew ? company.AddTerminal(user, device, R"({"tt":2})") : company.RemoveTerminal(user, device);
+            isNew ? company.AddTerminal(user, terminal, R"({"tt":2})") : company.RemoveTerminal(user, terminal);
         if (!isDone)
         {
             Refuse("user " + std::to_string(user) + " is offline, or " +
@@ -360,7 +360,7 @@ private:
 
     std::string Sender(const ShellArguments& arguments)
     {
-        return arguments.Has("from") ? arguments.Text("from") : std::to_string(m_shell.Device().login.userid);
+        return arguments.Has("from") ? arguments.Text("from") : std::to_string(m_shell.Terminal().login.userid);
     }
 
     Shell& m_shell;

@@ -25,7 +25,7 @@ public:
     {
         const std::string name = arguments.Text("EVENT");
         const bool isOfTerminal = name != kReportEvent && name != kNoticeEvent;
-        const std::string source = isOfTerminal ? m_shell.Device().Name() : "";
+        const std::string source = isOfTerminal ? m_shell.Terminal().Name() : "";
         const auto isWanted = [&](const ShellEvent& event)
         {
             return event.name == name && (!isOfTerminal || event.source == source) &&

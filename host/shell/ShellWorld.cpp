@@ -37,18 +37,18 @@ ShellWorld::ShellWorld(const Options& options, ShellInbox& inbox, LogCenter& log
     m_platform.SetDiagnostic([&inbox](std::string_view text) { inbox.Push(Notice(text)); });
 }
 
-ShellTerminal* ShellWorld::FindDevice(uint32_t userId, const std::string& device) const
+ShellTerminal* ShellWorld::FindTerminal(uint32_t userId, const std::string& device) const
 {
     const auto found =
-        std::find_if(m_devices.begin(), m_devices.end(),
+        std::find_if(m_terminals.begin(), m_terminals.end(),
                      [&](const auto& known)
                      { return known->login.userid == userId && (device.empty() || known->login.deviceid == device); });
-    return found == m_devices.end() ? nullptr : found->get();
+    return found == m_terminals.end() ? nullptr : found->get();
 }
 
-ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
+ShellTerminal& ShellWorld::Terminal(uint32_t userId, const std::string& device)
 {
-    if (ShellTerminal* const found = FindDevice(userId, device))
+    if (ShellTerminal* const found = FindTerminal(userId, device))
     {
         return *found;
     }
@@ -63,12 +63,12 @@ ShellTerminal& ShellWorld::Device(uint32_t userId, const std::string& device)
     http.onFailure = [&inbox = m_inbox](const std::string& text) { inbox.Push(Notice(text)); };
     const std::string name = std::to_string(userId) + "@" + Printable(login.deviceid);
     auto session = std::make_unique<Component>(m_module, m_factory, std::move(http), RecordComponent(m_trace, name));
-    return *m_devices.emplace_back(std::make_unique<ShellTerminal>(login, std::move(session), m_inbox));
+    return *m_terminals.emplace_back(std::make_unique<ShellTerminal>(login, std::move(session), m_inbox));
 }
 
 void ShellWorld::Forget(const ShellTerminal& device)
 {
-    std::erase_if(m_devices, [&device](const auto& known) { return known.get() == &device; });
+    std::erase_if(m_terminals, [&device](const auto& known) { return known.get() == &device; });
 }
 
 void ShellWorld::StartTrace(const Trace::Options& options)

@@ -59,15 +59,15 @@ public:
     }
 
     /// The user's terminal with this device, or with an empty device the user's first one. Makes it when there is none.
-    ShellTerminal& Device(uint32_t userId, const std::string& device);
+    ShellTerminal& Terminal(uint32_t userId, const std::string& device);
 
-    const std::vector<std::unique_ptr<ShellTerminal>>& Devices() const
+    const std::vector<std::unique_ptr<ShellTerminal>>& Terminals() const
     {
-        return m_devices;
+        return m_terminals;
     }
 
     /// The terminal that `Device` would return, or null when it would have to make one.
-    ShellTerminal* FindDevice(uint32_t userId, const std::string& device) const;
+    ShellTerminal* FindTerminal(uint32_t userId, const std::string& device) const;
 
     /// Destroys the terminal with its component.
     void Forget(const ShellTerminal& device);
@@ -122,7 +122,7 @@ private:
     std::unique_ptr<platform::Crowd> m_company;
     std::vector<std::filesystem::path> m_traceFiles; ///< of the last `StartTrace`
     std::vector<std::unique_ptr<Trace>> m_ownTraces; ///< each stays as long as the terminals that it recorded
-    std::vector<std::unique_ptr<ShellTerminal>> m_devices;
+    std::vector<std::unique_ptr<ShellTerminal>> m_terminals;
 };
 
 } // namespace host

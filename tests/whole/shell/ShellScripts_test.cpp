@@ -272,7 +272,7 @@ TEST(Shell, TraceDoesNotOverwriteAFileOfTheProgram)
         for (const std::string recording : {"the trace", "the diagram"})
         {
             const std::string names = isOutput ? recording + " and " + name : name + " and " + recording;
-            EXPECT_NE(said.find("fails as it should: " + names + " are the same file: "), std::string::npos)
+            EXPECT_NE(said.find("failed as expected: " + names + " are the same file: "), std::string::npos)
                 << names << "\n"
                 << said;
         }
