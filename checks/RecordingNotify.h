@@ -36,9 +36,10 @@ protected:
         if (hook)
         {
             hook(event.str());
-            // A check that waits for the end of a thread of the module may afterwards destroy what the hook has used.
-            m_journal.Synchronise();
         }
+        // A check that waits for the end of a thread of the module may afterwards destroy this listener and what the hook
+        // has used.
+        m_journal.Synchronise();
     }
 
 private:
