@@ -59,18 +59,16 @@ void Interruption::Run()
         {
             continue;
         }
-        {
-            const std::lock_guard lock(m_mutex);
-            m_signal = static_cast<int>(info.ssi_signo);
-            for (const std::function<void()>& action : m_actions)
-            {
-                action();
-            }
-        }
+        m_signal = static_cast<int>(info.ssi_signo);
         // A second signal must end a command that hangs. This thread unblocks the signals, so the system's default action
-        // ends the process.
+        // ends the process. It unblocks them before the actions, because an action may hang too.
         waiting[1].fd = -1;
         pthread_sigmask(SIG_UNBLOCK, &m_signals, nullptr);
+        const std::lock_guard lock(m_mutex);
+        for (const std::function<void()>& action : m_actions)
+        {
+            action();
+        }
     }
 }
 

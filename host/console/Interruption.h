@@ -15,7 +15,7 @@ namespace host
 ///
 /// A thread of its own receives the signals ("signal thread"). The first signal is noted and calls the action of each
 /// `Watch`; the command then ends its waits, closes its files and exits with `ExitCode`. A second signal ends the
-/// process at once. Signals that the process was started to ignore stay ignored.
+/// process at once, also while an action runs. Signals that the process was started to ignore stay ignored.
 ///
 /// Create it on the main thread before any other thread, because threads inherit which signals are blocked, and destroy
 /// it last.

@@ -81,6 +81,33 @@ TEST_F(InterruptionTest, ASecondSignalEndsTheProcess)
     EXPECT_EXIT(ignoreFirst(), testing::KilledBySignal(SIGINT), "");
 }
 
+TEST_F(InterruptionTest, ASecondSignalEndsTheProcessWhileAnActionHangs)
+{
+    const auto hang = []
+    {
+        std::promise<void> inside;
+        Interruption interruption;
+        const Interruption::Watch watch(&interruption,
+                                        [&]
+                                        {
+                                            inside.set_value();
+                                            for (;;)
+                                            {
+                                                pause();
+                                            }
+                                        });
+        kill(getpid(), SIGTERM);
+        inside.get_future().wait();
+        alarm(30); // ends the process by another signal if the second one does not
+        kill(getpid(), SIGTERM);
+        for (;;)
+        {
+            pause();
+        }
+    };
+    EXPECT_EXIT(hang(), testing::KilledBySignal(SIGTERM), "");
+}
+
 TEST_F(InterruptionTest, AnIgnoredSignalStaysIgnored)
 {
     std::signal(SIGINT, SIG_IGN);
