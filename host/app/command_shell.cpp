@@ -6,6 +6,7 @@
 #include "host/app/TraceOptions.h"
 #include "host/console/ExitCode.h"
 #include "host/console/ModulePath.h"
+#include "host/console/StandardStreams.h"
 #include "host/shell/Shell.h"
 #include "host/shell/ShellFailure.h"
 #include "host/shell/ShellScript.h"
@@ -124,32 +125,6 @@ Shell::Options ToShellOptions(const Options& options)
     return shell;
 }
 
-/// Occupies the descriptors of closed standard streams. Otherwise the next file that the program opens would get such a
-/// descriptor, and the program would read it as its input or write its output to it. Throws `Error` for a closed stream
-/// that the shell needs.
-void CheckStandardStreams(bool needsInput)
-{
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-    {
-        if (fcntl(stream, F_GETFD) >= 0)
-        {
-            continue;
-        }
-        if (stream == STDIN_FILENO && needsInput)
-        {
-            throw Error("the standard input is closed; connect it, or name a file with commands");
-        }
-        if (stream == STDOUT_FILENO)
-        {
-            throw Error("the standard output is closed; connect it, to /dev/null for no output");
-        }
-        if (open("/dev/null", O_RDWR) != stream)
-        {
-            throw Error(std::string("/dev/null cannot be opened: ") + std::strerror(errno));
-        }
-    }
-}
-
 class File
 {
 public:
@@ -197,7 +172,10 @@ int Serve(Shell& shell, const Options& options)
 
 int Run(const Options& options)
 {
-    CheckStandardStreams(options.script.empty());
+    if (options.script.empty() && IsStandardInputClosed())
+    {
+        throw Error("the standard input is closed; connect it, or name a file with commands");
+    }
     // Before any thread, because threads inherit which signals are blocked.
     ShellSignals signals;
     LogCenter log(ToLogOptions(options));

@@ -6,6 +6,7 @@
 #include "host/console/Console.h"
 #include "host/console/ExitCode.h"
 #include "host/console/Similar.h"
+#include "host/console/StandardStreams.h"
 #include "onlinehost/Text.h"
 
 #include <CLI/CLI.hpp>
@@ -131,6 +132,15 @@ int Run(int count, char** arguments)
 // NOLINTNEXTLINE(bugprone-exception-escape): an exception from printing an error may end the program.
 int main(int count, char** arguments)
 {
+    try
+    {
+        host::PrepareStandardStreams();
+    }
+    catch (const std::exception& error)
+    {
+        host::Console(stderr).Line(std::string("onlinehost: ") + error.what());
+        return host::EXIT_FAILED;
+    }
     const int exitCode = Run(count, arguments);
     if (!host::Console(stdout).Flush())
     {
