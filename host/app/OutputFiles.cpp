@@ -3,6 +3,7 @@
 #include "onlinehost/Text.h"
 
 #include <CLI/CLI.hpp>
+#include <sys/stat.h>
 
 namespace host
 {
@@ -31,11 +32,16 @@ fs::path Resolve(fs::path path)
 
 bool IsSameFile(const fs::path& one, const fs::path& other)
 {
-    std::error_code ignored;
-    const fs::file_status status = fs::status(one, ignored);
-    if (fs::exists(status) && fs::exists(other, ignored))
+    struct stat oneStatus
     {
-        return fs::is_regular_file(status) && fs::equivalent(one, other, ignored);
+    };
+    struct stat otherStatus
+    {
+    };
+    if (stat(one.c_str(), &oneStatus) == 0 && stat(other.c_str(), &otherStatus) == 0)
+    {
+        return !S_ISCHR(oneStatus.st_mode) && oneStatus.st_dev == otherStatus.st_dev &&
+               oneStatus.st_ino == otherStatus.st_ino;
     }
     return Resolve(one) == Resolve(other);
 }
@@ -45,7 +51,13 @@ bool IsSameFile(const fs::path& one, const fs::path& other)
 void RequireDistinctFiles(std::vector<CommandFile> files)
 {
     std::erase_if(files, [](const CommandFile& file) { return file.path.empty(); });
-    files.push_back({"the standard output", "/dev/stdout"});
+    // The two streams may be one file, so neither counts as an output here.
+    files.push_back({"the standard output", "/dev/stdout", false});
+    std::error_code ignored;
+    if (fs::is_regular_file("/dev/stderr", ignored))
+    {
+        files.push_back({"the standard error", "/dev/stderr", false});
+    }
     for (auto one = files.begin(); one != files.end(); ++one)
     {
         for (auto other = one + 1; other != files.end(); ++other)

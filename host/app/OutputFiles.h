@@ -16,10 +16,11 @@ struct CommandFile
 };
 
 /// Throws `CLI::ValidationError`, so that the program ends with `EXIT_USAGE`, when an output is the same file as
-/// another output, an input or the standard output: two writers would destroy each other's text.
+/// another output, an input, the standard output or the regular file behind the standard error: two writers would destroy
+/// each other's text.
 ///
 /// Files are compared, not names: "./x", a symbolic link and a hard link are the file that they lead to, also when it
-/// does not exist yet. Devices such as /dev/null may be named more than once.
+/// does not exist yet. Named pipes are files too. Character devices such as /dev/null may be named more than once.
 void RequireDistinctFiles(std::vector<CommandFile> files);
 
 } // namespace host

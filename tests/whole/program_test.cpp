@@ -1,10 +1,12 @@
 #include "tests/support/Program.h"
 #include "tests/support/TerminalProgram.h"
+#include "tests/support/TraceFile.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <sys/stat.h>
 
 namespace
 {
@@ -140,6 +142,77 @@ TEST(OnlineHost, AnOutputThatIsTheStandardOutputIsWrongUsage)
     const ProgramResult result = RunHost({"login", "--user", "1", "--log", file}, {}, file);
     EXPECT_EQ(result.exitCode, 2);
     EXPECT_NE(result.err.find("--log and the standard output are the same file"), std::string::npos) << result.err;
+}
+
+TEST(OnlineHost, AnOutputThatIsTheFileOfTheStandardErrorIsWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string file = folder / "file";
+    EXPECT_EQ(RunHostLine("login --user 1 --trace " + file + " 2>" + file).exitCode, 2);
+    const std::string errors = ReadFile(file);
+    EXPECT_NE(errors.find("--trace and the standard error are the same file: " + file), std::string::npos) << errors;
+    EXPECT_EQ(RunHostLine("login --user 1 >" + file + " 2>&1").exitCode, 0) << "the streams may be one file";
+}
+
+TEST(OnlineHost, TwoOutputsInOneNamedPipeAreWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const char* command : {"login --user 1 --log ", "demo --log "})
+    {
+        const ProgramResult result = RunHostLine(command + pipe + " --trace " + pipe + " 9<>" + pipe);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find("--log and --trace are the same file: " + pipe), std::string::npos) << result.err;
+    }
+}
+
+TEST(OnlineHost, AClosedOutputIsAnErrorOfEveryCommandAndNoOtherFileTakesItsPlace)
+{
+    const TemporaryFolder folder;
+    const std::string log = folder / "log";
+    for (const std::string& command : {"demo --log " + log, "login --user 1 --log " + log,
+                                       std::string("inspect " ONLINEMANAGER_MODULE), std::string("--version")})
+    {
+        for (const char* closed : {" >&-", " <&- >&-"})
+        {
+            const ProgramResult result = RunHostLine(command + closed);
+            EXPECT_EQ(result.exitCode, 3) << command << closed;
+            EXPECT_EQ(result.err,
+                      "onlinehost: the standard output is closed; connect it, to /dev/null for no output\n");
+            EXPECT_EQ(ReadFile(log), "");
+        }
+    }
+}
+
+TEST(OnlineHost, AClosedErrorStreamIsNoOtherFile)
+{
+    const TemporaryFolder folder;
+    const std::string trace = folder / "trace";
+    const std::string url = "http://127.0.0.1:1/cp";
+    const ProgramResult result =
+        RunHostLine("login --user 1 --timeout 1 --server " + url + " --trace " + trace + " <&- 2>&-");
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(ReadFile(trace).find("onlinehost: "), std::string::npos) << ReadFile(trace);
+    EXPECT_EQ(TraceFile(trace).Problems(), std::vector<std::string>{});
+}
+
+TEST(OnlineHost, OutputToAPipeWithoutAReaderLeavesCompleteFiles)
+{
+    for (const std::string command : {"login --user 1", "demo"})
+    {
+        const TemporaryFolder folder;
+        const std::string pipe = folder / "pipe";
+        ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+        // The shell opens a reader, then a writer, and closes the reader.
+        const ProgramResult result =
+            RunHostLine(command + " --trace " + std::string(folder / "trace") + " --diagram " +
+                        std::string(folder / "diagram") + " 8<>" + pipe + " 9>" + pipe + " 8<&- >&9 9>&-");
+        EXPECT_EQ(result.exitCode, 3) << command;
+        EXPECT_EQ(result.err, "onlinehost: the output could not be written: Broken pipe\n");
+        EXPECT_EQ(TraceFile(folder / "trace").Problems(), std::vector<std::string>{});
+        EXPECT_EQ(DiagramProblems(ReadFile(folder / "diagram")), std::vector<std::string>{});
+    }
 }
 
 TEST(OnlineHost, ADeviceMayBeNamedMoreThanOnce)
