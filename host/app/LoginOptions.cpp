@@ -2,6 +2,9 @@
 
 #include "host/app/OptionCheck.h"
 #include "host/console/Wording.h"
+#include "onlinehost/Text.h"
+
+#include <filesystem>
 
 namespace host
 {
@@ -14,6 +17,16 @@ namespace
 /// The platform waits this much longer than the HTTP object and the command, so that their messages name the reason of
 /// a time-out.
 constexpr std::chrono::seconds kPlatformGrace{1};
+
+/// A named pipe would hang the HTTP thread, which no signal and no time limit would end.
+void RequireRegularFile(const std::string& path)
+{
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error))
+    {
+        throw Error("\"" + Printable(path) + "\" is not a regular file" + (error ? ": " + error.message() : ""));
+    }
+}
 
 } // namespace
 
@@ -36,7 +49,7 @@ void AddLoginOptions(CLI::App& command, LoginOptions& options)
         ->type_name("SECONDS")
         ->capture_default_str();
     text("--ca-file", options.caFile, "FILE", "Authorities to trust for an HTTPS server, PEM")
-        ->check(CLI::ExistingFile);
+        ->check(OptionCheck(RequireRegularFile));
     text("--module", options.module, "FILE", "The module's file; by default the one beside the program");
     text("--log", options.log, "FILE", "File for the log of module and host");
     text("--log-level", options.logLevel, "LEVEL", "info, trace, warning, error, fatal or off")

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <sstream>
+#include <sys/stat.h>
 
 namespace
 {
@@ -223,6 +224,17 @@ TEST(Login, AnHttpsServerIsTrustedByItsAuthority)
     more.insert(more.end(), {"--ca-file", server.Certificate()});
     const ProgramResult trusted = RunHost(more);
     EXPECT_EQ(trusted.exitCode, 0) << trusted.err;
+}
+
+TEST(Login, ACaFileThatIsANamedPipeIsWrongUsage)
+{
+    const TemporaryFolder folder;
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const ProgramResult result =
+        RunHostLine("login --user 1 --timeout 1 --server https://127.0.0.1:1/cp --ca-file " + pipe);
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find('"' + pipe + "\" is not a regular file"), std::string::npos) << result.err;
 }
 
 TEST(Login, AnHttpServerThatAnswersNonsenseIsAFailure)
