@@ -21,6 +21,9 @@ namespace
 
 constexpr std::chrono::milliseconds kConnectLimit{10000};
 
+/// Bytes of all header lines of one request: those of redirections, of the answer and of its trailers.
+constexpr size_t kLargestHead = size_t{64} << 10;
+
 using EasyHandle = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 using MultiHandle = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
 using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
@@ -49,6 +52,7 @@ struct Transfer
     EasyHandle easy{nullptr, curl_easy_cleanup};
     HeaderList requestHeaders{nullptr, curl_slist_free_all};
     std::vector<std::string> head; ///< lines of the latest answer's head
+    size_t headSize = 0;           ///< of all header lines that have come, trailers included
     bool isHeadReported = false;
     std::string answer;
     bool tooLarge = false;
@@ -59,7 +63,7 @@ struct Transfer
     {
         if (isHeadReported)
         {
-            return; // lines that came later are trailers
+            return;
         }
         isHeadReported = true;
         for (std::string& line : head)
@@ -68,8 +72,17 @@ struct Transfer
         }
     }
 
-    void TakeHeadLine(std::string_view line)
+    bool TakeHeadLine(std::string_view line)
     {
+        headSize += line.size();
+        if (headSize > kLargestHead)
+        {
+            return false;
+        }
+        if (isHeadReported)
+        {
+            return true; // a trailer
+        }
         while (!line.empty() && (line.back() == '\r' || line.back() == '\n'))
         {
             line.remove_suffix(1);
@@ -82,6 +95,7 @@ struct Transfer
         {
             head.emplace_back(line);
         }
+        return true;
     }
 
     bool TakeData(char* data, size_t length)
@@ -102,6 +116,10 @@ struct Transfer
         if (result == CURLE_ABORTED_BY_CALLBACK)
         {
             return "the request was closed";
+        }
+        if (headSize > kLargestHead)
+        {
+            return "the header lines of the answer are larger than " + std::to_string(kLargestHead) + " bytes";
         }
         if (tooLarge || result == CURLE_FILESIZE_EXCEEDED)
         {
@@ -128,12 +146,7 @@ size_t Guarded(size_t length, Action action) noexcept
 size_t OnHeadLine(char* data, size_t, size_t length, void* context) noexcept
 {
     auto* const transfer = static_cast<Transfer*>(context);
-    return Guarded(length,
-                   [&]
-                   {
-                       transfer->TakeHeadLine({data, length});
-                       return true;
-                   });
+    return Guarded(length, [&] { return transfer->TakeHeadLine({data, length}); });
 }
 
 size_t OnData(char* data, size_t, size_t length, void* context) noexcept
@@ -281,6 +294,8 @@ struct HttpClient::State
         curl_easy_setopt(easy, CURLOPT_PRIVATE, &transfer);
         curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, transfer.reason);
         curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+        // Without it the end of a request waits for the name resolver, which may take minutes or hang.
+        curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
         curl_easy_setopt(easy, CURLOPT_URL, transfer.url.c_str());
         curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
         curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, IsHttps(transfer.url) ? "https" : "http,https");

@@ -18,7 +18,8 @@ namespace onlinehost
 ///
 /// For each request its listener gets `OnHeaderRespond` for each line of the answer's head without its line end, the
 /// status line first; then `OnDataRespond` for each piece of the body; then `OnCompleteRespond` with the HTTP status
-/// and the whole body, with a NUL after it. A request that fails completes with code 0 and a null body. The client
+/// and the whole body, with a NUL after it. A request that fails completes with code 0 and a null body; so does one whose
+/// header lines, with those of redirections and the trailers, are larger than 64 KiB. The client
 /// follows redirections within HTTP and HTTPS, but not from HTTPS to HTTP, and reports only the last answer. It uses no
 /// proxy and reads no environment variable.
 class HttpClient final : public Counted<IHttpClient>

@@ -3,15 +3,98 @@
 #include "tests/support/HttpServer.h"
 #include "tests/support/HttpsServer.h"
 
+#include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <netdb.h>
 #include <set>
+#include <thread>
 
 using onlinehost::HttpClient;
+
+namespace
+{
+
+constexpr char kSilentUrl[] = "http://name.silent/";
+
+/// While it lives, the name resolver of this program does not answer for the name of `kSilentUrl`.
+class SilentResolver
+{
+public:
+    SilentResolver()
+    {
+        s_isSilent = true;
+        s_inside = 0;
+    }
+
+    ~SilentResolver()
+    {
+        s_isSilent = false;
+        while (s_inside != 0)
+        {
+            Sleep();
+        }
+    }
+
+    SilentResolver(const SilentResolver&) = delete;
+    SilentResolver& operator=(const SilentResolver&) = delete;
+
+    static void WaitUntilAsked()
+    {
+        while (s_inside == 0)
+        {
+            Sleep();
+        }
+    }
+
+    /// A thread is still inside the resolver.
+    static bool IsAsked()
+    {
+        return s_inside != 0;
+    }
+
+    /// The resolver's part. Its limit lets a test fail that would hang otherwise.
+    static void Hang()
+    {
+        ++s_inside;
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+        while (s_isSilent && std::chrono::steady_clock::now() < limit)
+        {
+            Sleep();
+        }
+        --s_inside;
+    }
+
+private:
+    static void Sleep()
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    static inline std::atomic<bool> s_isSilent{false};
+    static inline std::atomic<int> s_inside{0};
+};
+
+} // namespace
+
+/// Takes the place of the system's resolver in this program, and must be visible to the HTTP library for that.
+extern "C" [[gnu::visibility("default")]] int getaddrinfo(const char* name, const char* service, const addrinfo* hints,
+                                                          addrinfo** result)
+{
+    if (name != nullptr && std::strcmp(name, "name.silent") == 0)
+    {
+        SilentResolver::Hang();
+        return EAI_AGAIN;
+    }
+    static const auto next = reinterpret_cast<decltype(&getaddrinfo)>(dlsym(RTLD_NEXT, "getaddrinfo"));
+    return next(name, service, hints, result);
+}
 
 namespace
 {
@@ -276,6 +359,31 @@ TEST(HttpClient, TrailersAreNotReported)
     EXPECT_EQ(listener.Journal().size(), 4u);
 }
 
+TEST(HttpClient, HeaderLinesAndTrailersThatAreTooLargeFail)
+{
+    std::string reason;
+    HttpClient::Options options;
+    options.onFailure = [&](const std::string& text) { reason = text; };
+    const HttpServer server(
+        [](const HttpExchange& exchange)
+        {
+            exchange.Send("HTTP/1.1 200 OK\r\n");
+            if (exchange.Path() == "/trailers")
+            {
+                exchange.Send("Transfer-Encoding: chunked\r\n\r\n4\r\ntext\r\n0\r\n");
+            }
+            while (exchange.Send("X-Line: " + std::string(1000, 'a') + "\r\n"))
+            {
+            }
+        });
+    for (const char* path : {"/head", "/trailers"})
+    {
+        reason.clear();
+        ExpectFailed(GetOnce(server.Url(path), options));
+        EXPECT_EQ(reason, server.Url(path) + ": the header lines of the answer are larger than 65536 bytes");
+    }
+}
+
 TEST(HttpClient, AnAnswerThatIsNotHttpFails)
 {
     const HttpServer server([](const HttpExchange& exchange) { exchange.Send("some nonsense\r\n\r\n"); });
@@ -479,6 +587,33 @@ TEST(HttpClient, CancellingEndsRequestsUnderWayAndNoLaterOnes)
     ExpectFailed(listener.Wait(2));
     ExpectFailed(listener.Wait(3));
     EXPECT_EQ(listener.Wait(4).body, "/later");
+}
+
+TEST(HttpClient, TheTimeLimitDoesNotWaitForANameResolverThatHangs)
+{
+    const SilentResolver resolver;
+    HttpClient::Options options;
+    options.timeLimit = std::chrono::milliseconds(100);
+    HttpClient client(options);
+    Listener listener;
+    Get(client, kSilentUrl, listener);
+    SilentResolver::WaitUntilAsked();
+    ExpectFailed(listener.Wait());
+    EXPECT_TRUE(SilentResolver::IsAsked()) << "the request ended only after the resolver";
+}
+
+TEST(HttpClient, ClosingDoesNotWaitForANameResolverThatHangs)
+{
+    const SilentResolver resolver;
+    Listener listener;
+    {
+        HttpClient client({});
+        Get(client, kSilentUrl, listener);
+        SilentResolver::WaitUntilAsked();
+        client.Close();
+    }
+    ExpectFailed(listener.Wait());
+    EXPECT_TRUE(SilentResolver::IsAsked()) << "the client ended only after the resolver";
 }
 
 TEST(HttpClient, ClosingFromInsideAnEventDoesNotWait)
