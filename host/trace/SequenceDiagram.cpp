@@ -17,13 +17,14 @@ constexpr size_t kLongestName = 56;
 constexpr size_t kLongestClosingNote = 400;
 constexpr size_t kReserve = 4'000;
 
-/// In a diagram ';' ends a statement, '#' begins the code of a character, and what looks like HTML is taken for HTML.
+/// In a diagram ';' ends a statement, '#' begins the code of a character, "%%" begins a comment or a directive, and what
+/// looks like HTML is taken for HTML.
 std::string EscapeLine(std::string_view text)
 {
     std::string escaped;
     for (const char character : text)
     {
-        if (std::string_view(";#<>&").find(character) != std::string_view::npos)
+        if (std::string_view(";#%<>&").find(character) != std::string_view::npos)
         {
             escaped += '#' + std::to_string(static_cast<int>(character)) + ';';
         }

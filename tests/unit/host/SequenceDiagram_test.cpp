@@ -42,6 +42,14 @@ TEST(SequenceDiagram, CharactersWithAMeaningInMermaidAreEscaped)
     EXPECT_EQ(DiagramProblems(diagram.Text()), Problems{});
 }
 
+TEST(SequenceDiagram, ANameCannotGiveTheViewerADirective)
+{
+    SequenceDiagram diagram({{"Host"}, {"%%{init: {}}%%"}});
+    EXPECT_EQ(diagram.Text().find('%'), std::string::npos) << diagram.Text();
+    EXPECT_NE(diagram.Text().find("P2 as #37;#37;{init: {}}#37;#37;\n"), std::string::npos) << diagram.Text();
+    EXPECT_EQ(DiagramProblems(diagram.Text()), Problems{});
+}
+
 TEST(SequenceDiagram, ALongMessageIsBrokenIntoLinesAtItsSpaces)
 {
     SequenceDiagram diagram({{"Host"}, {"Module"}});
