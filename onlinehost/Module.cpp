@@ -38,6 +38,21 @@ FMDllTable AskForTable(LPFNFMDll entry)
     return table;
 }
 
+std::filesystem::path AbsolutePath(const std::filesystem::path& path)
+{
+    if (path.empty())
+    {
+        throw Error("the name of the module's file is empty");
+    }
+    std::error_code error;
+    const std::filesystem::path absolute = std::filesystem::absolute(path, error);
+    if (error)
+    {
+        throw Error(Printable(path.string()) + ": " + error.message());
+    }
+    return absolute;
+}
+
 } // namespace
 
 void Module::Unloader::operator()(void* library) const
@@ -45,7 +60,7 @@ void Module::Unloader::operator()(void* library) const
     dlclose(library);
 }
 
-Module::Module(const std::filesystem::path& path) : m_path(std::filesystem::absolute(path)), m_file(path)
+Module::Module(const std::filesystem::path& path) : m_path(AbsolutePath(path)), m_file(path)
 {
     m_library.reset(dlopen(m_path.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (m_library == nullptr)

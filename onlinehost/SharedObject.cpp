@@ -18,6 +18,45 @@ namespace
 
 constexpr uintmax_t kLargestFile = uintmax_t{1} << 30;
 
+/// Throws `Error` for a file whose first bytes are not those of a shared object for x86-64.
+void CheckHeader(std::string_view bytes)
+{
+    if (!bytes.starts_with(std::string_view(ELFMAG, SELFMAG)))
+    {
+        throw Error("is not a shared object");
+    }
+    if (bytes.size() < sizeof(Elf64_Ehdr))
+    {
+        throw Error("is cut short: a part lies behind the end of the file");
+    }
+    Elf64_Ehdr header;
+    std::memcpy(&header, bytes.data(), sizeof(header));
+    if (header.e_ident[EI_CLASS] != ELFCLASS64 || header.e_ident[EI_DATA] != ELFDATA2LSB ||
+        header.e_machine != EM_X86_64)
+    {
+        throw Error("is not for x86-64");
+    }
+    if (header.e_type != ET_DYN)
+    {
+        throw Error("is not a shared object");
+    }
+    if (header.e_phentsize != sizeof(Elf64_Phdr) || header.e_shentsize != sizeof(Elf64_Shdr))
+    {
+        throw Error("is not a shared object: the entries of its tables have an unexpected size");
+    }
+}
+
+void Read(std::ifstream& file, std::vector<char>& bytes, size_t size)
+{
+    const size_t present = bytes.size();
+    bytes.resize(size);
+    if (!file.read(bytes.data() + present, static_cast<std::streamsize>(size - present)))
+    {
+        throw Error("cannot be read");
+    }
+}
+
+/// Reads the header first, so that the memory of a large file is spent on a shared object only.
 std::vector<char> ReadWhole(const std::filesystem::path& path)
 {
     std::error_code error;
@@ -31,16 +70,19 @@ std::vector<char> ReadWhole(const std::filesystem::path& path)
         throw Error(std::filesystem::is_directory(status) ? "is a directory" : "is not a regular file");
     }
     const uintmax_t size = std::filesystem::file_size(path, error);
-    if (error || size > kLargestFile)
+    if (error)
     {
-        throw Error(error ? error.message() : "is too large for a module");
+        throw Error(error.message());
     }
-    std::vector<char> bytes(size);
+    std::vector<char> bytes;
     std::ifstream file(path, std::ios::binary);
-    if (!file || !file.read(bytes.data(), static_cast<std::streamsize>(size)))
+    Read(file, bytes, std::min<uintmax_t>(size, sizeof(Elf64_Ehdr)));
+    CheckHeader({bytes.data(), bytes.size()});
+    if (size > kLargestFile)
     {
-        throw Error("cannot be read");
+        throw Error("is too large for a module");
     }
+    Read(file, bytes, size);
     return bytes;
 }
 
@@ -60,14 +102,11 @@ bool IsFunction(const Elf64_Sym& symbol)
 class ElfReader
 {
 public:
-    explicit ElfReader(const std::filesystem::path& path) : m_bytes(ReadWhole(path))
+    explicit ElfReader(const std::filesystem::path& path)
+        : m_bytes(ReadWhole(path)),
+          m_header(ReadValue<Elf64_Ehdr>(0)),
+          m_sections(ReadTable<Elf64_Shdr>(m_header.e_shoff, m_header.e_shnum))
     {
-        CheckHeader();
-        if (m_header.e_phentsize != sizeof(Elf64_Phdr) || m_header.e_shentsize != sizeof(Elf64_Shdr))
-        {
-            throw Error("is not a shared object: the entries of its tables have an unexpected size");
-        }
-        m_sections = ReadTable<Elf64_Shdr>(m_header.e_shoff, m_header.e_shnum);
     }
 
     std::vector<Elf64_Phdr> Segments() const
@@ -114,25 +153,6 @@ public:
     }
 
 private:
-    void CheckHeader()
-    {
-        const size_t magicSize = std::min<size_t>(m_bytes.size(), SELFMAG);
-        if (magicSize < SELFMAG || std::memcmp(m_bytes.data(), ELFMAG, SELFMAG) != 0)
-        {
-            throw Error("is not a shared object");
-        }
-        m_header = Read<Elf64_Ehdr>(0);
-        if (m_header.e_ident[EI_CLASS] != ELFCLASS64 || m_header.e_ident[EI_DATA] != ELFDATA2LSB ||
-            m_header.e_machine != EM_X86_64)
-        {
-            throw Error("is not for x86-64");
-        }
-        if (m_header.e_type != ET_DYN)
-        {
-            throw Error("is not a shared object");
-        }
-    }
-
     const Elf64_Shdr& Section(Elf64_Word type, const char* what) const
     {
         const auto found = std::find_if(m_sections.begin(), m_sections.end(),
@@ -154,7 +174,7 @@ private:
     }
 
     template <typename T>
-    T Read(uint64_t offset) const
+    T ReadValue(uint64_t offset) const
     {
         T value;
         std::memcpy(&value, Range(offset, sizeof(T)).data(), sizeof(T));
@@ -174,9 +194,9 @@ private:
         return table;
     }
 
-    std::vector<char> m_bytes;
-    Elf64_Ehdr m_header{};
-    std::vector<Elf64_Shdr> m_sections;
+    const std::vector<char> m_bytes;
+    const Elf64_Ehdr m_header;
+    const std::vector<Elf64_Shdr> m_sections;
 };
 
 } // namespace

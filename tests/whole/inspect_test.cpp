@@ -129,6 +129,13 @@ TEST(Inspect, AModuleOfAnotherMachineIsRefused)
     ExpectRefused(folder.Write("other.so", module), "is not for x86-64");
 }
 
+TEST(Inspect, AnEmptyFileNameIsRefusedInPlainWords)
+{
+    const ProgramResult result = RunHost({"inspect", ""});
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.err, "onlinehost: the name of the module's file is empty\n");
+}
+
 TEST(Inspect, AFileNameCannotSendControlCharactersToTheTerminal)
 {
     const ProgramResult result = RunHost({"inspect", "/nowhere/\x1b[31mred"});

@@ -108,6 +108,17 @@ TEST_F(SharedObjectFile, APipeIsRefusedWithoutWaiting)
     ExpectContains(Refusal("/dev/zero"), "is not a regular file");
 }
 
+TEST_F(SharedObjectFile, AHugeFileIsRefusedByItsHeaderBeforeItsSize)
+{
+    const std::string path = m_folder.Write("file.so", "text");
+    std::filesystem::resize_file(path, uintmax_t{2} << 30);
+    ExpectContains(Refusal(path), "is not a shared object");
+
+    const std::string large = m_folder.Write("large.so", m_good);
+    std::filesystem::resize_file(large, uintmax_t{2} << 30);
+    ExpectContains(Refusal(large), "is too large for a module");
+}
+
 TEST_F(SharedObjectFile, OtherMachinesAndKindsAreRefused)
 {
     ExpectContains(RefusalOfModuleWith<uint8_t>(EI_CLASS, ELFCLASS32), "is not for x86-64");
