@@ -539,7 +539,10 @@ std::optional<std::string> Shell::AwaitLine(ShellScript& script)
         {
             return line;
         }
-        m_out.Flush();
+        if (!m_out.Flush())
+        {
+            return std::nullopt; // nothing that follows could be read
+        }
         pollfd wanted[] = {
             {script.Descriptor(), POLLIN, 0}, {m_inbox.Descriptor(), POLLIN, 0}, {m_signals.Descriptor(), POLLIN, 0}};
         poll(wanted, std::size(wanted), held);

@@ -215,6 +215,20 @@ TEST(OnlineHost, OutputToAPipeWithoutAReaderLeavesCompleteFiles)
     }
 }
 
+TEST(OnlineHost, AShellWhoseReaderIsGoneDoesNotWaitForItsInput)
+{
+    const TemporaryFolder folder;
+    const std::string input = folder / "input";
+    const std::string output = folder / "output";
+    ASSERT_EQ(mkfifo(input.c_str(), 0600), 0);
+    ASSERT_EQ(mkfifo(output.c_str(), 0600), 0);
+    // The input stays open and empty; the output has lost its reader.
+    const ProgramResult result =
+        RunHostLine("shell --user 1 <>" + input + " 8<>" + output + " 9>" + output + " 8<&- >&9 9>&-");
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.err, "onlinehost: the output could not be written: Broken pipe\n");
+}
+
 TEST(OnlineHost, ADeviceMayBeNamedMoreThanOnce)
 {
     EXPECT_EQ(RunHost({"login", "--user", "1", "--log", "/dev/null", "--trace", "/dev/null"}, {}, "/dev/null").exitCode,
