@@ -1,6 +1,7 @@
 #include "onlinemanager/JsonSerialization.h"
 
 #include "commonutil/StringUtil.h"
+#include "onlinemanager/SerializationOwner.h"
 
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -416,6 +417,16 @@ void JsonSerialization::FormatVideoQuality(const std::list<std::shared_ptr<Video
                    stream.AddMember("rtt", Ref(data.rtt), allocator);
                    stream.AddMember("jitter", Ref(data.jitter), allocator);
                });
+}
+
+bool SerializationOwner::CheckSerialization()
+{
+    const WBASELIB::WAutoLock guard(&m_serialization_lock);
+    if (m_serialization == nullptr)
+    {
+        m_serialization = std::make_shared<JsonSerialization>();
+    }
+    return m_serialization != nullptr;
 }
 
 } // namespace onlinemanager

@@ -8,7 +8,8 @@
 namespace onlinemanager
 {
 
-/// A service that formats or parses payloads. It owns a serializer, which the first call of `CheckSerialization` makes.
+/// A service that formats or parses payloads. It owns a serializer, which the first call of `CheckSerialization` makes. The
+/// source file of the serializer defines that operation.
 class SerializationOwner
 {
 protected:
