@@ -72,16 +72,13 @@ class CpAddressTest : public PlatformTest
 protected:
     CpAddressTest()
     {
+        // A report under way may outlast the test, so the function shares what it writes to.
         platform.SetDiagnostic(
-            [this](std::string_view text)
+            [diagnostics = m_diagnostics](std::string_view text)
             {
-                const std::lock_guard lock(m_mutex);
-                m_reports.emplace_back(text);
+                const std::lock_guard lock(diagnostics->mutex);
+                diagnostics->reports.emplace_back(text);
             });
-    }
-    ~CpAddressTest() override
-    {
-        platform.SetDiagnostic(nullptr);
     }
 
     HRESULT Request(Device& device, avcore::IZolHttp* client, const char* server = "https://example.com")
@@ -91,15 +88,20 @@ protected:
 
     Lines Reports()
     {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_reports, {});
+        const std::lock_guard lock(m_diagnostics->mutex);
+        return std::exchange(m_diagnostics->reports, {});
     }
 
     FakeHttp http;
 
 private:
-    std::mutex m_mutex;
-    Lines m_reports;
+    struct Diagnostics
+    {
+        std::mutex mutex;
+        Lines reports;
+    };
+
+    const std::shared_ptr<Diagnostics> m_diagnostics = std::make_shared<Diagnostics>();
 };
 
 TEST(CpUrlTest, NamesTheApplicationTheCompanyAndTheToken)
